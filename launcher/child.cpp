@@ -1,0 +1,127 @@
+#include "child.h"
+
+#include "platform.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int stop_attempts = 40;
+constexpr std::chrono::milliseconds stop_interval{100};
+constexpr int status_not_executed = 127;
+
+std::vector<char *> argument_vector(Child &child) {
+  std::vector<char *> argv;
+  argv.reserve(child.args.size() + 2);
+  argv.push_back(child.path.data());
+  for (std::string &arg : child.args) {
+    argv.push_back(arg.data());
+  }
+  argv.push_back(nullptr);
+  return argv;
+}
+
+// From here to execute() everything runs in the new process, where only async-signal-safe calls
+// are allowed: another thread may have held any lock at the moment of the fork.
+
+void detach_from_terminal() {
+  const int null = open("/dev/null", O_RDWR);
+  if (null >= 0) {
+    dup2(null, STDIN_FILENO);
+    dup2(null, STDOUT_FILENO);
+    dup2(null, STDERR_FILENO);
+    if (null > STDERR_FILENO) {
+      close(null);
+    }
+  }
+  setsid();
+}
+
+[[noreturn]] void execute(const Child &child, char *const *argv, Inherit inherit,
+                          const sigset_t &mask) {
+  (void)signal(SIGINT, SIG_DFL);
+  (void)signal(SIGTERM, SIG_DFL);
+  if (child.quiet) {
+    detach_from_terminal();
+  }
+  if (inherit == Inherit::standard_streams) {
+    platform::close_descriptors_from(STDERR_FILENO + 1);
+  }
+  sigprocmask(SIG_SETMASK, &mask, nullptr);
+  execv(argv[0], argv);
+  _exit(status_not_executed);
+}
+
+} // namespace
+
+bool spawn(Child &child, Inherit inherit) {
+  if (access(child.path.c_str(), X_OK) != 0) {
+    return false;
+  }
+  const std::vector<char *> argv = argument_vector(child);
+
+  // A signal that reached the new process before it has its own dispositions would run a copy of
+  // our handler there and be lost: a stop right after a start would then take the whole grace
+  // period. So signals wait until the dispositions are set.
+  sigset_t all;
+  sigset_t mask;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &mask);
+  const pid_t pid = fork();
+  if (pid == 0) {
+    execute(child, argv.data(), inherit, mask);
+  }
+  pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+
+  if (pid < 0) {
+    return false;
+  }
+  child.pid = pid;
+  return true;
+}
+
+bool reap(Child &child) {
+  if (child.pid == -1) {
+    return true;
+  }
+  int status = 0;
+  // 0 means that it still runs. A failure (ECHILD: somebody else reaped it) proves nothing about
+  // the process, so it counts as running too.
+  if (waitpid(child.pid, &status, WNOHANG) != child.pid) {
+    return false;
+  }
+  child.pid = -1;
+  return true;
+}
+
+void stop(Child &child) {
+  if (child.pid == -1) {
+    return;
+  }
+  // ESRCH: it was reaped elsewhere; the looks below then run to their end.
+  kill(child.pid, SIGTERM);
+  for (int attempt = 0; attempt < stop_attempts; ++attempt) {
+    if (reap(child)) {
+      return;
+    }
+    std::this_thread::sleep_for(stop_interval);
+  }
+  kill(child.pid, SIGKILL);
+  wait_for_exit(child);
+}
+
+int wait_for_exit(Child &child) {
+  int status = 0;
+  // EINTR: a signal with a handler arrived here; the process still runs.
+  while (waitpid(child.pid, &status, 0) == -1 && errno == EINTR) {}
+  child.pid = -1;
+  return status;
+}

@@ -1,0 +1,60 @@
+/// The record of one component's process, and the only code that forks, waits or signals.
+///
+/// Nothing here takes a lock or prints: callers serialise their use of a record and report failures
+/// in their own words.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// One component of the suite. A record is idle (`pid` is -1) or running. The destructor neither
+/// signals nor waits: the owner stops every record first. Moved, never copied, so that a process
+/// has one record.
+struct Child {
+  std::string name;              ///< for look-ups and messages; matched byte for byte
+  std::string path;              ///< full path of the executable; also the process's argv[0]
+  std::vector<std::string> args; ///< what follows argv[0]
+  std::int32_t pid = -1;         ///< process id, -1 when there is no process
+  std::int32_t restarts = 0;     ///< automatic restarts since the last manual start
+  bool critical = false;         ///< giving up on this one ends the whole run
+  bool quiet = false;            ///< standard streams on /dev/null, in a session of its own
+  bool supervised = false;       ///< wanted running: watched and restarted
+
+  Child() = default;
+  Child(Child &&) = default;
+  Child &operator=(Child &&) = default;
+  Child(const Child &) = delete;
+  Child &operator=(const Child &) = delete;
+  ~Child() = default;
+};
+
+/// Which of the caller's descriptors a new process finds open.
+enum class Inherit {
+  standard_streams, ///< 0, 1 and 2 only (on /dev/null for a quiet record)
+  everything,       ///< whatever the launcher itself was given
+};
+
+/// Starts the process of an idle record: the executable at `path` itself (no PATH search), with
+/// SIGINT and SIGTERM at their defaults and every other disposition, the signal mask and the
+/// environment as they are here.
+///
+/// True: a process exists and `pid` names it; whether the executable then ran is not known (if it
+/// could not, the process ends with status 127). False: `path` is not executable for this user or
+/// no process could be made; nothing was started and the record is unchanged.
+bool spawn(Child &child, Inherit inherit = Inherit::standard_streams);
+
+/// Asks, without blocking, whether the record's process has ended, and reaps it if so.
+///
+/// True: the record has no process now (`pid` is -1): it had none, or its process has ended and was
+/// reaped; how it ended is never kept. False: the process still runs, or could not be asked about.
+bool reap(Child &child);
+
+/// Ends the record's process and reaps it; `pid` is -1 afterwards and nothing else has changed.
+/// SIGTERM first; SIGKILL when it is still there after 40 looks 100 ms apart. Blocks for that long
+/// at most, plus the time the kernel takes to end a killed process. An idle record returns at once.
+void stop(Child &child);
+
+/// Waits until the record's process has ended and reaps it, however often signals interrupt the
+/// wait. Returns the status word of waitpid(2), or 0 when the process could not be waited for.
+int wait_for_exit(Child &child);

@@ -1,0 +1,37 @@
+/// What the launcher's arguments ask for.
+#pragma once
+
+#include "settings.h"
+
+#include <string>
+#include <vector>
+
+/// How the first argument alone decides the run.
+enum class Mode {
+  help,         ///< print the usage text
+  pass_through, ///< run one component with the further arguments
+  all_in_one,   ///< run the suite
+};
+
+/// Compares `argv[1]` whole and exactly; anything unknown, or nothing, is all_in_one.
+Mode choose_mode(int argc, const char *const *argv);
+
+/// What an all-in-one run was asked for.
+struct Options {
+  int http_port;            ///< dashboard port as typed, not checked
+  int udp_port;             ///< hub control port as typed, not checked
+  bool open_browser;        ///< for this run only
+  bool verbose = false;     ///< components keep the terminal
+  bool run_sender = true;   ///< false: the sender stays idle
+  bool run_receiver = true; ///< false: the receiver stays idle
+
+  explicit Options(const Settings &saved)
+      : http_port(saved.http_port), udp_port(saved.udp_port), open_browser(saved.open_browser) {}
+};
+
+/// Reads the arguments from `argv[1]` on into `options`. Returns null, or the first argument that
+/// is no option (or a port option without its value); `options` then holds what came before it.
+const char *parse_options(int argc, const char *const *argv, Options &options);
+
+/// Prints the usage text, 25 lines, to standard output.
+void print_usage();

@@ -1,0 +1,37 @@
+/// What differs between the systems the launcher runs on. One file implements all of it for each
+/// system; the build chooses the file.
+#pragma once
+
+#include "tdgui.h"
+
+#include <string>
+
+namespace platform {
+
+/// The path by which the running executable was started, as the system reports it: no links are
+/// followed and no dots removed. Empty when the system does not tell or the path is longer than
+/// 4095 bytes.
+std::string executable_path();
+
+/// Closes every descriptor of this process from `first` up. Async-signal-safe: meant for the time
+/// between fork and exec.
+void close_descriptors_from(int first);
+
+/// The shell command that opens `url` in the default browser. `url` stands in double quotes and is
+/// not escaped: the launcher makes it of digits, dots, colons and slashes. The command does not
+/// outlast the handing over of the address.
+std::string browser_command(const std::string &url);
+
+/// The shell command that shows `message` in a critical alert headed "Tandrel" and ends when the
+/// alert is dismissed. `message` holds no single quote and no NUL; every other byte arrives whole.
+/// Empty when this system has nothing to show an alert with.
+std::string alert_command(const std::string &message);
+
+/// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.
+using Interface = void (*)(const tdgui::GuiConfig &config);
+
+/// The interface that this run can show; null when there is none. `directory` is the launcher's
+/// own, ending in "/". Called once, and only by a run that has no terminal: it may load libraries.
+Interface find_interface(const std::string &directory);
+
+} // namespace platform

@@ -1,0 +1,38 @@
+#include "osascript.h"
+#include "platform.h"
+
+#include <array>
+#include <cstdint>
+
+#include <mach-o/dyld.h>
+#include <unistd.h>
+
+namespace platform {
+
+std::string executable_path() {
+  std::array<char, 4096> path{};
+  auto size = static_cast<std::uint32_t>(path.size());
+  return _NSGetExecutablePath(path.data(), &size) == 0 ? path.data() : "";
+}
+
+void close_descriptors_from(int first) {
+  // EBADF for every number that is not open.
+  const int limit = getdtablesize();
+  for (int descriptor = first; descriptor < limit; ++descriptor) {
+    close(descriptor);
+  }
+}
+
+std::string browser_command(const std::string &url) {
+  return "open \"" + url + "\"";
+}
+
+std::string alert_command(const std::string &message) {
+  return osascript_command(message);
+}
+
+Interface find_interface(const std::string & /*directory*/) {
+  return tdgui::run;
+}
+
+} // namespace platform

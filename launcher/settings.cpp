@@ -1,0 +1,70 @@
+#include "settings.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+constexpr std::size_t bytes_read = 511;
+constexpr int highest_port = 65535;
+
+/// The text from the first colon at or after the first `key` on, that colon included; null when
+/// either is missing. The colon may belong to a later entry.
+const char *colon_after(const std::string &text, const char *key) {
+  const char *found = std::strstr(text.c_str(), key);
+  return found == nullptr ? nullptr : std::strchr(found, ':');
+}
+
+std::uint16_t parse_port(const std::string &text, const char *key, std::uint16_t otherwise) {
+  const char *colon = colon_after(text, key);
+  const int value = colon == nullptr ? 0 : std::atoi(colon + 1);
+  return value >= 1 && value <= highest_port ? static_cast<std::uint16_t>(value) : otherwise;
+}
+
+bool parse_open_browser(const std::string &text, bool otherwise) {
+  const char *colon = colon_after(text, "\"open_browser\"");
+  if (colon == nullptr) {
+    return otherwise;
+  }
+  // Tabs, spaces and colons, but not line feeds.
+  const char *value = colon + std::strspn(colon, "\t :");
+  return std::strncmp(value, "false", 5) != 0;
+}
+
+} // namespace
+
+Settings parse_settings(std::string_view bytes, bool open_browser) {
+  // From here on the text ends at its first NUL, as the C functions see it.
+  const std::string text(bytes.substr(0, bytes_read));
+  Settings settings;
+  settings.http_port = parse_port(text, "\"http_port\"", default_http_port);
+  settings.udp_port = parse_port(text, "\"udp_port\"", default_udp_port);
+  settings.open_browser = parse_open_browser(text, open_browser);
+  return settings;
+}
+
+std::string format_settings(const Settings &settings) {
+  return "{\n  \"http_port\": " + std::to_string(settings.http_port) +
+         ",\n  \"udp_port\": " + std::to_string(settings.udp_port) +
+         ",\n  \"open_browser\": " + (settings.open_browser ? "true" : "false") + "\n}\n";
+}
+
+Settings read_settings(const std::string &path, bool open_browser) {
+  std::array<char, bytes_read> bytes{};
+  std::size_t size = 0;
+  if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
+    size = std::fread(bytes.data(), 1, bytes.size(), file);
+    (void)std::fclose(file);
+  }
+  return parse_settings({bytes.data(), size}, open_browser);
+}
+
+void write_settings(const std::string &path, const Settings &settings) {
+  if (std::FILE *file = std::fopen(path.c_str(), "wb")) {
+    const std::string text = format_settings(settings);
+    (void)std::fwrite(text.data(), 1, text.size(), file);
+    (void)std::fclose(file);
+  }
+}

@@ -47,8 +47,8 @@ void detach_from_terminal() {
 
 [[noreturn]] void execute(const Child &child, char *const *argv, Inherit inherit,
                           const sigset_t &mask) {
-  (void)signal(SIGINT, SIG_DFL);
-  (void)signal(SIGTERM, SIG_DFL);
+  signal(SIGINT, SIG_DFL);
+  signal(SIGTERM, SIG_DFL);
   if (child.quiet) {
     detach_from_terminal();
   }

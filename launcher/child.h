@@ -9,8 +9,7 @@
 #include <vector>
 
 /// One component of the suite. A record is idle (`pid` is -1) or running. The destructor neither
-/// signals nor waits: the owner stops every record first. Moved, never copied, so that a process
-/// has one record.
+/// signals nor waits: the owner stops every record first. Moved, never copied.
 struct Child {
   std::string name;              ///< for look-ups and messages; matched byte for byte
   std::string path;              ///< full path of the executable; also the process's argv[0]

@@ -60,32 +60,30 @@ const char *parse_options(int argc, const char *const *argv, Options &options) {
 }
 
 void print_usage() {
-  constexpr const char *name = "Tandrel";
-  (void)std::printf(
-      "Tandrel — all-in-one launcher\n"
-      "\n"
-      "  %s                      start the hub, a receiver and a sender, then\n"
-      "                                open the dashboard in your browser\n"
-      "\n"
-      "Options for that mode:\n"
-      "  --no-sender                   don't offer this machine's audio (hub +\n"
-      "                                receiver only)\n"
-      "  --no-receiver                 don't play audio on this machine\n"
-      "  --no-browser                  don't open a browser this run\n"
-      "  --browser                     do open one, overriding a saved preference\n"
-      "                                (the menu's \"Open Dashboard at Launch\" sets\n"
-      "                                 the default, which persists)\n"
-      "  --http-port <N>               dashboard port (default 4466)\n"
-      "  --udp-port <N>                hub control port (default 4465)\n"
-      "  --verbose                     let the children draw their own terminal UIs\n"
-      "\n"
-      "Running one component, exactly as the separate binaries do:\n"
-      "  %s hub [args...]              -> td_hub\n"
-      "  %s sender [args...]           -> td_sender\n"
-      "  %s receiver [args...]         -> td_receiver\n"
-      "  %s align [args...]            -> td_align\n"
-      "\n"
-      "Those forms pass every argument straight through, so existing scripts and\n"
-      "service units keep working. The individual binaries also still ship.\n",
-      name, name, name, name, name);
+  std::fputs("Tandrel — all-in-one launcher\n"
+             "\n"
+             "  Tandrel                      start the hub, a receiver and a sender, then\n"
+             "                                open the dashboard in your browser\n"
+             "\n"
+             "Options for that mode:\n"
+             "  --no-sender                   don't offer this machine's audio (hub +\n"
+             "                                receiver only)\n"
+             "  --no-receiver                 don't play audio on this machine\n"
+             "  --no-browser                  don't open a browser this run\n"
+             "  --browser                     do open one, overriding a saved preference\n"
+             "                                (the menu's \"Open Dashboard at Launch\" sets\n"
+             "                                 the default, which persists)\n"
+             "  --http-port <N>               dashboard port (default 4466)\n"
+             "  --udp-port <N>                hub control port (default 4465)\n"
+             "  --verbose                     let the children draw their own terminal UIs\n"
+             "\n"
+             "Running one component, exactly as the separate binaries do:\n"
+             "  Tandrel hub [args...]              -> td_hub\n"
+             "  Tandrel sender [args...]           -> td_sender\n"
+             "  Tandrel receiver [args...]         -> td_receiver\n"
+             "  Tandrel align [args...]            -> td_align\n"
+             "\n"
+             "Those forms pass every argument straight through, so existing scripts and\n"
+             "service units keep working. The individual binaries also still ship.\n",
+             stdout);
 }

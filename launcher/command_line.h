@@ -3,9 +3,6 @@
 
 #include "settings.h"
 
-#include <string>
-#include <vector>
-
 /// How the first argument alone decides the run.
 enum class Mode {
   help,         ///< print the usage text

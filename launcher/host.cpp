@@ -8,14 +8,18 @@
 #include <cstdio>
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
+constexpr int connect_limit_ms = 100;
 constexpr int shell_signal_base = 128; // a shell reports a command's end by signal N as 128 + N
 
 ToolEnd tool_end(int status) {
@@ -48,6 +52,14 @@ const in_addr *usable_ipv4(const ifaddrs &entry) {
   return usable ? &reinterpret_cast<const sockaddr_in *>(entry.ifa_addr)->sin_addr : nullptr;
 }
 
+/// How the socket's connection attempt ended: 0 or an errno value.
+int socket_error(int socket) {
+  int error = 0;
+  socklen_t size = sizeof error;
+  getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
+  return error;
+}
+
 } // namespace
 
 ToolEnd run_tool(const std::string &command) {
@@ -60,10 +72,30 @@ ToolEnd run_tool(const std::string &command) {
 
 ToolEnd probe_hub(std::uint16_t http_port) {
   std::array<char, 256> command{};
-  (void)std::snprintf(command.data(), command.size(),
-                      "curl -s -m 2 -o /dev/null http://127.0.0.1:%u/api/health",
-                      static_cast<unsigned>(http_port));
+  std::snprintf(command.data(), command.size(),
+                "curl -s -m 2 -o /dev/null http://127.0.0.1:%u/api/health",
+                static_cast<unsigned>(http_port));
   return run_tool(command.data());
+}
+
+bool answers_on_loopback(std::uint16_t port) {
+  const int connection = socket(AF_INET, SOCK_STREAM, 0);
+  if (connection < 0) {
+    return false;
+  }
+  fcntl(connection, F_SETFL, O_NONBLOCK);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  // On this machine the answer is there at once. None within the limit means that somebody listens
+  // but is too busy to accept.
+  pollfd ready{connection, POLLOUT, 0};
+  const bool refused =
+      connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 &&
+      poll(&ready, 1, connect_limit_ms) == 1 && socket_error(connection) != 0;
+  close(connection);
+  return !refused;
 }
 
 std::string choose_lan_ipv4(const ifaddrs *list) {
@@ -104,12 +136,9 @@ ToolEnd open_browser(const std::string &url) {
 }
 
 void fatal_dialog(const std::string &message) {
-  (void)std::fprintf(stderr, "%s\n", message.c_str());
+  std::fprintf(stderr, "%s\n", message.c_str());
   if (message.find('\'') != std::string::npos) {
     return;
   }
-  const std::string command = platform::alert_command(message);
-  if (!command.empty()) {
-    run_tool(command);
-  }
+  run_tool(platform::alert_command(message));
 }

@@ -22,6 +22,10 @@ ToolEnd run_tool(const std::string &command);
 /// complete HTTP answer came, whatever its status code.
 ToolEnd probe_hub(std::uint16_t http_port);
 
+/// Whether anything on this machine takes connections on a TCP port of 127.0.0.1. Blocks for
+/// at most 100 ms.
+bool answers_on_loopback(std::uint16_t port);
+
 /// The dotted-quad IPv4 address by which other machines on the local network reach this one;
 /// "127.0.0.1" when there is none.
 std::string td_lan_ipv4();
@@ -31,8 +35,8 @@ std::string td_lan_ipv4();
 /// else "127.0.0.1". `list` may be null and stays the caller's.
 std::string choose_lan_ipv4(const ifaddrs *list);
 
-/// Opens `url` in the default browser; does not wait for the browser to end. `interrupted` counts
-/// as everywhere; nothing else is known of the outcome.
+/// Opens `url` in the default browser; does not wait for the browser to end. `interrupted`: Ctrl-C
+/// was pressed meanwhile. Nothing else is known of the outcome.
 ToolEnd open_browser(const std::string &url);
 
 /// Writes the message and a line feed to standard error, then shows it in a critical alert and

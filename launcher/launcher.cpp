@@ -2,7 +2,9 @@
 // shutdown. The process-wide state and all that touches it stand in this file's one local scope.
 
 #include "child.h"
+#include "children.h"
 #include "command_line.h"
+#include "console.h"
 #include "directories.h"
 #include "host.h"
 #include "platform.h"
@@ -32,8 +34,8 @@ namespace {
 
 constexpr const char *version = "1.4.4+412";
 constexpr int hub_attempts = 100;
+constexpr int looks_at_doubtful_hub = 10;
 constexpr std::chrono::milliseconds hub_interval{100};
-constexpr std::uint32_t port_mask = 0xFFFF;
 
 // True while the run is meant to go on; never set back once cleared.
 std::atomic<bool> g_running{true};
@@ -49,8 +51,6 @@ std::function<bool(int http, int udp, std::string &message)> g_apply_ports;
 // The once-only quit; empty outside menu-bar mode.
 std::function<void()> g_quit_hook;
 
-using Children = std::vector<Child>;
-
 // --- Signals ------------------------------------------------------------------------------------
 
 void on_signal(int /*signal*/) {
@@ -58,13 +58,13 @@ void on_signal(int /*signal*/) {
 }
 
 void install_signal_handlers() {
-  (void)signal(SIGINT, on_signal);
-  (void)signal(SIGTERM, on_signal);
-  (void)signal(SIGPIPE, SIG_IGN);
+  signal(SIGINT, on_signal);
+  signal(SIGTERM, on_signal);
+  signal(SIGPIPE, SIG_IGN);
   // A closed terminal ends the run like Ctrl-C, unless nohup asked for it to go on.
   struct sigaction hangup {};
   if (sigaction(SIGHUP, nullptr, &hangup) == 0 && hangup.sa_handler != SIG_IGN) {
-    (void)signal(SIGHUP, on_signal);
+    signal(SIGHUP, on_signal);
   }
 }
 
@@ -87,109 +87,81 @@ Settings load_settings() {
   return saved;
 }
 
-void save_ports(unsigned short http, unsigned short udp) {
+void save_ports(std::uint16_t http, std::uint16_t udp) {
   write_settings(settings_path(), Settings{http, udp, g_open_browser});
 }
 
-unsigned short current_http_port() {
-  return static_cast<unsigned short>(g_http_port & port_mask);
+std::uint16_t current_http_port() {
+  return static_cast<std::uint16_t>(g_http_port.load());
 }
 
-unsigned short current_udp_port() {
-  return static_cast<unsigned short>(g_udp_port & port_mask);
+std::uint16_t current_udp_port() {
+  return static_cast<std::uint16_t>(g_udp_port.load());
 }
 
-void publish_ports(const Options &options) {
-  g_http_port = static_cast<std::uint16_t>(options.http_port);
-  g_udp_port = static_cast<std::uint16_t>(options.udp_port);
-}
-
-// --- The children -------------------------------------------------------------------------------
-
-std::vector<std::string> hub_args(int http, int udp) {
-  return {"--udp-port", std::to_string(udp), "--http-port", std::to_string(http)};
-}
-
-std::vector<std::string> client_args(int udp) {
-  return {"--hub", "127.0.0.1:" + std::to_string(udp)};
-}
-
-Child make_child(const std::string &directory, const char *name, std::vector<std::string> args) {
-  Child child;
-  child.name = name;
-  child.path = directory + "td_" + name;
-  child.args = std::move(args);
-  return child;
-}
-
-/// The three records in start order. All of them always exist, so that the menu can start what
-/// this run left out.
-Children make_children(const std::string &directory, const Options &options) {
-  Children children;
-  children.reserve(3);
-  const int udp = current_udp_port();
-  children.push_back(make_child(directory, "hub", hub_args(current_http_port(), udp)));
-  children.push_back(make_child(directory, "receiver", client_args(udp)));
-  children.push_back(make_child(directory, "sender", client_args(udp)));
-  children[0].critical = true;
-  children[0].supervised = true;
-  children[1].supervised = options.run_receiver;
-  children[2].supervised = options.run_sender;
-  for (Child &child : children) {
-    child.quiet = !options.verbose;
-  }
-  return children;
-}
-
-Child *find_by_name(Children &children, const std::string &name) {
-  for (Child &child : children) {
-    if (child.name == name) {
-      return &child;
-    }
-  }
-  return nullptr;
+/// Puts two ports in force, each cut to its low 16 bits.
+void publish_ports(int http, int udp) {
+  g_http_port = static_cast<std::uint16_t>(http);
+  g_udp_port = static_cast<std::uint16_t>(udp);
 }
 
 // --- Waiting for the hub ------------------------------------------------------------------------
 
 enum class HubAnswer { ready, silent, gone };
 
-/// Asks the hub once. What answers on the port is our hub only if our hub still lives: otherwise
-/// it is another copy's.
-HubAnswer ask_hub(Child &hub, std::uint16_t http_port) {
+/// Whether the hub is still there after some looks 100 ms apart.
+bool outlives(Child &hub, int looks) {
+  for (int look = 0; look < looks; ++look) {
+    if (reap(hub)) {
+      return false;
+    }
+    std::this_thread::sleep_for(hub_interval);
+  }
+  return !reap(hub);
+}
+
+/// Asks the hub once. What answers is our hub only if our hub lives. Where the port was taken
+/// before it started, another copy answers while ours may not have come to its end yet, so it is
+/// given some time for that.
+HubAnswer ask_hub(Child &hub, std::uint16_t http_port, bool port_was_taken) {
   const ToolEnd probe = probe_hub(http_port);
   heed(probe);
-  if (reap(hub)) {
+  const bool answered = probe == ToolEnd::success;
+  if (!outlives(hub, answered && port_was_taken ? looks_at_doubtful_hub : 0)) {
     return HubAnswer::gone;
   }
-  return probe == ToolEnd::success ? HubAnswer::ready : HubAnswer::silent;
+  return answered ? HubAnswer::ready : HubAnswer::silent;
 }
 
-/// The wait at start-up, which a signal ends.
-bool wait_for_first_answer(Child &hub) {
-  for (int attempt = 0; attempt < hub_attempts && g_running; ++attempt) {
-    const HubAnswer answer = ask_hub(hub, current_http_port());
-    if (answer != HubAnswer::silent) {
-      return answer == HubAnswer::ready;
-    }
-    std::this_thread::sleep_for(hub_interval);
+/// What a start of the hub belongs to. A signal ends start-up, but a port change sees itself
+/// through; start-up asks at once, a port change after the first interval.
+enum class Occasion { start_up, port_change };
+
+enum class HubStart { ready, not_spawned, not_ready };
+
+/// Starts the hub and waits until it answers on its dashboard port.
+HubStart start_hub(Child &hub, std::uint16_t http_port, Occasion occasion) {
+  const bool port_was_taken = answers_on_loopback(http_port);
+  if (!spawn(hub)) {
+    return HubStart::not_spawned;
   }
-  return false;
-}
-
-/// The wait of a port change, which sees itself through.
-bool wait_for_answer_on(Child &hub, std::uint16_t http_port) {
   for (int attempt = 0; attempt < hub_attempts; ++attempt) {
-    std::this_thread::sleep_for(hub_interval);
-    const HubAnswer answer = ask_hub(hub, http_port);
+    if (attempt > 0 || occasion == Occasion::port_change) {
+      std::this_thread::sleep_for(hub_interval);
+    }
+    if (occasion == Occasion::start_up && !g_running) {
+      break;
+    }
+    const HubAnswer answer = ask_hub(hub, http_port, port_was_taken);
     if (answer != HubAnswer::silent) {
-      return answer == HubAnswer::ready;
+      return answer == HubAnswer::ready ? HubStart::ready : HubStart::not_ready;
     }
   }
-  return false;
+  return HubStart::not_ready;
 }
 
-// --- Control operations: the one door through which the menu acts on the children ---------------
+// --- Control operations: what the menu calls
+// ------------------------------------------------------
 
 Child *find_child(const std::string &name) {
   return g_find_child ? g_find_child(name) : nullptr;
@@ -212,7 +184,7 @@ void ctl_start(const std::string &name) {
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   Child *child = find_child(name);
   if (child != nullptr && child->pid == -1 && !start_wanted(*child)) {
-    (void)std::fprintf(stderr, "Tandrel: could not start the %s\n", child->name.c_str());
+    std::fprintf(stderr, "Tandrel: could not start the %s\n", child->name.c_str());
   }
 }
 
@@ -232,7 +204,7 @@ void ctl_restart(const std::string &name) {
   }
   stop(*child);
   if (!start_wanted(*child)) {
-    (void)std::fprintf(stderr, "Tandrel: could not restart the %s\n", child->name.c_str());
+    std::fprintf(stderr, "Tandrel: could not restart the %s\n", child->name.c_str());
   }
 }
 
@@ -270,31 +242,20 @@ void ctl_set_open_browser_pref(bool open) {
   save_ports(current_http_port(), current_udp_port());
 }
 
-void stop_last_to_first(Children &children) {
-  for (auto child = children.rbegin(); child != children.rend(); ++child) {
-    stop(*child);
-  }
-}
-
-void aim_at_ports(Children &children, int http, int udp) {
-  for (Child &child : children) {
-    child.args = child.name == "hub" ? hub_args(http, udp) : client_args(udp);
-    child.restarts = 0;
-  }
-}
-
 /// Moves every record to the new ports. Nothing is rolled back on failure: the user picks another
 /// port, or starts the components by hand on these.
-bool apply_ports(Children &children, int http, int udp, std::string &message) {
+bool apply_ports(Children &children, std::uint16_t http, std::uint16_t udp, std::string &message) {
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   stop_last_to_first(children);
   aim_at_ports(children, http, udp);
   Child *hub = find_by_name(children, "hub");
-  if (hub == nullptr || !spawn(*hub)) {
+  const HubStart start =
+      hub == nullptr ? HubStart::not_spawned : start_hub(*hub, http, Occasion::port_change);
+  if (start == HubStart::not_spawned) {
     message = "Could not restart the hub.";
     return false;
   }
-  if (!wait_for_answer_on(*hub, static_cast<std::uint16_t>(http))) {
+  if (start == HubStart::not_ready) {
     message = "The hub would not start on port " + std::to_string(http) +
               ". That port may be in use. Pick another.";
     return false;
@@ -304,43 +265,38 @@ bool apply_ports(Children &children, int http, int udp, std::string &message) {
       spawn(child);
     }
   }
-  g_http_port = static_cast<std::uint32_t>(http);
-  g_udp_port = static_cast<std::uint32_t>(udp);
-  save_ports(current_http_port(), current_udp_port());
+  publish_ports(http, udp);
+  save_ports(http, udp);
   return true;
 }
 
-/// Opens the door. The menu's callbacks are plain functions, so they reach the list through a
-/// static pointer; the list itself stays main's.
+/// Makes the list reachable for the control operations. The menu's callbacks are plain functions,
+/// so they find it through a static pointer; the list itself stays main's.
 void install_controls(Children &children) {
   static Children *s_children = nullptr;
   s_children = &children;
   g_find_child = [](const std::string &name) { return find_by_name(*s_children, name); };
   g_apply_ports = [](int http, int udp, std::string &message) {
-    return apply_ports(*s_children, http, udp, message);
+    return apply_ports(*s_children, static_cast<std::uint16_t>(http),
+                       static_cast<std::uint16_t>(udp), message);
   };
 }
 
 // --- Start-up -----------------------------------------------------------------------------------
 
-bool start_hub(Child &hub) {
-  if (spawn(hub)) {
-    return true;
-  }
-  fatal_dialog("Cannot start the hub.\n\nExpected td_hub next to this program, at:\n" + hub.path +
-               "\n\nAll four binaries need to stay in the same folder.");
-  return false;
-}
-
 /// Starts the hub and waits until it answers. False when it did not come to that: the user has been
 /// told why, and nothing is left running.
 bool bring_up_hub(Children &children) {
   Child &hub = children.front();
-  if (!start_hub(hub)) {
-    return false;
-  }
-  if (wait_for_first_answer(hub)) {
+  switch (start_hub(hub, current_http_port(), Occasion::start_up)) {
+  case HubStart::ready:
     return true;
+  case HubStart::not_spawned:
+    fatal_dialog("Cannot start the hub.\n\nExpected td_hub next to this program, at:\n" + hub.path +
+                 "\n\nAll four binaries need to stay in the same folder.");
+    return false;
+  case HubStart::not_ready:
+    break;
   }
   fatal_dialog("The hub did not start on port " + std::to_string(current_http_port()) +
                ".\n\nAnother copy of Tandrel may already be running, or that port is in use.");
@@ -355,8 +311,8 @@ bool bring_up_hub(Children &children) {
 void start_clients(Children &children) {
   for (auto child = std::next(children.begin()); child != children.end(); ++child) {
     if (child->supervised && !spawn(*child)) {
-      (void)std::fprintf(stderr, "Tandrel: could not start the %s (%s)\n", child->name.c_str(),
-                         child->path.c_str());
+      std::fprintf(stderr, "Tandrel: could not start the %s (%s)\n", child->name.c_str(),
+                   child->path.c_str());
     }
   }
 }
@@ -365,36 +321,24 @@ std::string dashboard_url() {
   return "http://" + td_lan_ipv4() + ":" + std::to_string(current_http_port()) + "/";
 }
 
-void print_title() {
-  (void)std::printf("\n\x1b[1mTandrel\x1b[0m \x1b[2m%s\x1b[0m\n", version);
-}
-
 /// Says that the suite is up, in the console and, when this run wants that, in the browser.
 void announce(const std::string &url, const Options &options) {
-  (void)std::printf("\n  Dashboard  : \x1b[1;36m%s\x1b[0m\n", url.c_str());
-  (void)std::printf("  Running    : hub%s%s\n", options.run_receiver ? ", receiver" : "",
-                    options.run_sender ? ", sender" : "");
-  if (!options.run_sender) {
-    (void)std::puts("  \x1b[2m(--no-sender: this machine is not offering its audio)\x1b[0m");
-  }
-  (void)std::puts("\n  \x1b[2mOpen the dashboard to choose devices and route audio.\x1b[0m");
-  (void)std::puts("  \x1b[2mCtrl-C here stops everything.\x1b[0m\n");
+  print_banner(url, options);
   if (options.open_browser) {
     heed(open_browser(url));
   }
   if (options.verbose) {
-    (void)std::puts("\x1b[2m  (--verbose: the components are drawing their own terminal UIs over "
-                    "each other)\x1b[0m\n");
+    print_verbose_note();
   }
 }
 
 // --- Running and shutdown -----------------------------------------------------------------------
 
 void stop_all(Children &children) {
-  (void)std::puts("\nTandrel: stopping...");
+  std::puts("\nTandrel: stopping...");
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   stop_last_to_first(children);
-  (void)std::puts("Tandrel: stopped.");
+  std::puts("Tandrel: stopped.");
 }
 
 void run_in_console(Children &children) {
@@ -406,7 +350,9 @@ std::thread start_supervisor(Children &children) {
   try {
     return std::thread([&children] { supervise(children, g_kids_mu, g_running); });
   } catch (const std::system_error &error) {
-    // Nothing can watch the components, so none is left behind.
+    // Nothing can watch the components, so none is left behind; then the failure goes on its way
+    // and ends the process.
+    const std::lock_guard<std::mutex> lock(g_kids_mu);
     stop_last_to_first(children);
     throw std::system_error(error.code(), "thread constructor failed");
   }
@@ -483,11 +429,11 @@ int run_component(const std::string &directory, int argc, char **argv) {
   child.name = std::string("td_") + argv[1];
   child.supervised = true;
   if (!spawn(child, Inherit::everything)) {
-    (void)std::fprintf(stderr,
-                       "Tandrel: cannot start %s\n"
-                       "              expected it next to this program, at:\n"
-                       "                %s\n",
-                       child.name.c_str(), child.path.c_str());
+    std::fprintf(stderr,
+                 "Tandrel: cannot start %s\n"
+                 "              expected it next to this program, at:\n"
+                 "                %s\n",
+                 child.name.c_str(), child.path.c_str());
     return 1;
   }
   const int status = wait_for_exit(child);
@@ -498,10 +444,10 @@ int run_component(const std::string &directory, int argc, char **argv) {
 
 int main(int argc, char **argv) {
   // Every line appears at once, in a pipe or a log file too.
-  (void)std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const std::string directory = td::executable_dir();
   // A parent that ignores SIGCHLD passes that on, and children would then be reaped unseen.
-  (void)signal(SIGCHLD, SIG_DFL);
+  signal(SIGCHLD, SIG_DFL);
 
   switch (choose_mode(argc, argv)) {
   case Mode::help:
@@ -515,15 +461,15 @@ int main(int argc, char **argv) {
 
   Options options(load_settings());
   if (const char *unknown = parse_options(argc, argv, options)) {
-    (void)std::fprintf(stderr, "Tandrel: unknown option '%s'\n\n", unknown);
+    std::fprintf(stderr, "Tandrel: unknown option '%s'\n\n", unknown);
     print_usage();
     return 1;
   }
   install_signal_handlers();
-  publish_ports(options);
+  publish_ports(options.http_port, options.udp_port);
 
-  Children children = make_children(directory, options);
-  print_title();
+  Children children = make_children(directory, options, current_http_port(), current_udp_port());
+  print_title(version);
   if (!bring_up_hub(children)) {
     return 1;
   }
@@ -533,5 +479,6 @@ int main(int argc, char **argv) {
 
   install_controls(children);
   run_until_stopped(directory, children, url);
-  return 0;
+  // Nothing uses the list after this, so the pointer that install_controls keeps may dangle.
+  return 0; // NOLINT(clang-analyzer-core.StackAddressEscape)
 }

@@ -18,13 +18,13 @@ std::string executable_path();
 void close_descriptors_from(int first);
 
 /// The shell command that opens `url` in the default browser. `url` stands in double quotes and is
-/// not escaped: the launcher makes it of digits, dots, colons and slashes. The command does not
-/// outlast the handing over of the address.
+/// not escaped: the launcher makes it of digits, dots, colons and slashes. The command ends without
+/// waiting for the browser to end.
 std::string browser_command(const std::string &url);
 
 /// The shell command that shows `message` in a critical alert headed "Tandrel" and ends when the
-/// alert is dismissed. `message` holds no single quote and no NUL; every other byte arrives whole.
-/// Empty when this system has nothing to show an alert with.
+/// alert is dismissed, at once where there is nothing to show one with. `message` holds no single
+/// quote and no NUL; every other byte is handed over whole.
 std::string alert_command(const std::string &message);
 
 /// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.

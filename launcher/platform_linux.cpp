@@ -1,10 +1,8 @@
 #include "osascript.h"
 #include "platform.h"
 
-#include <array>
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include <dlfcn.h>
 #include <sys/auxv.h>
@@ -15,30 +13,8 @@ namespace {
 
 constexpr std::size_t path_capacity = 4096; // with the terminating NUL
 
-bool in_directory(std::string_view directory, std::string_view tool) {
-  // An empty element of PATH is the current folder.
-  std::string path(directory.empty() ? std::string_view{"."} : directory);
-  path.append("/").append(tool);
-  return access(path.c_str(), X_OK) == 0;
-}
-
-/// Whether the shell would find `tool` on the PATH.
-bool on_path(std::string_view tool) {
-  const char *variable = std::getenv("PATH");
-  if (variable == nullptr) {
-    return false;
-  }
-  for (std::string_view rest = variable;;) {
-    const std::size_t colon = rest.find(':');
-    if (in_directory(rest.substr(0, colon), tool)) {
-      return true;
-    }
-    if (colon == std::string_view::npos) {
-      return false;
-    }
-    rest.remove_prefix(colon + 1);
-  }
-}
+// Closing one by one stops here: container set-ups have limits of a thousand million descriptors.
+constexpr long highest_descriptor_tried = 65536;
 
 using AvailableFunction = bool (*)();
 using RunFunction = void (*)(const tdgui::GuiConfig *);
@@ -70,7 +46,8 @@ void close_descriptors_from(int first) {
     return;
   }
   const long limit = sysconf(_SC_OPEN_MAX);
-  for (int descriptor = first; descriptor < limit; ++descriptor) {
+  const long end = limit < 0 ? highest_descriptor_tried : std::min(limit, highest_descriptor_tried);
+  for (int descriptor = first; descriptor < end; ++descriptor) {
     close(descriptor);
   }
 }
@@ -78,29 +55,18 @@ void close_descriptors_from(int first) {
 std::string browser_command(const std::string &url) {
   // In the background: where no desktop takes the address over, these tools become the browser and
   // stay for as long as it is open.
-  const char *tool = on_path("open") ? "open" : "xdg-open";
-  return std::string(tool) + " \"" + url + "\" &";
+  return "if command -v open >/dev/null; then open \"" + url + "\"; else xdg-open \"" + url +
+         "\"; fi &";
 }
 
 std::string alert_command(const std::string &message) {
-  struct Tool {
-    const char *name;
-    const char *options; ///< end where the message, in single quotes, goes
-  };
-  constexpr std::array tools{
-      Tool{"zenity", "--error --title Tandrel --no-markup --text "},
-      Tool{"kdialog", "--title Tandrel --error "},
-      Tool{"xmessage", "-title Tandrel -center "},
-  };
-  if (on_path("osascript")) {
-    return osascript_command(message);
-  }
-  for (const Tool &tool : tools) {
-    if (on_path(tool.name)) {
-      return std::string(tool.name) + " " + tool.options + "'" + message + "' >/dev/null 2>&1";
-    }
-  }
-  return "";
+  // zenity wants a UTF-8 locale for anything beyond ASCII.
+  return "if command -v osascript; then " + osascript_command(message) +
+         "; elif command -v zenity; then LC_CTYPE=C.UTF-8 zenity --error --title Tandrel "
+         "--no-markup --text '" +
+         message + "'; elif command -v kdialog; then kdialog --title Tandrel --error '" + message +
+         "'; elif command -v xmessage; then xmessage -title Tandrel -center '" + message +
+         "'; fi >/dev/null 2>&1";
 }
 
 Interface find_interface(const std::string &directory) {

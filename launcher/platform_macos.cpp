@@ -1,6 +1,7 @@
 #include "osascript.h"
 #include "platform.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -17,7 +18,8 @@ std::string executable_path() {
 
 void close_descriptors_from(int first) {
   // EBADF for every number that is not open.
-  const int limit = getdtablesize();
+  constexpr int highest_descriptor_tried = 65536; // the limit may be anything up to "unlimited"
+  const int limit = std::min(getdtablesize(), highest_descriptor_tried);
   for (int descriptor = first; descriptor < limit; ++descriptor) {
     close(descriptor);
   }

@@ -56,7 +56,7 @@ Settings read_settings(const std::string &path, bool open_browser) {
   std::size_t size = 0;
   if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
     size = std::fread(bytes.data(), 1, bytes.size(), file);
-    (void)std::fclose(file);
+    std::fclose(file);
   }
   return parse_settings({bytes.data(), size}, open_browser);
 }
@@ -64,7 +64,7 @@ Settings read_settings(const std::string &path, bool open_browser) {
 void write_settings(const std::string &path, const Settings &settings) {
   if (std::FILE *file = std::fopen(path.c_str(), "wb")) {
     const std::string text = format_settings(settings);
-    (void)std::fwrite(text.data(), 1, text.size(), file);
-    (void)std::fclose(file);
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::fclose(file);
   }
 }

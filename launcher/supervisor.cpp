@@ -20,16 +20,15 @@ void sleep_between_passes(const std::atomic<bool> &running) {
 
 void restart(Child &child) {
   ++child.restarts;
-  (void)std::fprintf(stderr, "Tandrel: restarting the %s...\n", child.name.c_str());
+  std::fprintf(stderr, "Tandrel: restarting the %s...\n", child.name.c_str());
   std::this_thread::sleep_for(restart_pause);
   if (!spawn(child)) {
-    (void)std::fprintf(stderr, "Tandrel: could not restart the %s\n", child.name.c_str());
+    std::fprintf(stderr, "Tandrel: could not restart the %s\n", child.name.c_str());
   }
 }
 
 void give_up(Child &child, std::atomic<bool> &running) {
-  (void)std::fprintf(stderr, "Tandrel: the %s keeps exiting; leaving it stopped.\n",
-                     child.name.c_str());
+  std::fprintf(stderr, "Tandrel: the %s keeps exiting; leaving it stopped.\n", child.name.c_str());
   if (child.critical) {
     running.store(false, std::memory_order_release);
   }
@@ -55,6 +54,9 @@ void supervise(std::vector<Child> &children, std::mutex &children_mutex,
                std::atomic<bool> &running) {
   while (running) {
     sleep_between_passes(running);
+    if (!running) {
+      return; // whoever ended the run may be tearing down the mutex already
+    }
     const std::lock_guard<std::mutex> lock(children_mutex);
     for (Child &child : children) {
       if (!running) {

@@ -12,58 +12,16 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Children, AreTheThreeRecordsInStartOrder) {
-  Options options{Settings{5000, 4000, true}};
-  options.run_receiver = false;
-  publish_ports(options);
-  const Children children = make_children("/opt/tools/", options);
-  ASSERT_EQ(children.size(), 3U);
-  EXPECT_EQ(children[0].name, "hub");
-  EXPECT_EQ(children[0].path, "/opt/tools/td_hub");
-  EXPECT_THAT(children[0].args, ElementsAre("--udp-port", "4000", "--http-port", "5000"));
-  EXPECT_TRUE(children[0].critical && children[0].supervised && children[0].quiet);
-  EXPECT_EQ(children[1].name, "receiver");
-  EXPECT_EQ(children[1].path, "/opt/tools/td_receiver");
-  EXPECT_THAT(children[1].args, ElementsAre("--hub", "127.0.0.1:4000"));
-  EXPECT_FALSE(children[1].critical || children[1].supervised);
-  EXPECT_EQ(children[2].name, "sender");
-  EXPECT_EQ(children[2].path, "/opt/tools/td_sender");
-  EXPECT_THAT(children[2].args, ElementsAre("--hub", "127.0.0.1:4000"));
-  EXPECT_FALSE(children[2].critical);
-  EXPECT_TRUE(children[2].supervised && children[2].quiet);
-  for (const Child &child : children) {
-    EXPECT_EQ(child.pid, -1);
-    EXPECT_EQ(child.restarts, 0);
-  }
-  options.verbose = true;
-  EXPECT_FALSE(make_children("/", options)[1].quiet);
-}
-
-TEST(Children, AreFoundByTheirWholeName) {
-  Children none;
-  EXPECT_EQ(find_by_name(none, "hub"), nullptr);
-  Children children = make_children("/", Options{Settings{}});
-  EXPECT_EQ(find_by_name(children, "sender"), &children[2]);
-  using std::string_literals::operator""s;
-  for (const std::string &name : {""s, "Hub"s, "hu"s, "hub "s, "hub\0"s}) {
-    EXPECT_EQ(find_by_name(children, name), nullptr) << name;
-  }
-}
-
 TEST(Ports, AreCutTo16Bits) {
-  Options options{Settings{}};
-  options.http_port = 65536;
-  options.udp_port = 70000;
-  publish_ports(options);
+  publish_ports(65536, 70000);
   EXPECT_EQ(ctl_http_port(), 0);
   EXPECT_EQ(ctl_udp_port(), 4464);
-  options.http_port = -1;
-  publish_ports(options);
+  publish_ports(-1, 4465);
   EXPECT_EQ(ctl_http_port(), 65535);
 }
 
 TEST(GuiConfig, IsFilledFromTheChildren) {
-  Children children = make_children("/", Options{Settings{}});
+  Children children = make_children("/", Options{Settings{}}, 4466, 4465);
   children.push_back(make_child("/", "", {}));
   const tdgui::GuiConfig config = make_gui_config(children, "http://10.0.0.5:4466/");
   EXPECT_EQ(config.url, "http://10.0.0.5:4466/");
@@ -125,7 +83,7 @@ struct Control : testing::Test {
     for (const char *name : {"td_hub", "td_receiver", "td_sender"}) {
       (void)folder.write(name, "#!/bin/sh\nexec sleep 1000\n", true);
     }
-    children = make_children(folder.prefix(), Options{Settings{}});
+    children = make_children(folder.prefix(), Options{Settings{}}, 4466, 4465);
     install_controls(children);
   }
   void TearDown() override {
@@ -192,7 +150,7 @@ TEST_F(Control, FailuresAreSaidOnStandardError) {
 }
 
 TEST_F(Control, APortChangeWithoutAHubAimsEveryRecordAndStoresNothing) {
-  publish_ports(Options{Settings{}});
+  publish_ports(4466, 4465);
   std::filesystem::remove(children[0].path);
   for (Child &child : children) {
     child.restarts = 3;

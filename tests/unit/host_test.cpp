@@ -5,6 +5,8 @@
 #include <cstdlib>
 
 #include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 
 namespace {
 
@@ -90,6 +92,26 @@ TEST_F(Tools, AlertWithoutAToolIsShownInTheTerminalOnly) {
 TEST_F(Tools, AlertKeepsTheToolsOutputOffTheTerminal) {
   add("osascript", "echo noise; echo noise >&2\n");
   EXPECT_EQ(dialog("text"), "text\n");
+}
+
+TEST(AnswersOnLoopback, TellsAListenerFromNone) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  const int listener = socket(AF_INET, SOCK_STREAM, 0);
+  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&address), size), 0);
+  ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr *>(&address), &size), 0);
+  const std::uint16_t port = ntohs(address.sin_port);
+  EXPECT_FALSE(answers_on_loopback(port)) << "bound, but not listening";
+  ASSERT_EQ(listen(listener, 1), 0);
+  EXPECT_TRUE(answers_on_loopback(port));
+  for (int i = 0; i < 8; ++i) { // more than the backlog holds: it must not wait for room
+    EXPECT_TRUE(answers_on_loopback(port));
+  }
+  close(listener);
+  EXPECT_FALSE(answers_on_loopback(port));
+  EXPECT_FALSE(answers_on_loopback(0));
 }
 
 TEST(LanIpv4, IsADottedQuad) {

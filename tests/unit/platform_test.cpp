@@ -29,38 +29,45 @@ TEST(Platform, ClosesDescriptorsFromTheFirstOn) {
   EXPECT_EQ(status, 0);
 }
 
+/// Runs the commands with recording tools alone on the PATH: each writes its name and arguments.
 struct PathTools : testing::Test {
   TemporaryFolder folder;
   std::string path_before = std::getenv("PATH");
 
   void SetUp() override { setenv("PATH", ("/no/such:" + folder.path.string()).c_str(), 1); }
   void TearDown() override { setenv("PATH", path_before.c_str(), 1); }
-  void add(const char *tool) const { (void)folder.write(tool, "#!/bin/sh\n", true); }
+  void add(const std::string &tool) const {
+    (void)folder.write(
+        tool, "#!/bin/sh\nprintf '%s|' \"${0##*/}\" \"$@\" > " + folder.prefix() + "said\n", true);
+  }
+  /// What the tool that the command ran has written; the command's background jobs are waited for.
+  [[nodiscard]] std::string said_by(const std::string &command) const {
+    std::filesystem::remove(folder.path / "said");
+    EXPECT_EQ(system((command + "\nwait").c_str()), 0);
+    return folder.read("said");
+  }
 };
 
 TEST_F(PathTools, BrowserOpensWithOpenElseWithXdgOpen) {
-  EXPECT_EQ(platform::browser_command("http://10.0.0.5:4466/"),
-            "xdg-open \"http://10.0.0.5:4466/\" &");
+  const std::string command = platform::browser_command("http://10.0.0.5:4466/");
+  add("xdg-open");
+  EXPECT_EQ(said_by(command), "xdg-open|http://10.0.0.5:4466/|");
   add("open");
-  EXPECT_EQ(platform::browser_command("http://10.0.0.5:4466/"), "open \"http://10.0.0.5:4466/\" &");
+  EXPECT_EQ(said_by(command), "open|http://10.0.0.5:4466/|");
 }
 
-TEST_F(PathTools, AlertTakesTheFirstToolFound) {
-  EXPECT_EQ(platform::alert_command("text"), "");
-  for (const char *tool : {"xmessage", "kdialog", "zenity", "osascript"}) {
-    add(tool);
-    EXPECT_THAT(platform::alert_command("text"), testing::StartsWith(tool));
-  }
-}
-
-TEST_F(PathTools, AToolThatIsNotExecutableDoesNotCount) {
-  (void)folder.write("open", "");
-  EXPECT_THAT(platform::browser_command("x"), testing::StartsWith("xdg-open"));
-}
-
-TEST_F(PathTools, WithoutAPathNothingIsFound) {
-  unsetenv("PATH");
-  EXPECT_EQ(platform::alert_command("text"), "");
+TEST_F(PathTools, AlertTakesTheFirstToolFoundAndHandsItTheWholeMessage) {
+  const std::string message = "two\nlines \"q\" \\n $x `y` <b> %s \x80é";
+  const std::string command = platform::alert_command(message);
+  EXPECT_EQ(said_by(command), "");
+  add("xmessage");
+  EXPECT_EQ(said_by(command), "xmessage|-title|Tandrel|-center|" + message + "|");
+  add("kdialog");
+  EXPECT_EQ(said_by(command), "kdialog|--title|Tandrel|--error|" + message + "|");
+  add("zenity");
+  EXPECT_EQ(said_by(command), "zenity|--error|--title|Tandrel|--no-markup|--text|" + message + "|");
+  add("osascript");
+  EXPECT_THAT(said_by(command), testing::StartsWith("osascript|-e|display alert"));
 }
 
 TEST(Platform, WithoutAModuleThereIsNoInterface) {

@@ -1,0 +1,81 @@
+#include "children.h"
+#include "temporary_folder.h"
+
+#include <string>
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+namespace {
+
+using testing::ElementsAre;
+
+TEST(MakeChildren, GivesTheThreeRecordsInStartOrder) {
+  Options options{Settings{}};
+  options.run_receiver = false;
+  const Children children = make_children("/opt/tools/", options, 5000, 4000);
+  ASSERT_EQ(children.size(), 3U);
+  EXPECT_EQ(children[0].name, "hub");
+  EXPECT_EQ(children[0].path, "/opt/tools/td_hub");
+  EXPECT_THAT(children[0].args, ElementsAre("--udp-port", "4000", "--http-port", "5000"));
+  EXPECT_TRUE(children[0].critical && children[0].supervised && children[0].quiet);
+  EXPECT_EQ(children[1].name, "receiver");
+  EXPECT_EQ(children[1].path, "/opt/tools/td_receiver");
+  EXPECT_THAT(children[1].args, ElementsAre("--hub", "127.0.0.1:4000"));
+  EXPECT_FALSE(children[1].critical || children[1].supervised);
+  EXPECT_EQ(children[2].name, "sender");
+  EXPECT_EQ(children[2].path, "/opt/tools/td_sender");
+  EXPECT_THAT(children[2].args, ElementsAre("--hub", "127.0.0.1:4000"));
+  EXPECT_FALSE(children[2].critical);
+  EXPECT_TRUE(children[2].supervised && children[2].quiet);
+  for (const Child &child : children) {
+    EXPECT_EQ(child.pid, -1);
+    EXPECT_EQ(child.restarts, 0);
+  }
+  options.verbose = true;
+  EXPECT_FALSE(make_children("/", options, 1, 2)[1].quiet);
+}
+
+TEST(FindByName, TakesTheWholeName) {
+  Children none;
+  EXPECT_EQ(find_by_name(none, "hub"), nullptr);
+  Children children = make_children("/", Options{Settings{}}, 1, 2);
+  EXPECT_EQ(find_by_name(children, "sender"), &children[2]);
+  using std::string_literals::operator""s;
+  for (const std::string &name : {""s, "Hub"s, "hu"s, "hub "s, "hub\0"s}) {
+    EXPECT_EQ(find_by_name(children, name), nullptr) << name;
+  }
+}
+
+TEST(AimAtPorts, ReplacesArgumentsAndRestarts) {
+  Children children = make_children("/", Options{Settings{}}, 1, 2);
+  children[2].restarts = 1000;
+  aim_at_ports(children, 5000, 4000);
+  EXPECT_THAT(children[0].args, ElementsAre("--udp-port", "4000", "--http-port", "5000"));
+  EXPECT_THAT(children[1].args, ElementsAre("--hub", "127.0.0.1:4000"));
+  EXPECT_THAT(children[2].args, ElementsAre("--hub", "127.0.0.1:4000"));
+  EXPECT_EQ(children[2].restarts, 0);
+}
+
+TEST(StopLastToFirst, EndsTheHubLast) {
+  const TemporaryFolder folder;
+  const std::string order = folder.prefix() + "order";
+  const std::string script = "#!/bin/sh\ntrap 'echo \"${0##*/}\" >> " + order +
+                             "; exit' TERM\necho > " + folder.prefix() +
+                             "ready; while :; do sleep 0.02; done\n";
+  Children children = make_children(folder.prefix(), Options{Settings{}}, 1, 2);
+  ASSERT_EQ(mkfifo((folder.prefix() + "ready").c_str(), 0600), 0);
+  for (Child &child : children) {
+    (void)folder.write(child.path.substr(folder.prefix().size()), script, true);
+    child.quiet = false;
+    ASSERT_TRUE(spawn(child));
+    std::ifstream(folder.prefix() + "ready").get(); // opens once the trap is set
+  }
+  stop_last_to_first(children);
+  EXPECT_EQ(folder.read("order"), "td_sender\ntd_receiver\ntd_hub\n");
+  for (const Child &child : children) {
+    EXPECT_EQ(child.pid, -1);
+  }
+}
+
+} // namespace

@@ -1,0 +1,115 @@
+"""A launcher run behind the scripted interface, which calls the launcher's callbacks on command."""
+
+import json
+import os
+import select
+import shutil
+import socket
+
+from deadline import DEADLINE
+from history import wait_for_start
+from run import Run
+from suite import MODULES
+
+COMPONENTS = ["hub", "receiver", "sender"]
+
+# An application's own Quit ends the process while the supervisor still runs: that is no leak.
+_SANITIZER = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thread_leaks=0"}
+
+
+class Interface(Run):
+    """A run without a terminal whose interface is up, ready for commands."""
+
+    def __init__(self, suite, *arguments, **options):
+        self._connection = None
+        shutil.copy2(MODULES / "tdgui.so", suite.folder / "tdgui.so")
+        path = suite.folder / "interface.socket"
+        with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as listener:
+            listener.bind(str(path))
+            listener.listen()
+            listener.settimeout(DEADLINE)
+            super().__init__(
+                suite,
+                [*suite.ports_options, "--no-browser", *arguments],
+                terminal=None,
+                environment={**suite.environment, **_SANITIZER, "TD_SCRIPTED_GUI": str(path)},
+                **options,
+            )
+            suite.runs.append(self)
+            self._connection, _ = listener.accept()
+        self._connection.settimeout(DEADLINE)
+        self._answers = self._connection.makefile("rb")
+
+    def send(self, *words):
+        """Gives a command without waiting for its answer."""
+        self._connection.sendall(" ".join(str(word) for word in words).encode() + b"\n")
+
+    def receive(self):
+        """The answer to the oldest command that has none yet."""
+        answer = json.loads(self._answers.readline())
+        assert "error" not in answer, answer
+        return answer
+
+    def ask(self, *words):
+        """Gives a command and returns the result of the callback."""
+        self.send(*words)
+        return self.receive()["result"]
+
+    def set_ports(self, http, udp):
+        """Changes the ports; returns the result and the message, "untouched" where none was set."""
+        self.send("set_ports", http, udp)
+        answer = self.receive()
+        return answer["result"], answer["message"]
+
+    def ports(self):
+        return self.ask("http_port"), self.ask("udp_port")
+
+    def running(self):
+        """Which components the launcher says are running."""
+        return [name for name in COMPONENTS if self.ask("is_running", name)]
+
+    def threads(self):
+        """How many threads the launcher has."""
+        return len(os.listdir(f"/proc/{self.pid}/task"))
+
+    def leave(self):
+        """Lets the interface return without a Quit; the launcher's exit status."""
+        self.ask("return")
+        return self.wait()
+
+    def quit(self):
+        """Quits from the menu; the launcher's exit status."""
+        self.ask("quit")
+        return self.leave()
+
+    def has_answered(self, seconds):
+        """Whether an answer comes within that time."""
+        return bool(select.select([self._connection], [], [], seconds)[0])
+
+    def close(self):
+        if self._connection:
+            self._answers.close()
+            self._connection.close()
+        super().close()
+
+
+def start_up(suite, *arguments, **options):
+    """An interface run whose wanted components record and have all begun their work."""
+    suite.record()
+    interface = Interface(suite, *arguments, **options)
+    for name in COMPONENTS:
+        if f"--no-{name}" not in arguments:
+            wait_for_start(suite, name)
+    return interface
+
+
+def hub_arguments(http, udp):
+    return ["--udp-port", str(udp), "--http-port", str(http)]
+
+
+def client_arguments(udp):
+    return ["--hub", f"127.0.0.1:{udp}"]
+
+
+def arguments_of_start(suite, name, count):
+    return wait_for_start(suite, name, count)["argv"][1:]

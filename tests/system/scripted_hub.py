@@ -1,0 +1,77 @@
+"""Hubs of a few shell lines, for tests about what the launcher reads and what it hands on.
+
+They bind no port, so every port number can be tried, and a whole run takes a few milliseconds.
+"""
+
+import os
+import shlex
+
+# Where both scripts meet. A process that is not waited for yet is a zombie ("Z"), and the launcher
+# waits for the probe first.
+_RECORD_ARGUMENTS = """#!/bin/sh
+cd {folder}
+printf '%s\\n' "$@" > hub.arguments
+echo $$ > hub.pid
+"""
+_PROBE_AFTER_HUB = """#!/bin/sh
+cd {folder}
+while :; do
+  [ -s hub.pid ] || continue
+  read -r pid < hub.pid
+  read -r _ _ state _ < /proc/$pid/stat
+  [ "$state" = Z ] && exit 7
+done
+"""
+_PROBE_ANSWERED = """#!/bin/sh
+cd {folder}
+until [ -s hub.pid ]; do :; done
+"""
+
+
+def make_failing(suite, path="td_hub"):
+    """The hub ends at once and the probe fails right after: the launcher gives up."""
+    folder = shlex.quote(str(suite.folder))
+    suite.script(path, _RECORD_ARGUMENTS.format(folder=folder))
+    suite.tool("curl", _PROBE_AFTER_HUB.format(folder=folder))
+
+
+def make_running(suite):
+    """The hub stays and every probe succeeds."""
+    folder = shlex.quote(str(suite.folder))
+    os.mkfifo(suite.folder / "forever")
+    suite.script("td_hub", _RECORD_ARGUMENTS.format(folder=folder) + "read -r _ < forever\n")
+    suite.tool("curl", _PROBE_ANSWERED.format(folder=folder))
+
+
+def ports(suite):
+    """The dashboard port and the control port that the hub was given, as text."""
+    names_and_values = (suite.folder / "hub.arguments").read_text().splitlines()
+    assert names_and_values[::2] == ["--udp-port", "--http-port"]
+    return names_and_values[3], names_and_values[1]
+
+
+def ports_of_failing_run(suite, *arguments, **options):
+    """Runs the launcher on a hub made by `make_failing` and returns that hub's ports."""
+    run = suite.start(*arguments, **options)
+    assert run.wait() == 1, (run.output, run.errors)
+    return ports(suite)
+
+
+def end_run(suite, run):
+    """Ends a run on a hub made by `make_running`; the launcher need not wait for that hub's end."""
+    os.kill(int((suite.folder / "hub.pid").read_text()), 9)
+    status = run.stop()
+    (suite.folder / "hub.pid").unlink()
+    return status
+
+
+def settings_of_run(suite, *arguments):
+    """The ports of a run on a hub made by `make_running`, and whether it opens the browser."""
+    run = suite.start("--no-receiver", "--no-sender", *arguments)
+    run.wait_for("Ctrl-C here stops everything.")
+    assert end_run(suite, run) == 0
+    run.close()
+    suite.runs.remove(run)
+    opened = bool(suite.calls("open"))
+    suite.forget_calls("open")
+    return (*ports(suite), opened)

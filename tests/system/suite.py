@@ -1,0 +1,251 @@
+"""The launcher and its components in a private folder, driven and observed from outside.
+
+A `Suite` is the folder; `Suite.start` runs the launcher in it with pipes or with a terminal. All
+waiting is for events, with `DEADLINE` as the time after which a test fails.
+"""
+
+import json
+import os
+import random
+import shutil
+import signal
+import socket
+import threading
+from pathlib import Path
+
+import psutil
+from deadline import DEADLINE, wait_until
+from run import Run
+
+BUILD = Path(os.environ.get("TD_BUILD_DIR", Path(__file__).parents[2] / "build")).resolve()
+# Stand-ins do not change with the launcher's build, so sanitized builds share one set of them.
+STAND_INS = Path(os.environ.get("TD_STANDIN_DIR", BUILD)).resolve()
+# The scripted interfaces are built with the tests, which the launcher that people run is not.
+MODULES = Path(os.environ.get("TD_MODULE_DIR", BUILD / "scripted")).resolve()
+COMPONENTS = ("hub", "receiver", "sender", "align")
+
+RECORDING_TOOL = """#!/bin/sh
+printf '%s\\0' "$#" "$@" >> "$0.calls"
+"""
+
+
+class Ports:
+    """Ports that no other test uses meanwhile: each is held by a name in the kernel."""
+
+    def __init__(self):
+        self._holds = []
+
+    def free(self):
+        while True:
+            port = random.randrange(10000, 32000)  # below the range that connections take from
+            hold = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+            try:
+                hold.bind(f"\0tandrel-test-port-{port}")
+            except OSError:
+                hold.close()
+                continue
+            self._holds.append(hold)
+            if _bindable(port):
+                return port
+
+    def close(self):
+        for hold in self._holds:
+            hold.close()
+
+
+def _bindable(port):
+    for kind in (socket.SOCK_STREAM, socket.SOCK_DGRAM):
+        with socket.socket(socket.AF_INET, kind) as probe:
+            try:
+                probe.bind(("", port))
+            except OSError:
+                return False
+    return True
+
+
+class Suite:
+    """A private folder with the launcher, the stand-ins and a PATH whose first folder is `bin`.
+
+    `open`, `xdg-open`, `osascript`, `zenity`, `kdialog` and `xmessage` only record their calls.
+    """
+
+    def __init__(self, folder, ports, shared):
+        self.folder = Path(folder)
+        self.shared = Path(shared)  # a folder of the test session's
+        self.ports = ports
+        self.http = ports.free()
+        self.udp = ports.free()
+        self.bin = self.folder / "bin"
+        self.home = self.folder / "home"
+        self.runs = []
+        self.bin.mkdir()
+        self.home.mkdir()
+        shutil.copy2(BUILD / "launcher", self.folder / "launcher")
+        for name in COMPONENTS:
+            os.link(self._stand_in(name), self.component(name))
+        for tool in ("open", "xdg-open", "osascript", "zenity", "kdialog", "xmessage"):
+            self.tool(tool)
+
+    def _stand_in(self, name):
+        # One copy per session of tests would do, but a link needs the same file system.
+        source = STAND_INS / f"td_{name}"
+        copy = self.shared / f"td_{name}.copy"
+        if not copy.exists():
+            staging = self.shared / f"td_{name}.{os.getpid()}.{threading.get_ident()}"
+            shutil.copy2(source, staging)
+            os.replace(staging, copy)
+        return copy
+
+    @property
+    def launcher(self):
+        return self.folder / "launcher"
+
+    @property
+    def settings(self):
+        return self.folder / "config" / "launcher.json"
+
+    @property
+    def environment(self):
+        environment = dict(os.environ)
+        environment.pop("DISPLAY", None)
+        environment["HOME"] = str(self.home)
+        environment["PATH"] = f"{self.bin}:{os.environ['PATH']}"
+        return environment
+
+    @property
+    def ports_options(self):
+        return ["--http-port", str(self.http), "--udp-port", str(self.udp)]
+
+    def component(self, name):
+        return self.folder / f"td_{name}"
+
+    def sealed_environment(self, *tools):
+        """An environment whose PATH is `bin` alone, where only links to the named tools are left.
+
+        Tools that `tool` adds afterwards are found as well.
+        """
+        for path in self.bin.iterdir():
+            path.unlink()
+        for name in tools:
+            (self.bin / name).symlink_to(shutil.which(name))
+        return {**self.environment, "PATH": str(self.bin)}
+
+    def save_settings(self, text):
+        self.settings.parent.mkdir(exist_ok=True)
+        self.settings.write_bytes(text if isinstance(text, bytes) else text.encode())
+
+    def behave(self, name, words):
+        """Gives a component named misbehaviours; it reads them at each of its starts."""
+        (self.folder / f"td_{name}.behaviour").write_text(words + "\n")
+
+    def record(self, *names):
+        """Has the named components record what happens to them, for `events`."""
+        for name in names or COMPONENTS:
+            path = self.folder / f"td_{name}.behaviour"
+            words = path.read_text() if path.exists() else ""
+            path.write_text(words + " record=events.jsonl\n")
+
+    def events(self, event=None, program=None):
+        """What recording components wrote, in order: dictionaries with "event" and "program"."""
+        path = self.folder / "events.jsonl"
+        if not path.exists():
+            return []
+        complete, _, _ = path.read_text().rpartition("\n")  # a line may be half written
+        rows = [json.loads(line) for line in complete.splitlines()]
+        return [
+            row
+            for row in rows
+            if (event is None or row["event"] == event)
+            and (program is None or row["program"] == program)
+        ]
+
+    def script(self, path, text):
+        """Writes an executable script; in the folder when the path is relative."""
+        path = self.folder / path
+        # Never opened for writing under its final name: another thread's fork would keep the
+        # descriptor for a moment, and executing the file would fail with "text file busy".
+        staging = path.with_name(path.name + ".new")
+        staging.write_text(text)
+        staging.chmod(0o755)
+        path.unlink(missing_ok=True)
+        staging.rename(path)
+        return path
+
+    def tool(self, name, text=RECORDING_TOOL):
+        """Puts a tool first on the PATH; by default one that records its calls."""
+        return self.script(self.bin / name, text)
+
+    def calls(self, tool):
+        """The argument lists of the calls that a recording tool saw, as bytes."""
+        path = self.bin / f"{tool}.calls"
+        fields = path.read_bytes().split(b"\0")[:-1] if path.exists() else []
+        calls = []
+        while fields:
+            count = int(fields.pop(0))
+            calls.append(fields[:count])
+            del fields[:count]
+        return calls
+
+    def forget_calls(self, tool):
+        (self.bin / f"{tool}.calls").unlink(missing_ok=True)
+
+    def start(self, *arguments, **options):
+        """Starts the launcher; see `Run`."""
+        run = Run(self, [str(argument) for argument in arguments], **options)
+        self.runs.append(run)
+        return run
+
+    def start_up(self, *arguments, **options):
+        """Starts an all-in-one run on this suite's ports and waits until it is up."""
+        run = self.start(*self.ports_options, *arguments, **options)
+        run.wait_for("Ctrl-C here stops everything.")
+        return run
+
+    def processes(self, name=None):
+        """The live processes of the folder's programs (of one component, if named)."""
+        wanted = str(self.component(name)) if name else str(self.folder) + "/"
+        found = []
+        for process in psutil.process_iter():
+            try:
+                command = process.cmdline()
+                if process.status() != psutil.STATUS_ZOMBIE and any(
+                    part == wanted if name else part.startswith(wanted) for part in command[:3]
+                ):
+                    found.append(process)
+            except (psutil.NoSuchProcess, psutil.AccessDenied):
+                continue
+        return found
+
+    def process(self, name):
+        """The one process of a component, waited for."""
+
+        def one():
+            found = self.processes(name)
+            return found if len(found) == 1 else None
+
+        return wait_until(one, f"one process of the {name}")[0]
+
+    def kill(self, name, number=signal.SIGKILL):
+        """Kills a component from outside and returns the id that its process had."""
+        pid = self.process(name).pid
+        os.kill(pid, number)
+        return pid
+
+    def wait_for_restart(self, name, old):
+        """Waits until a component has a process other than `old`, and returns its id."""
+        return wait_until(
+            lambda: next((p.pid for p in self.processes(name) if p.pid != old), None),
+            f"a new process of the {name}",
+        )
+
+    def close(self):
+        """Ends whatever is left, and says what that was."""
+        for run in self.runs:
+            run.close()
+        left = self.processes()
+        for process in left:
+            try:
+                process.kill()
+            except psutil.NoSuchProcess:
+                pass
+        return left

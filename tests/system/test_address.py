@@ -1,0 +1,101 @@
+"""The address that the dashboard is announced under, on machines with all kinds of interfaces."""
+
+import os
+import shutil
+import subprocess
+
+import console
+import pytest
+
+SYSTEM_PATH = f"{os.environ['PATH']}:/usr/sbin:/sbin"
+
+# Takes the kind of the interfaces, then the interfaces as "name state address...", then "run" and
+# the command.
+IN_NEW_NETWORK = """
+set -e
+ip link set lo up
+kind=$1
+shift
+while [ "$1" != run ]; do
+  set -- $1 -- "$@"
+  name=$1 state=$2
+  shift 2
+  [ $name = lo ] || ip link add $name type $kind
+  while [ "$1" != -- ]; do
+    ip address add $1 dev $name
+    shift
+  done
+  ip link set $name $state
+  shift 2
+done
+shift
+exec "$@"
+"""
+
+
+@pytest.fixture(scope="session")
+def new_network():
+    """The command that runs what follows it in a network of given interfaces."""
+    for unshare in (["unshare", "-n"], ["unshare", "-rn"]):
+        for kind in ("dummy", "bridge"):
+            command = [*unshare, "sh", "-c", IN_NEW_NETWORK, "sh", kind]
+            try:
+                done = subprocess.run(
+                    [*command, "en0 up 192.0.2.1/24", "run", "true"],
+                    env={**os.environ, "PATH": SYSTEM_PATH},
+                    stderr=subprocess.DEVNULL,
+                    check=False,
+                )
+            except FileNotFoundError:
+                pytest.skip("no unshare here")
+            if done.returncode == 0:
+                return command
+    pytest.skip("no right, or no ip, to make a network with interfaces of its own")
+
+
+@pytest.mark.parametrize(
+    "interfaces, address",
+    [
+        ([], "127.0.0.1"),
+        (["en5 up 100.64.0.7/10", "en0 up 192.168.1.20/24", "en1 up 10.0.0.5/8"], "192.168.1.20"),
+        (["en1 up 10.0.0.5/8", "en0 up 192.168.1.20/24"], "10.0.0.5"),
+        (["en1 up 203.0.113.9/24", "en0 up 198.51.100.7/24"], "203.0.113.9"),
+        (["en0 up 100.64.0.7/10"], "100.64.0.7"),
+        (["en0 up 169.254.3.4/16"], "127.0.0.1"),
+        (["en0 up 169.254.3.4/16", "en1 up 169.253.3.4/16"], "169.253.3.4"),
+        (["en0 up 169.255.0.1/16"], "169.255.0.1"),
+        (["en0 down 192.168.1.20/24", "en1 up 203.0.113.9/24"], "203.0.113.9"),
+        (["en0 down 192.168.1.20/24"], "127.0.0.1"),
+        (["en0 up 172.32.0.1/16", "en1 up 172.31.255.1/16"], "172.31.255.1"),
+        (["en0 up 172.15.255.1/16", "en1 up 172.16.0.1/16"], "172.16.0.1"),
+        (["en0 up 11.0.0.1/8", "en1 up 9.255.0.1/8", "en2 up 10.255.255.254/8"], "10.255.255.254"),
+        (["en0 up 192.169.0.1/24", "en2 up 192.168.0.1/24"], "192.168.0.1"),
+        (["en0 up 192.167.0.1/24", "en2 up 192.168.255.1/24"], "192.168.255.1"),
+        (["en0 up 203.0.113.9/24 192.168.7.7/24 192.168.7.8/24"], "192.168.7.7"),
+        (["lo up 192.168.7.7/32", "en0 up 10.0.0.5/8"], "192.168.7.7"),
+        (["en0 up 127.1.2.3/32 128.0.0.1/32"], "128.0.0.1"),
+        (["en0 up fd00::1/64"], "127.0.0.1"),
+    ],
+)
+def test_the_address_that_others_reach_this_machine_by(suite, new_network, interfaces, address):
+    environment = {**suite.environment, "PATH": f"{suite.bin}:{SYSTEM_PATH}"}
+    launcher = [str(suite.launcher), *suite.ports_options, "--no-receiver", "--no-sender"]
+    run = suite.start(
+        *new_network[1:],
+        *(*interfaces, "run", *launcher),
+        program=shutil.which(new_network[0]),
+        environment=environment,
+    )
+    run.wait_for("Ctrl-C here stops everything.")
+    assert run.stop() == 0
+    url = f"http://{address}:{suite.http}/"
+    shown = console.announcement(url, running="hub", no_sender=True)
+    assert run.output == console.TITLE + shown + console.STOPPED
+    assert run.errors == b""
+    assert suite.calls("open") == [[url.encode()]]
+
+
+def test_the_address_of_this_machine(suite):
+    run = suite.start_up("--no-browser")
+    assert run.stop() == 0
+    assert f"\x1b[1;36mhttp://{console.lan_address()}:{suite.http}/\x1b[0m".encode() in run.output

@@ -1,0 +1,163 @@
+"""What the launcher makes of its arguments before it starts anything."""
+
+import os
+
+import console
+import pytest
+import scripted_hub
+
+# The arguments, and the one of them that is complained about.
+UNKNOWN = [
+    (["--no-sender", "--help"], "--help"),
+    (["--no-sender", "-h"], "-h"),
+    (["--no-sender", "hub"], "hub"),
+    (["--verbose", "align"], "align"),
+    (["HUB"], "HUB"),
+    (["Hub"], "Hub"),
+    (["SENDER"], "SENDER"),
+    (["Sender"], "Sender"),
+    (["RECEIVER"], "RECEIVER"),
+    (["Receiver"], "Receiver"),
+    (["ALIGN"], "ALIGN"),
+    (["Align"], "Align"),
+    (["hub "], "hub "),
+    (["td_hub"], "td_hub"),
+    (["-H"], "-H"),
+    (["--Help"], "--Help"),
+    (["--HELP"], "--HELP"),
+    (["-help"], "-help"),
+    (["--no-senders"], "--no-senders"),
+    (["--no-sende"], "--no-sende"),
+    (["--No-Sender"], "--No-Sender"),
+    (["no-sender"], "no-sender"),
+    (["--http-port=5000"], "--http-port=5000"),
+    (["--udp-port=5000"], "--udp-port=5000"),
+    (["--http-port"], "--http-port"),
+    (["--udp-port"], "--udp-port"),
+    (["--no-sender", "--udp-port"], "--udp-port"),
+    (["--http-port", "--http-port", "--http-port"], "--http-port"),
+    (["--http-port", "5000", "5001"], "5001"),
+    (["5000"], "5000"),
+    (["--verbose=yes"], "--verbose=yes"),
+    ([""], ""),
+    (["--"], "--"),
+    (["--browser", ""], ""),
+    (["--first", "--second"], "--first"),
+    (["%s%n%d"], "%s%n%d"),
+    (["it's \"quoted\"\n$(touch x)"], "it's \"quoted\"\n$(touch x)"),
+    (["--naïve"], "--naïve"),
+    ([os.fsdecode(b"\xff\xfe")], os.fsdecode(b"\xff\xfe")),
+]
+
+
+@pytest.mark.parametrize("arguments", [["-h"], ["--help"], ["-h", "--bogus"], ["--help", "hub"]])
+def test_help_prints_the_usage_and_touches_nothing(suite, arguments):
+    before = sorted(suite.folder.iterdir())
+    run = suite.start(*arguments)
+    assert run.wait() == 0
+    assert run.output == console.USAGE
+    assert run.errors == b""
+    assert sorted(suite.folder.iterdir()) == before
+
+
+def test_the_usage_has_25_lines_and_ends_with_the_last(suite):
+    run = suite.start("--help")
+    run.wait()
+    assert run.output.count(b"\n") == 25
+    assert run.output.endswith(b"also still ship.\n")
+
+
+def test_the_usage_never_takes_the_name_it_was_called_by(suite):
+    other = suite.folder / "other-name"
+    os.link(suite.launcher, other)
+    run = suite.start("--help", program=other)
+    assert run.wait() == 0
+    assert run.output == console.USAGE
+
+
+@pytest.mark.parametrize("arguments, unknown", UNKNOWN)
+def test_an_unknown_option_is_named_and_nothing_starts(suite, arguments, unknown):
+    suite.record()
+    run = suite.start(*arguments)
+    assert run.wait() == 1
+    assert run.errors == b"Tandrel: unknown option '" + os.fsencode(unknown) + b"'\n\n"
+    assert run.output == console.USAGE
+    assert suite.events() == []
+
+
+@pytest.mark.parametrize(
+    "arguments, http, udp",
+    [
+        ([], "4466", "4465"),
+        (["--http-port", "5000"], "5000", "4465"),
+        (["--udp-port", "5000"], "4466", "5000"),
+        (["--http-port", "1", "--udp-port", "65535"], "1", "65535"),
+        (["--http-port", "5000", "--http-port", "5001"], "5001", "4465"),
+        (["--udp-port", "5000", "--udp-port", "x", "--udp-port", "5002"], "4466", "5002"),
+        (["--udp-port", "5000", "--http-port", "5000"], "5000", "5000"),
+        (["--http-port", "dashboard"], "0", "4465"),
+        (["--http-port", ""], "0", "4465"),
+        (["--http-port", "0"], "0", "4465"),
+        (["--http-port", "65535"], "65535", "4465"),
+        (["--http-port", "65536"], "0", "4465"),
+        (["--udp-port", "70000"], "4466", "4464"),
+        (["--http-port", "-1"], "65535", "4465"),
+        (["--http-port", "-65537"], "65535", "4465"),
+        (["--http-port", " \t+0080"], "80", "4465"),
+        (["--http-port", "5000abc"], "5000", "4465"),
+        (["--http-port", "0x50"], "0", "4465"),
+        (["--udp-port", "- 5"], "4466", "0"),
+        (["--http-port", "--verbose"], "0", "4465"),
+        (["--http-port", "--udp-port"], "0", "4465"),
+        (["--udp-port", "--help"], "4466", "0"),
+        (["--udp-port", "hub", "--http-port", "-h"], "0", "0"),
+    ],
+)
+def test_port_values_reach_the_hub(suite, arguments, http, udp):
+    scripted_hub.make_failing(suite)
+    run = suite.start(*arguments)
+    assert run.wait() == 1
+    assert scripted_hub.ports(suite) == (http, udp)
+    assert run.output == console.TITLE
+    assert run.errors == console.hub_silent(http).encode() + b"\n"
+
+
+def test_an_option_taken_as_a_port_is_not_obeyed(suite):
+    scripted_hub.make_running(suite)
+    values = ["--http-port", "--verbose", "--udp-port", "--no-sender"]
+    run = suite.start("--no-receiver", "--no-browser", *values)
+    run.wait_for("Ctrl-C here stops everything.")
+    assert scripted_hub.end_run(suite, run) == 0
+    assert scripted_hub.ports(suite) == ("0", "0")
+    assert run.output == (
+        console.TITLE
+        + console.announcement(console.dashboard_url(0), running="hub, sender")
+        + console.STOPPED
+    )
+
+
+@pytest.mark.parametrize(
+    "saved, arguments, opened",
+    [
+        (None, [], True),
+        ("true", [], True),
+        ("false", [], False),
+        ("true", ["--no-browser"], False),
+        ("false", ["--browser"], True),
+        ("true", ["--no-browser", "--browser"], True),
+        ("true", ["--browser", "--no-browser"], False),
+        ("false", ["--browser", "--browser", "--no-browser", "--browser"], True),
+    ],
+)
+def test_the_last_word_on_the_browser_counts_for_this_run_only(suite, saved, arguments, opened):
+    scripted_hub.make_running(suite)
+    text = f'{{\n  "http_port": 5000,\n  "udp_port": 5001,\n  "open_browser": {saved}\n}}\n'
+    if saved:
+        suite.save_settings(text)
+    options = [*arguments, "--http-port", "6000", "--udp-port", "6001"]
+    assert scripted_hub.settings_of_run(suite, *options) == ("6000", "6001", opened)
+    if saved:
+        assert suite.settings.read_text() == text
+    else:
+        assert not suite.settings.exists()
+    assert scripted_hub.settings_of_run(suite)[2] == (saved != "false")

@@ -1,0 +1,232 @@
+"""The outside tools: the command lines that they get, and what becomes of their ends."""
+
+import os
+import shutil
+import signal
+from pathlib import Path
+
+import console
+import pytest
+from suite import wait_until
+
+ALERT_TOOLS = {
+    "zenity": ["--error", "--title", "Tandrel", "--no-markup", "--text"],
+    "kdialog": ["--title", "Tandrel", "--error"],
+    "xmessage": ["-title", "Tandrel", "-center"],
+}
+# Names of folders that mean something to a shell, to a script in double quotes, or to a terminal.
+ODD_NAMES = [
+    'double "quotes" and back\\slashes\\',
+    '\\"',
+    "$(touch pwned) `touch pwned` ${HOME} $HOME",
+    "a;touch pwned;b & touch pwned | touch pwned",
+    '"; do shell script "touch pwned',
+    "line\nfeed\ttab",
+    "Größe – 音",
+    "%s%n%d <b>&amp;<i>",
+    "-dash !! * ?",
+    os.fsdecode(b"\xff\xfe"),
+]
+QUOTED_NAMES = ["a';touch pwned;'b", "'", "it's", "'$(touch pwned)'", "'\\''; touch pwned; '"]
+
+
+def leftovers(suite):
+    """Files that a command in a folder's name would have made."""
+    return [path for path in suite.folder.parent.rglob("*") if path.name == "pwned"]
+
+
+def run_without_hub(suite, environment=None):
+    """Runs the launcher without its hub and returns the message that this gives."""
+    suite.component("hub").unlink(missing_ok=True)
+    run = suite.start(environment=environment)
+    assert run.wait() == 1
+    message = os.fsencode(console.hub_missing(suite.component("hub")))
+    assert run.output == console.TITLE
+    assert run.errors == message + b"\n"
+    return message
+
+
+def test_the_probes_command_line(suite):
+    suite.tool("curl", f"""#!/bin/sh
+printf '%s\\0' $# "$@" >> "$0.calls"
+exec {shutil.which("curl")} "$@"
+""")
+    suite.behave("hub", "answer-after=1000")
+    run = suite.start_up("--no-browser")
+    assert run.stop() == 0
+    url = f"http://127.0.0.1:{suite.http}/api/health".encode()
+    calls = suite.calls("curl")
+    assert calls == [[b"-s", b"-m", b"2", b"-o", b"/dev/null", url]] * len(calls)
+    assert len(calls) > 1
+
+
+def test_the_browser_gets_the_address_once(suite):
+    run = suite.start_up()
+    assert run.stop() == 0
+    url = console.dashboard_url(suite.http)
+    assert f"\x1b[1;36m{url}\x1b[0m\n".encode() in run.output
+    assert suite.calls("open") == [[url.encode()]]
+    assert suite.calls("xdg-open") == []
+
+
+def test_without_open_it_is_xdg_open(suite):
+    environment = suite.sealed_environment("curl")
+    suite.tool("xdg-open")
+    run = suite.start_up(environment=environment)
+    assert run.stop() == 0
+    assert run.errors == b""
+    assert suite.calls("xdg-open") == [[console.dashboard_url(suite.http).encode()]]
+
+
+def test_an_open_that_is_no_program_is_not_taken(suite):
+    environment = suite.sealed_environment("curl")
+    suite.tool("open").chmod(0o644)
+    suite.tool("xdg-open")
+    run = suite.start_up(environment=environment)
+    assert run.stop() == 0
+    assert suite.calls("xdg-open") == [[console.dashboard_url(suite.http).encode()]]
+
+
+def test_without_any_browser_tool_the_shell_complains_and_the_run_goes_on(suite):
+    run = suite.start_up(environment=suite.sealed_environment("curl"))
+    run.wait_for("not found\n", stream="errors")
+    old = suite.kill("receiver")
+    suite.wait_for_restart("receiver", old)
+    assert run.stop() == 0
+    assert b"Tandrel: restarting the receiver...\n" in run.errors
+
+
+def test_what_the_browser_tool_says_is_shown_and_its_status_ignored(suite):
+    suite.tool("open", "#!/bin/sh\necho a word\necho a complaint >&2\nexit 3\n")
+    run = suite.start_up()
+    run.wait_for("a word\n")
+    run.wait_for("a complaint\n", stream="errors")
+    assert run.stop() == 0
+    assert run.output.endswith(console.STOPPED)
+
+
+def test_a_browser_tool_that_stays_does_not_hold_the_launcher(suite):
+    suite.tool("open", '#!/bin/sh\necho $$ > "$0.pid"\nexec sleep 600\n')
+    run = suite.start_up()
+    pid_file = suite.bin / "open.pid"
+    wait_until(lambda: pid_file.exists() and pid_file.read_text(), "the browser tool")
+    old = suite.kill("receiver")
+    suite.wait_for_restart("receiver", old)
+    run.signal(signal.SIGINT)
+    assert run.wait_for_process() == 0
+    browser = int(pid_file.read_text())
+    assert Path(f"/proc/{browser}/comm").read_text() == "sleep\n"  # not taken along
+    os.kill(browser, signal.SIGKILL)
+    run.wait()
+
+
+def test_the_alerts_command_line(suite):
+    message = run_without_hub(suite)
+    (call,) = suite.calls("osascript")
+    assert call == [
+        b"-e",
+        b'display alert "Tandrel" message "' + message + b'" as critical',
+    ]
+    assert [suite.calls(tool) for tool in ALERT_TOOLS] == [[], [], []]
+
+
+@pytest.mark.parametrize("name", ODD_NAMES)
+def test_an_odd_message_reaches_the_alert_whole(suite_in, name):
+    suite = suite_in(name)
+    message = run_without_hub(suite)
+    script = console.alert_script(os.fsdecode(message))
+    assert suite.calls("osascript") == [[b"-e", os.fsencode(script)]]
+    assert leftovers(suite) == []
+
+
+def test_quotes_and_backslashes_are_escaped_by_one_backslash_each(suite_in):
+    suite = suite_in('a"b\\c')
+    run_without_hub(suite)
+    script = suite.calls("osascript")[0][1]
+    assert b'/a\\"b\\\\c/td_hub' in script
+
+
+@pytest.mark.parametrize("name", QUOTED_NAMES)
+def test_a_message_with_a_single_quote_gets_no_alert_and_no_shell(suite_in, name):
+    suite = suite_in(name)
+    run_without_hub(suite)
+    for tool in ("osascript", *ALERT_TOOLS):
+        assert suite.calls(tool) == []
+    assert leftovers(suite) == []
+
+
+@pytest.mark.parametrize("name", QUOTED_NAMES)
+def test_nor_does_it_without_osascript(suite_in, name):
+    suite = suite_in(name)
+    environment = suite.sealed_environment("touch")
+    for tool in ALERT_TOOLS:
+        suite.tool(tool)
+    run_without_hub(suite, environment)
+    assert [suite.calls(tool) for tool in ALERT_TOOLS] == [[], [], []]
+    assert leftovers(suite) == []
+
+
+@pytest.mark.parametrize(
+    "present", [["zenity", "kdialog", "xmessage"], ["kdialog", "xmessage"], ["xmessage"]]
+)
+@pytest.mark.parametrize("name", ["suite", *ODD_NAMES])
+def test_without_osascript_the_first_alert_tool_is_taken(suite_in, name, present):
+    suite = suite_in(name)
+    environment = suite.sealed_environment("touch")
+    for tool in present:
+        suite.tool(tool)
+    message = run_without_hub(suite, environment)
+    options = [option.encode() for option in ALERT_TOOLS[present[0]]]
+    assert suite.calls(present[0]) == [[*options, message]]
+    assert [suite.calls(tool) for tool in present[1:]] == [[]] * (len(present) - 1)
+    assert leftovers(suite) == []
+
+
+def test_without_any_alert_tool_there_is_the_terminal(suite):
+    run_without_hub(suite, suite.sealed_environment())
+
+
+def test_an_osascript_that_is_no_program_is_not_taken(suite):
+    environment = suite.sealed_environment()
+    suite.tool("osascript").chmod(0o644)
+    suite.tool("kdialog")
+    run_without_hub(suite, environment)
+    assert len(suite.calls("kdialog")) == 1
+    assert suite.calls("osascript") == []
+
+
+@pytest.mark.parametrize("path", ["/nonexistent::/nonexistent", ":/nonexistent", "/nonexistent:"])
+def test_an_empty_element_of_the_path_is_the_working_folder(suite, path):
+    suite.script("zenity", '#!/bin/sh\n: > "$0.shown"\n')
+    run_without_hub(suite, {**suite.environment, "PATH": path})
+    assert (suite.folder / "zenity.shown").exists()
+
+
+@pytest.mark.parametrize("end", ["exit 0", "exit 1", "kill -KILL $$", "kill -INT $$"])
+def test_an_alerts_output_and_end_are_ignored(suite, end):
+    suite.tool("osascript", f'#!/bin/sh\n: > "$0.shown"\necho noise\necho noise >&2\n{end}\n')
+    run_without_hub(suite)
+    assert (suite.bin / "osascript.shown").exists()
+
+
+def test_the_terminal_copy_comes_first_and_the_alert_is_waited_for(suite):
+    suite.tool("osascript", '#!/bin/sh\nread -r _ < "$0.dismiss"\n')
+    os.mkfifo(suite.bin / "osascript.dismiss")
+    suite.component("hub").unlink()
+    run = suite.start()
+    run.wait_for("need to stay in the same folder.\n", stream="errors")
+    with open(suite.bin / "osascript.dismiss", "w") as dismiss:  # opens once the alert is there
+        assert run.process.poll() is None
+        dismiss.write("\n")
+    assert run.wait() == 1
+
+
+def test_ctrl_c_at_the_terminal_dismisses_the_alert(suite):
+    suite.tool("osascript", '#!/bin/sh\necho $$ > "$0.pid"\nexec sleep 600\n')
+    suite.component("hub").unlink()
+    run = suite.start(terminal="all")
+    pid_file = suite.bin / "osascript.pid"
+    pid = wait_until(lambda: pid_file.exists() and pid_file.read_text().strip(), "the alert")
+    run.interrupt()
+    assert run.wait() == 1
+    assert not Path(f"/proc/{pid}").exists()

@@ -1,0 +1,226 @@
+"""One component in the launcher's place: the same arguments, streams, signals and exit status."""
+
+import os
+import shutil
+import signal
+import subprocess
+from pathlib import Path
+
+import console
+import pytest
+from suite import COMPONENTS, wait_until
+
+ENV = shutil.which("env")
+
+
+def received(suite, name):
+    """The arguments of the one start of a component, as bytes."""
+    (start,) = suite.events("start", f"td_{name}")
+    return [argument.encode("latin-1") for argument in start["argv"]]
+
+
+@pytest.mark.parametrize("name", COMPONENTS)
+def test_each_word_runs_its_component(suite, name):
+    suite.record()
+    run = suite.start(name, "--help")
+    assert run.wait() == 0
+    assert run.errors == b""
+    direct = subprocess.run([suite.component(name), "--help"], stdout=subprocess.PIPE, check=True)
+    assert run.output == direct.stdout != b""
+    starts = suite.events("start")
+    assert [row["program"] for row in starts] == [f"td_{name}"] * 2
+    assert starts[0]["argv"] == [str(suite.component(name)), "--help"]
+
+
+@pytest.mark.parametrize(
+    "arguments",
+    [
+        [],
+        [""],
+        ["-h"],
+        ["--no-sender", "--http-port", "1"],
+        ["hub", "sender"],
+        ["two words", " ", "\t", "line\nfeed", ""],
+        ["'single'", '"double"', "$HOME", "`id`", "$(id)", "a;b", "back\\slash", "*", "~", "%s"],
+        ["Größe", os.fsdecode(b"\xff\x80\x01")],
+        [str(number) for number in range(2000)],
+        ["x" * 100_000],
+    ],
+    ids=lambda arguments: f"{len(arguments)} arguments",
+)
+def test_every_argument_is_handed_over_unchanged(suite, arguments):
+    suite.record("align")
+    run = suite.start("align", *arguments)
+    assert run.wait() == 0
+    assert run.errors == b""
+    expected = [str(suite.component("align")), *arguments]
+    assert received(suite, "align") == [os.fsencode(argument) for argument in expected]
+
+
+def test_all_exit_statuses_come_through(suite):
+    suite.script("td_align", '#!/bin/sh\nexit "$1"\n')
+    for first in range(0, 256, 16):
+        batch = range(first, first + 16)
+        runs = [subprocess.Popen([suite.launcher, "align", str(status)]) for status in batch]
+        assert [run.wait() for run in runs] == list(batch)
+
+
+@pytest.mark.parametrize("number", ["KILL", "TERM", "INT", "HUP", "USR1", "ABRT", "SEGV", "RTMIN"])
+def test_a_component_killed_by_a_signal_gives_1(suite, number):
+    suite.script("td_sender", f"#!/bin/bash\nulimit -c 0\nkill -{number} $$\n")
+    run = suite.start("sender")
+    assert run.wait() == 1
+    assert run.output == run.errors == b""
+
+
+def test_statuses_and_signals_of_the_real_components(suite):
+    suite.behave("sender", "exit-at-once status=3")
+    suite.behave("receiver", "exit-at-once signal=9")
+    assert suite.start("sender", "--hub", "127.0.0.1:1").wait() == 3
+    assert suite.start("receiver", "--hub", "127.0.0.1:1").wait() == 1
+
+
+def remove(path):
+    path.unlink()
+
+
+def forbid(path):
+    path.chmod(0o644)
+
+
+@pytest.mark.parametrize("make_unusable", [remove, forbid])
+@pytest.mark.parametrize("name", COMPONENTS)
+def test_a_missing_component_is_named_with_its_place(suite, name, make_unusable):
+    shutil.copy2(suite.component(name), suite.folder / "copy")
+    os.replace(suite.folder / "copy", suite.component(name))  # not the link that others share
+    make_unusable(suite.component(name))
+    suite.tool(f"td_{name}")  # one on the PATH is not looked for
+    run = suite.start(name, "--http-port", "1")
+    assert run.wait() == 1
+    assert run.output == b""
+    assert run.errors == console.component_missing(name, suite.component(name)).encode()
+    assert suite.calls(f"td_{name}") == suite.calls("osascript") == []
+
+
+@pytest.mark.parametrize("contents", ["\x7fELF but no more", "#!/nonexistent/interpreter\n"])
+def test_a_component_that_cannot_be_executed_gives_127(suite, contents):
+    suite.script("td_hub", contents)
+    run = suite.start("hub")
+    assert run.wait() == 127
+    assert run.output == run.errors == b""
+
+
+def test_a_folder_in_the_components_place_gives_127(suite):
+    suite.component("hub").unlink()
+    suite.component("hub").mkdir()
+    run = suite.start("hub")
+    assert run.wait() == 127
+    assert run.output == run.errors == b""
+
+
+def test_the_streams_are_the_launchers(suite):
+    suite.script("td_align", "#!/bin/sh\necho to errors >&2\ncat\n")
+    done = subprocess.run([suite.launcher, "align"], input=b"from input", capture_output=True)
+    assert (done.returncode, done.stdout, done.stderr) == (0, b"from input", b"to errors\n")
+
+
+def test_the_component_shares_terminal_session_and_group(suite):
+    suite.record("sender")
+    # The launcher leads the session here; its end would hang up on the sender.
+    options = ["--ignore-signal=HUP", str(suite.launcher), "sender", "--hub", "127.0.0.1:1"]
+    run = suite.start(*options, program=ENV, terminal="all")
+    (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
+    assert start["isatty"] == [True, True, True]
+    assert len(set(start["stdio"])) == 1
+    assert start["ppid"] == start["pgid"] == start["sid"] == run.pid
+    run.interrupt()
+    assert run.wait_for_process() == -signal.SIGINT
+    wait_until(lambda: suite.events("exit"), "the sender's end")
+    assert [row["signal"] for row in suite.events("stop")] == [signal.SIGINT]
+
+
+def test_no_signal_is_handled_or_ignored_on_the_components_behalf(suite):
+    suite.record("sender")
+    options = ["--default-signal", str(suite.launcher), "sender", "--hub", "127.0.0.1:1"]
+    run = suite.start(*options, program=ENV)
+    (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
+    assert start["ignored"] == start["blocked"] == []
+    assert run.process.poll() is None
+    run.signal(signal.SIGTERM)
+    assert run.wait_for_process() == -signal.SIGTERM  # nothing in the launcher caught it
+    suite.kill("sender")
+    run.wait()
+
+
+def test_inherited_dispositions_and_mask_come_through_except_for_int_and_term(suite):
+    suite.record("align")
+    run = suite.start(
+        "--default-signal",
+        "--ignore-signal=INT,TERM,HUP,PIPE,USR1",
+        "--block-signal=USR2",
+        str(suite.launcher),
+        "align",
+        program=ENV,
+    )
+    assert run.wait() == 0
+    (start,) = suite.events("start")
+    assert start["ignored"] == [signal.SIGHUP, signal.SIGUSR1, signal.SIGPIPE]
+    assert start["blocked"] == [signal.SIGUSR2]
+
+
+def test_a_parent_that_ignores_the_end_of_children_still_gets_the_status(suite):
+    suite.behave("align", "status=3")
+    run = suite.start("--ignore-signal=CHLD", str(suite.launcher), "align", program=ENV)
+    assert run.wait() == 3
+
+
+def test_a_suspended_launcher_still_gets_the_status(suite):
+    suite.script("td_align", "#!/bin/sh\nread -r status\nexit $status\n")
+    run = subprocess.Popen([suite.launcher, "align"], stdin=subprocess.PIPE)
+    wait_until(lambda: suite.processes("align"), "the component's start")
+    run.send_signal(signal.SIGSTOP)
+    wait_until(lambda: process_state(run.pid) == "T", "the suspension")
+    run.send_signal(signal.SIGCONT)
+    wait_until(lambda: process_state(run.pid) == "S", "the continuation")
+    run.communicate(b"5\n")
+    assert run.returncode == 5
+
+
+def process_state(pid):
+    return Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
+
+
+def test_only_the_component_itself_is_waited_for(suite):
+    suite.script("td_align", "#!/bin/sh\nsleep 600 &\necho $!\nexit 4\n")
+    run = subprocess.Popen([suite.launcher, "align"], stdout=subprocess.PIPE)
+    lasting = int(run.stdout.readline())
+    try:
+        assert run.wait(timeout=30) == 4
+    finally:
+        os.kill(lasting, signal.SIGKILL)
+        run.stdout.close()
+
+
+def test_descriptors_come_through(suite):
+    suite.record("align")
+    reading, writing = os.pipe()
+    run = suite.start("align", pass_fds=[reading, writing])
+    os.close(reading)
+    os.close(writing)
+    assert run.wait() == 0
+    assert suite.events("start")[0]["descriptors"] == [reading, writing]
+
+
+def test_the_environment_and_the_working_folder_come_through(suite):
+    suite.script("td_align", "#!/bin/sh\npwd\ncat /proc/$$/environ\n")
+    environment = {"HOME": "", "ODD": "a=b\n", "PATH": suite.environment["PATH"], "LAST": ""}
+    run = suite.start("align", environment=environment, cwd=suite.home)
+    assert run.wait() == 0
+    folder, _, variables = run.output.partition(b"\n")
+    assert folder == bytes(suite.home)
+    assert variables == b"HOME=\0ODD=a=b\n\0PATH=" + environment["PATH"].encode() + b"\0LAST=\0"
+
+
+def test_the_settings_are_neither_looked_for_nor_made(suite):
+    assert suite.start("align").wait() == 0
+    assert not suite.settings.parent.exists()

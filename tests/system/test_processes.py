@@ -1,0 +1,222 @@
+"""What a component's process finds: streams, session, signals, descriptors, arguments."""
+
+import os
+import shutil
+import time
+from pathlib import Path
+from signal import SIGHUP, SIGINT, SIGPIPE, SIGTERM, SIGUSR1, SIGUSR2
+
+import console
+import psutil
+import pytest
+from suite import wait_until
+
+ENV = shutil.which("env")
+NAMES = ("hub", "receiver", "sender")
+
+
+def starts(suite, count=3):
+    """The start records of an all-in-one run's components, by program."""
+    rows = wait_until(
+        lambda: (rows := suite.events("start")) and len(rows) == count and rows, "the starts"
+    )
+    return {row["program"]: row for row in rows}
+
+
+def started(suite, *options, **run_options):
+    """A run whose components have all started, and their start records."""
+    suite.record()
+    run = suite.start_up("--no-browser", *options, **run_options)
+    return run, starts(suite)
+
+
+def started_by_env(suite, *env_options, verbose=False):
+    """The same for a launcher started with given signal dispositions."""
+    suite.record()
+    launcher = [str(suite.launcher), *suite.ports_options, "--no-browser"]
+    launcher += ["--verbose"] if verbose else []
+    run = suite.start("--default-signal", *env_options, *launcher, program=ENV)
+    run.wait_for("Ctrl-C here stops everything.")
+    return run, starts(suite)
+
+
+@pytest.mark.parametrize("terminal", ["input", "all"])
+def test_quiet_components_have_no_terminal_and_a_session_each(suite, terminal):
+    run, rows = started(suite, terminal=terminal)
+    for row in rows.values():
+        assert row["ppid"] == run.pid
+        assert row["pgid"] == row["sid"] == row["pid"]
+        assert row["stdio"] == ["/dev/null"] * 3
+        assert row["isatty"] == [False] * 3
+        assert row["descriptors"] == []
+    assert run.stop() == 0
+
+
+def test_verbose_components_share_the_launchers_terminal_session_and_group(suite):
+    run, rows = started(suite, "--verbose", terminal="all")
+    for row in rows.values():
+        assert row["ppid"] == row["pgid"] == row["sid"] == run.pid
+        assert row["isatty"] == [True] * 3
+        assert len(set(row["stdio"])) == 1
+        assert row["descriptors"] == []
+    assert run.stop() == 0
+
+
+def test_verbose_components_write_to_the_launchers_pipes(suite):
+    suite.script("td_receiver", "#!/bin/sh\necho to output\necho to errors >&2\nexec sleep 600\n")
+    run = suite.start_up("--no-browser", "--verbose")
+    run.wait_for("to output\n")
+    run.wait_for("to errors\n", stream="errors")
+    assert run.stop() == 0
+
+
+def test_quiet_components_write_nothing_anywhere(suite):
+    noise = "#!/bin/sh\necho noise\necho noise >&2\n: > $0.done\nexec sleep 600\n"
+    suite.script("td_receiver", noise)
+    suite.script("td_sender", noise)
+    run = suite.start_up("--no-browser")
+    for name in ("receiver", "sender"):
+        wait_until(Path(f"{suite.component(name)}.done").exists, "the noise")
+    assert run.stop() == 0
+    url = console.dashboard_url(suite.http)
+    assert run.output == console.TITLE + console.announcement(url) + console.STOPPED
+    assert run.errors == b""
+
+
+def test_quiet_components_read_nothing(suite):
+    suite.script("td_receiver", "#!/bin/sh\ncat > $0.input\n: > $0.done\nexec sleep 600\n")
+    run = suite.start_up("--no-browser", terminal="all")
+    os.write(run.terminal, b"typed\n")
+    wait_until(Path(f"{suite.component('receiver')}.done").exists, "the end of the input")
+    assert Path(f"{suite.component('receiver')}.input").read_bytes() == b""
+    assert run.stop() == 0
+
+
+@pytest.mark.parametrize("verbose", [False, True])
+def test_no_descriptor_of_the_launcher_reaches_a_component(suite, verbose):
+    reading, writing = os.pipe()
+    run, rows = started(
+        suite, *(["--verbose"] if verbose else []), pass_fds=[reading, writing], terminal="all"
+    )
+    os.close(reading)
+    os.close(writing)
+    assert [row["descriptors"] for row in rows.values()] == [[], [], []]
+    assert run.stop() == 0
+
+
+def test_components_of_a_launcher_without_streams_have_theirs(suite):
+    suite.record()
+    options = " ".join([*suite.ports_options, "--no-browser"])
+    run = suite.start("-c", f"exec ./launcher {options} <&- >&- 2>&-", program="/bin/sh")
+    rows = starts(suite)
+    assert [row["stdio"] for row in rows.values()] == [["/dev/null"] * 3] * 3
+    assert [row["descriptors"] for row in rows.values()] == [[], [], []]
+    assert run.stop() == 0
+
+
+@pytest.mark.parametrize("verbose", [False, True])
+def test_components_find_default_signals_except_for_an_ignored_sigpipe(suite, verbose):
+    run, rows = started_by_env(suite, verbose=verbose)
+    assert [row["ignored"] for row in rows.values()] == [[SIGPIPE]] * 3
+    assert [row["blocked"] for row in rows.values()] == [[], [], []]
+    assert run.stop() == 0
+
+
+def test_int_and_term_are_default_even_where_the_launcher_found_them_ignored(suite):
+    run, rows = started_by_env(suite, "--ignore-signal=INT,TERM,USR1", "--block-signal=USR2")
+    assert [row["ignored"] for row in rows.values()] == [[SIGUSR1, SIGPIPE]] * 3
+    assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
+    assert run.stop(SIGTERM) == 0
+
+
+def dispositions(pid):
+    """The signals that a process ignores and those that it handles."""
+    lines = Path(f"/proc/{pid}/status").read_text().splitlines()
+    fields = dict(line.partition(":")[::2] for line in lines)
+    masks = [int(fields[name], 16) for name in ("SigIgn", "SigCgt")]
+    return [{n for n in range(1, 32) if mask >> (n - 1) & 1} for mask in masks]
+
+
+def test_under_nohup_a_hangup_changes_nothing(suite):
+    run, rows = started_by_env(suite, "--ignore-signal=HUP")
+    assert [row["ignored"] for row in rows.values()] == [[SIGHUP, SIGPIPE]] * 3
+    ignored, handled = dispositions(run.pid)
+    assert SIGHUP in ignored
+    assert {SIGINT, SIGTERM} <= handled
+    run.signal(SIGHUP)
+    old = suite.kill("receiver")
+    suite.wait_for_restart("receiver", old)
+    assert run.stop() == 0
+
+
+def test_a_hangup_ends_the_run_like_ctrl_c(suite):
+    run = suite.start_up("--no-browser")
+    assert run.stop(SIGHUP) == 0
+    url = console.dashboard_url(suite.http)
+    assert run.output == console.TITLE + console.announcement(url) + console.STOPPED
+
+
+@pytest.mark.parametrize("verbose", [False, True])
+def test_closing_the_terminal_leaves_nothing_running(suite, verbose):
+    run, _ = started(suite, *(["--verbose"] if verbose else []), terminal="all")
+    run.hang_up()
+    assert run.wait_for_process() == 0
+    wait_until(lambda: not suite.processes(), "the end of everything")
+    if not verbose:  # a hang-up kills what shares the terminal
+        assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
+
+
+def test_ctrl_c_reaches_quiet_components_only_as_the_launchers_stop(suite):
+    run, _ = started(suite, terminal="all")
+    run.interrupt()
+    assert run.wait() == 0
+    assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
+
+
+def test_ctrl_c_reaches_verbose_components_directly(suite):
+    run, _ = started(suite, "--verbose", terminal="all")
+    run.interrupt()
+    assert run.wait() == 0
+    # The hub is told to stop last, long after the terminal told everybody.
+    assert suite.events("stop", "td_hub")[0]["signal"] == SIGINT
+
+
+def test_a_component_that_ignores_sigterm_is_killed_after_40_looks(suite):
+    suite.behave("sender", "ignore-sigterm")
+    run, _ = started(suite)
+    sender = suite.process("sender")
+    stopping = time.monotonic()
+    assert run.stop() == 0
+    assert 3.9 < time.monotonic() - stopping < 10
+    assert [row["signal"] for row in suite.events("ignored", "td_sender")] == [SIGTERM]
+    assert suite.events("exit", "td_sender") == []
+    assert not sender.is_running()
+    assert len(suite.events("exit")) == 2
+
+
+def test_the_environment_and_the_working_folder_are_the_launchers(suite):
+    environment = {**suite.environment, "ODD": "a=b\n", "EMPTY": ""}
+    run, _ = started(suite, environment=environment, cwd=suite.home)
+    for name in NAMES:
+        process = suite.process(name)
+        assert process.environ() == environment
+        assert process.cwd() == str(suite.home)
+    assert run.stop() == 0
+
+
+def test_components_come_from_the_launchers_folder_and_not_from_the_path(suite):
+    for name in NAMES:
+        suite.tool(f"td_{name}")
+    run, rows = started(suite)
+    assert {row["argv"][0] for row in rows.values()} == {
+        str(suite.component(name)) for name in NAMES
+    }
+    assert run.stop() == 0
+    assert [suite.calls(f"td_{name}") for name in NAMES] == [[], [], []]
+
+
+def test_each_component_is_one_process_of_the_launchers(suite):
+    run, _ = started(suite)
+    children = psutil.Process(run.pid).children(recursive=True)
+    assert sorted(child.name() for child in children) == ["td_hub", "td_receiver", "td_sender"]
+    assert run.stop() == 0

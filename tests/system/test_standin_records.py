@@ -1,0 +1,102 @@
+"""What the stand-ins record about how they were started and how they ended."""
+
+import os
+import signal
+import subprocess
+import time
+
+import pytest
+from standins_support import Place, Terminal, end
+
+
+@pytest.fixture
+def place():
+    made = Place()
+    yield made
+    made.close()
+
+
+def forget_signals():
+    """What the test runner ignores or blocks must not reach the program."""
+    for number in signal.valid_signals() - {signal.SIGKILL, signal.SIGSTOP}:
+        signal.signal(number, signal.SIG_DFL)
+    signal.pthread_sigmask(signal.SIG_SETMASK, set())
+
+
+def test_record_of_what_the_starter_gave(place):
+    def prepare():
+        forget_signals()
+        signal.signal(signal.SIGHUP, signal.SIG_IGN)
+        signal.signal(signal.SIGPIPE, signal.SIG_IGN)
+        signal.pthread_sigmask(signal.SIG_SETMASK, {signal.SIGUSR2, signal.SIGTERM})
+
+    place.behave("td_align", "record=events.jsonl")
+    argument = bytes(range(1, 256))
+    read_end, write_end = os.pipe()
+    before = time.monotonic_ns()
+    process = place.start(
+        "td_align",
+        argument,
+        stdout=subprocess.DEVNULL,
+        stderr=subprocess.DEVNULL,
+        start_new_session=True,
+        pass_fds=[write_end],
+        preexec_fn=prepare,
+    )
+    assert process.wait() == 0
+    os.close(read_end)
+    os.close(write_end)
+    start, stop = place.events()
+    assert before <= start["time_ns"] <= stop["time_ns"] <= time.monotonic_ns()
+    assert (start["event"], start["program"], start["pid"]) == ("start", "td_align", process.pid)
+    assert (start["ppid"], start["pgid"], start["sid"]) == (os.getpid(), process.pid, process.pid)
+    assert start["argv"][0] == str(place.folder / "td_align")
+    assert [text.encode("latin-1") for text in start["argv"][1:]] == [argument]
+    assert start["isatty"] == [False] * 3 and start["stdio"] == ["/dev/null"] * 3
+    assert start["descriptors"] == [write_end]
+    assert start["ignored"] == [signal.SIGHUP, signal.SIGPIPE]
+    assert start["blocked"] == [signal.SIGUSR2, signal.SIGTERM]
+    assert (stop["event"], stop["status"]) == ("exit", 0)
+
+
+def test_record_of_a_clean_start_and_of_odd_standard_descriptors(place):
+    terminal = Terminal()
+    place.behave("td_align", "record=events.jsonl")
+
+    def prepare():
+        forget_signals()
+        os.close(0)
+
+    place.start("td_align", stdout=terminal.slave, preexec_fn=prepare).wait()
+    name = os.ttyname(terminal.slave)
+    terminal.close()
+    start = place.events()[0]
+    assert start["isatty"] == [False, True, False]
+    assert start["stdio"][:2] == ["", name] and start["stdio"][2].startswith("pipe:")
+    assert (start["descriptors"], start["ignored"], start["blocked"]) == ([], [], [])
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT])
+def test_record_of_a_stop(place, number):
+    place.behave("td_receiver", "record=events.jsonl status=5")
+    process = place.start("td_receiver")
+    place.wait_event("start")
+    before = time.monotonic_ns()
+    end(process, number)
+    _, stop, last = place.events()
+    assert (stop["event"], stop["signal"]) == ("stop", number)
+    assert (last["event"], last["status"]) == ("exit", 5)
+    assert before <= stop["time_ns"] <= last["time_ns"]
+
+
+def test_shared_record_keeps_its_lines_whole(place):
+    words = {"TD_STANDIN_ALIGN": "record=events.jsonl"}
+    argument = "x" * 3000
+    processes = [
+        place.start("td_align", argument, environment=words, stdout=subprocess.DEVNULL)
+        for _ in range(12)
+    ]
+    assert [process.wait() for process in processes] == [0] * 12
+    events = place.events()
+    assert sorted(row["pid"] for row in events) == sorted([p.pid for p in processes] * 2)
+    assert all(row["argv"][1] == argument for row in events if row["event"] == "start")

@@ -4,6 +4,7 @@
 #include "platform.h"
 
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
@@ -60,6 +61,24 @@ int socket_error(int socket) {
   return error;
 }
 
+/// Whether a non-blocking socket finds a listener on a port of 127.0.0.1.
+bool connects(int socket, std::uint16_t port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(port);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  if (connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) {
+    return true;
+  }
+  if (errno != EINPROGRESS) {
+    return false;
+  }
+  // On this machine the answer is there at once. None within the limit means that somebody listens
+  // but is too busy to accept.
+  pollfd ready{socket, POLLOUT, 0};
+  return poll(&ready, 1, connect_limit_ms) != 1 || socket_error(socket) == 0;
+}
+
 } // namespace
 
 ToolEnd run_tool(const std::string &command) {
@@ -84,18 +103,9 @@ bool answers_on_loopback(std::uint16_t port) {
     return false;
   }
   fcntl(connection, F_SETFL, O_NONBLOCK);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  // On this machine the answer is there at once. None within the limit means that somebody listens
-  // but is too busy to accept.
-  pollfd ready{connection, POLLOUT, 0};
-  const bool refused =
-      connect(connection, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0 &&
-      poll(&ready, 1, connect_limit_ms) == 1 && socket_error(connection) != 0;
+  const bool answers = connects(connection, port);
   close(connection);
-  return !refused;
+  return answers;
 }
 
 std::string choose_lan_ipv4(const ifaddrs *list) {

@@ -44,7 +44,8 @@ foreach(source ${analysed})
   string(REPLACE "/" "_" name ${source})
   check_files(tidy_${name} FILES ${PROJECT_SOURCE_DIR}/${source}
     DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy
-    COMMAND ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR} ${source})
+    # Its standard error only counts the warnings of system headers.
+    COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR} ${source})
 endforeach()
 # The file for the other platform, against a stub of the one header that this system lacks.
 check_files(macos FILES ${PROJECT_SOURCE_DIR}/launcher/platform_macos.cpp DEPENDS ${headers}

@@ -1,0 +1,75 @@
+// GNUstep's alert has no accessory view, and its panel is the dark grey of another age. Both are
+// seen to right after the alert has made its panel.
+
+#include "attached_object.h"
+#include "replace_method.h"
+
+#import <AppKit/AppKit.h>
+#include <algorithm>
+
+namespace {
+
+constexpr CGFloat kMargin = 9; // GNUstep's own, between the panel's edge and its message
+constexpr CGFloat kGap = 12;   // above and below the accessory
+
+IMP g_make_panel;
+
+/// The panel is made with its size as its least and greatest.
+void resize(NSWindow *panel, NSSize content) {
+  const NSRect frame = [panel frameRectForContentRect:{NSZeroPoint, content}];
+  [panel setMinSize:frame.size];
+  [panel setMaxSize:frame.size];
+  [panel setContentSize:content];
+}
+
+bool sticks_to_an_edge(NSView *part) {
+  return [part autoresizingMask] & (NSViewMinYMargin | NSViewMaxYMargin);
+}
+
+/// The panel's parts, from the top: icon and title, which stick to the top; the message, which
+/// sticks to nothing; the buttons, which stick to the bottom. The accessory goes above the buttons.
+void add_accessory(NSWindow *panel, NSView *accessory) {
+  NSView *content = [panel contentView];
+  const NSSize old_size = [content frame].size, added = [accessory frame].size;
+  resize(panel, NSMakeSize(std::max(old_size.width, added.width + 2 * kMargin),
+                           old_size.height + added.height + kGap));
+  CGFloat buttons_top = 0;
+  for (NSView *part in [content subviews]) {
+    const NSRect frame = [part frame];
+    if (!sticks_to_an_edge(part))
+      [part setFrameOrigin:NSMakePoint(NSMinX(frame), NSMinY(frame) + added.height + kGap)];
+    if ([part autoresizingMask] & NSViewMaxYMargin)
+      buttons_top = std::max(buttons_top, NSMaxY(frame));
+  }
+  [accessory setFrameOrigin:NSMakePoint(kMargin, buttons_top + kGap)];
+  [content addSubview:accessory];
+}
+
+void make_panel(NSAlert *alert, SEL selector) {
+  reinterpret_cast<void (*)(id, SEL)>(g_make_panel)(alert, selector);
+  NSWindow *panel = [alert window];
+  [panel setHidesOnDeactivate:NO]; // the modal loop would go on without it
+  [panel setMiniwindowImage:[NSApp applicationIconImage]];
+  [panel setBackgroundColor:[NSColor colorWithCalibratedWhite:0.92 alpha:1]];
+  if ([alert accessoryView])
+    add_accessory(panel, [alert accessoryView]);
+}
+
+} // namespace
+
+@implementation NSAlert (TDMissing)
+
++ (void)load {
+  g_make_panel = td::replace_method(objc_getClass("NSAlert"), @selector(_setupPanel),
+                                    reinterpret_cast<IMP>(make_panel));
+}
+
+- (NSView *)accessoryView {
+  return td::attached_object(self);
+}
+
+- (void)setAccessoryView:(NSView *)view {
+  td::attach_object(self, view);
+}
+
+@end

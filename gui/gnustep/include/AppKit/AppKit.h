@@ -1,0 +1,42 @@
+// GNUstep's AppKit, and the declarations of AppKit that it lacks. Found before GNUstep's own on the
+// include path, so a unit written for AppKit needs to know nothing of it.
+#pragma once
+
+#include_next <AppKit/AppKit.h>
+
+enum {
+  NSAlertStyleWarning = NSWarningAlertStyle,
+  NSAlertStyleInformational = NSInformationalAlertStyle,
+  NSAlertStyleCritical = NSCriticalAlertStyle
+};
+
+@interface NSApplication (TDMissing)
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
+@end
+
+@interface NSMenu (TDMissing)
+- (void)removeAllItems;
+@end
+
+@interface NSPasteboard (TDMissing)
+- (NSInteger)clearContents;
+@end
+
+@interface NSTextField (TDMissing)
++ (instancetype)labelWithString:(NSString *)text;
+@end
+
+@interface NSImage (TDMissing)
++ (NSImage *)imageWithSize:(NSSize)size
+                   flipped:(BOOL)flipped
+            drawingHandler:(BOOL (^)(NSRect frame))handler;
+@end
+
+@interface NSAlert (TDMissing)
+- (NSView *)accessoryView;
+- (void)setAccessoryView:(NSView *)view;
+@end
+
+@interface NSStatusItem (TDMissing)
+- (NSStatusBarButton *)button;
+@end

@@ -1,0 +1,45 @@
+#include "menu_text.h"
+
+namespace {
+
+NSColor *default_colour(NSMenuItem *item) {
+  return [item isEnabled] ? [NSColor controlTextColor]
+                          : [NSColor colorWithCalibratedWhite:0.45 alpha:1];
+}
+
+void set_where_absent(NSMutableAttributedString *text, NSString *name, id value) {
+  NSRange run = NSMakeRange(0, 0);
+  for (NSUInteger at = 0; at < [text length]; at = NSMaxRange(run)) {
+    if ([text attribute:name atIndex:at effectiveRange:&run] == nil)
+      [text addAttribute:name value:value range:run];
+  }
+}
+
+NSString *key_words(NSMenuItem *item) {
+  NSString *key = [item keyEquivalent];
+  if ([key length] == 0)
+    return @"";
+  const NSUInteger mask = [item keyEquivalentModifierMask];
+  return [NSString stringWithFormat:@"%@%@%@%@", mask & NSControlKeyMask ? @"Ctrl+" : @"",
+                                    mask & NSCommandKeyMask ? @"Alt+" : @"",
+                                    mask & NSShiftKeyMask ? @"Shift+" : @"", [key uppercaseString]];
+}
+
+} // namespace
+
+NSAttributedString *td::shown_title(NSMenuItem *item) {
+  NSMutableAttributedString *text = [[[item attributedTitle] mutableCopy] autorelease];
+  if (text == nil)
+    text = [[[NSMutableAttributedString alloc] initWithString:[item title]] autorelease];
+  set_where_absent(text, NSFontAttributeName, [NSFont menuFontOfSize:0]);
+  set_where_absent(text, NSForegroundColorAttributeName, default_colour(item));
+  return text;
+}
+
+NSAttributedString *td::shown_key(NSMenuItem *item) {
+  NSDictionary *attributes = [NSDictionary
+      dictionaryWithObjectsAndKeys:[NSFont menuFontOfSize:0], NSFontAttributeName,
+                                   default_colour(item), NSForegroundColorAttributeName, nil];
+  return [[[NSAttributedString alloc] initWithString:key_words(item)
+                                          attributes:attributes] autorelease];
+}

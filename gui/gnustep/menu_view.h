@@ -1,0 +1,35 @@
+/// How an open menu looks: attributed titles, separators, check marks, key equivalents.
+#pragma once
+
+#import <AppKit/AppKit.h>
+#include <vector>
+
+@interface TDMenuView : NSView {
+  NSMenu *_shownMenu;
+  std::vector<NSRect> *_rows; // by pointer: this runtime constructs no C++ instance variables
+  NSInteger _highlighted;
+}
+
+/// As large as the menu needs. The menu must not change while it is shown.
+- (instancetype)initWithMenu:(NSMenu *)menu;
+- (NSMenu *)shownMenu;
+
+/// The item's rectangle in this view, whose origin is at the top left.
+- (NSRect)rectOfRow:(NSInteger)row;
+
+/// The index of the item at a point of this view; -1 for none.
+- (NSInteger)rowAtPoint:(NSPoint)point;
+
+/// The highlighted item's index; -1 for none. Separators and disabled items are never highlighted:
+/// setting one sets -1.
+- (NSInteger)highlightedRow;
+- (void)setHighlightedRow:(NSInteger)row;
+
+@end
+
+namespace td {
+
+/// Whether the user can choose the item or open its submenu.
+bool selectable(NSMenuItem *item);
+
+} // namespace td

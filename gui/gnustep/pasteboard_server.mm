@@ -1,0 +1,56 @@
+// The pasteboard is kept by a server process, gpbs, that GNUstep starts at the first use and then
+// waits for by way of another server process, gdnc, which it also starts. Here gpbs alone is
+// started, as nobody's child, and is there before GNUstep looks for it.
+
+#include "detached.h"
+#include "replace_method.h"
+
+#import <AppKit/AppKit.h>
+#import <GNUstepBase/NSTask+GNUstepBase.h>
+
+namespace {
+
+constexpr NSTimeInterval kStartTimeout = 5;
+constexpr NSTimeInterval kPollInterval = 0.02;
+
+IMP g_connect;
+NSConnection *g_server; // retained; invalid once gpbs has ended
+
+bool find_server() {
+  NSConnection *found = [NSConnection connectionWithRegisteredName:@"GNUstepGSPasteboardServer"
+                                                              host:@""];
+  if (![found isValid])
+    return false;
+  [g_server release];
+  g_server = [found retain];
+  return true;
+}
+
+void start_server() {
+  NSString *path = [NSTask launchPathForTool:@"gpbs"];
+  if (!path || !td::run_detached("exec \"$@\"", {[path UTF8String], "--auto"}))
+    return;
+  NSDate *deadline = [NSDate dateWithTimeIntervalSinceNow:kStartTimeout];
+  while (!find_server() && [deadline timeIntervalSinceNow] > 0)
+    [NSThread sleepForTimeInterval:kPollInterval];
+}
+
+id pasteboard_server(id pasteboard_class, SEL selector) {
+  if (![g_server isValid] && !find_server())
+    start_server();
+  return reinterpret_cast<id (*)(id, SEL)>(g_connect)(pasteboard_class, selector);
+}
+
+} // namespace
+
+@interface NSPasteboard (TDServer)
+@end
+
+@implementation NSPasteboard (TDServer)
+
++ (void)load {
+  g_connect = td::replace_method(object_getClass(objc_getClass("NSPasteboard")), @selector(_pbs),
+                                 reinterpret_cast<IMP>(pasteboard_server));
+}
+
+@end

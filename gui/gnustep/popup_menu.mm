@@ -1,0 +1,228 @@
+#include "popup_menu.h"
+
+#include "menu_windows.h"
+#include "window_device.h"
+#include "x11.h"
+
+#include <vector>
+
+namespace {
+
+enum class Outcome { Open, Chosen, Dismissed };
+
+/// A menu being tracked: its windows, outermost first, and how far the user has got.
+struct Tracking {
+  std::vector<NSWindow *> windows;
+  NSMenuItem *chosen = nil;
+  bool opening_click = true; // the button that opened the menu has not come up over it yet
+};
+
+/// Closes the submenus opened from the window at `depth`.
+void close_beyond(Tracking &tracking, std::size_t depth) {
+  while (tracking.windows.size() > depth + 1) {
+    td::close_menu(tracking.windows.back());
+    tracking.windows.pop_back();
+  }
+}
+
+NSMenuItem *highlighted_item(NSWindow *window) {
+  const NSInteger row = [td::menu_view(window) highlightedRow];
+  return row < 0 ? nil : [[td::menu_view(window) shownMenu] itemAtIndex:row];
+}
+
+void open_submenu(Tracking &tracking, std::size_t depth) {
+  NSWindow *window = tracking.windows[depth];
+  NSMenu *submenu = [highlighted_item(window) submenu];
+  if (!submenu || tracking.windows.size() > depth + 1)
+    return;
+  const NSRect row = td::row_on_screen(window, [td::menu_view(window) highlightedRow]);
+  tracking.windows.push_back(td::open_menu_beside(submenu, row));
+}
+
+void highlight(Tracking &tracking, std::size_t depth, NSInteger row) {
+  TDMenuView *view = td::menu_view(tracking.windows[depth]);
+  if (row == [view highlightedRow])
+    return;
+  close_beyond(tracking, depth);
+  [view setHighlightedRow:row];
+}
+
+/// The innermost open menu at the point of the screen; as many as there are windows for none.
+std::size_t depth_at(const Tracking &tracking, NSPoint point) {
+  for (std::size_t depth = tracking.windows.size(); depth-- > 0;) {
+    if (NSPointInRect(point, [tracking.windows[depth] frame]))
+      return depth;
+  }
+  return tracking.windows.size();
+}
+
+void follow_pointer(Tracking &tracking, NSPoint point) {
+  const std::size_t depth = depth_at(tracking, point);
+  if (depth == tracking.windows.size()) {
+    // The row whose submenu is open stays highlighted.
+    [td::menu_view(tracking.windows.back()) setHighlightedRow:-1];
+    return;
+  }
+  highlight(tracking, depth, td::row_at(tracking.windows[depth], point));
+  open_submenu(tracking, depth);
+}
+
+Outcome choose(Tracking &tracking, NSMenuItem *item) {
+  if (!item || [item submenu])
+    return Outcome::Open;
+  tracking.chosen = item;
+  return Outcome::Chosen;
+}
+
+Outcome mouse_down(Tracking &tracking, NSPoint point) {
+  tracking.opening_click = false;
+  if (depth_at(tracking, point) == tracking.windows.size())
+    return Outcome::Dismissed;
+  follow_pointer(tracking, point);
+  return Outcome::Open;
+}
+
+Outcome mouse_up(Tracking &tracking, NSPoint point) {
+  const std::size_t depth = depth_at(tracking, point);
+  if (depth == tracking.windows.size()) {
+    const bool dragged_off = !tracking.opening_click;
+    tracking.opening_click = false;
+    return dragged_off ? Outcome::Dismissed : Outcome::Open;
+  }
+  tracking.opening_click = false;
+  follow_pointer(tracking, point);
+  return choose(tracking, highlighted_item(tracking.windows[depth]));
+}
+
+void move_highlight(Tracking &tracking, NSInteger step) {
+  const std::size_t depth = tracking.windows.size() - 1;
+  TDMenuView *view = td::menu_view(tracking.windows[depth]);
+  const NSInteger count = [[view shownMenu] numberOfItems];
+  NSInteger row = [view highlightedRow];
+  if (row < 0 && step < 0)
+    row = 0;
+  for (NSInteger tried = 0; tried < count; ++tried) {
+    row = (row + step + count) % count;
+    if (td::selectable([[view shownMenu] itemAtIndex:row]))
+      return highlight(tracking, depth, row);
+  }
+}
+
+void enter_submenu(Tracking &tracking) {
+  const std::size_t depth = tracking.windows.size() - 1;
+  open_submenu(tracking, depth);
+  if (tracking.windows.size() > depth + 1)
+    move_highlight(tracking, 1);
+}
+
+/// Leaves the innermost submenu; the menu itself stays.
+Outcome leave_submenu(Tracking &tracking) {
+  if (tracking.windows.size() == 1)
+    return Outcome::Dismissed;
+  close_beyond(tracking, tracking.windows.size() - 2);
+  return Outcome::Open;
+}
+
+NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
+  NSString *typed = [[event charactersIgnoringModifiers] lowercaseString];
+  for (NSMenuItem *item in [menu itemArray]) {
+    const NSUInteger mask = [item keyEquivalentModifierMask];
+    if ([typed length] && [[item keyEquivalent] isEqualToString:typed] &&
+        ([event modifierFlags] & mask) == mask && td::selectable(item))
+      return item;
+  }
+  return nil;
+}
+
+Outcome key_down(Tracking &tracking, NSEvent *event) {
+  NSString *characters = [event charactersIgnoringModifiers];
+  switch ([characters length] ? [characters characterAtIndex:0] : 0) {
+  case NSUpArrowFunctionKey:
+    move_highlight(tracking, -1);
+    return Outcome::Open;
+  case NSDownArrowFunctionKey:
+    move_highlight(tracking, 1);
+    return Outcome::Open;
+  case NSRightArrowFunctionKey:
+    enter_submenu(tracking);
+    return Outcome::Open;
+  case NSLeftArrowFunctionKey:
+    if (tracking.windows.size() > 1)
+      leave_submenu(tracking);
+    return Outcome::Open;
+  case '\033':
+    return leave_submenu(tracking);
+  case '\r':
+    enter_submenu(tracking);
+    return choose(tracking, highlighted_item(tracking.windows.back()));
+  default:
+    return choose(tracking, item_for_key([td::menu_view(tracking.windows[0]) shownMenu], event));
+  }
+}
+
+NSPoint point_on_screen(NSEvent *event) {
+  NSWindow *window = [event window];
+  return window ? [window convertBaseToScreen:[event locationInWindow]] : [NSEvent mouseLocation];
+}
+
+Outcome handle(Tracking &tracking, NSEvent *event) {
+  switch ([event type]) {
+  case NSMouseMoved:
+  case NSLeftMouseDragged:
+  case NSRightMouseDragged:
+    follow_pointer(tracking, point_on_screen(event));
+    return Outcome::Open;
+  case NSLeftMouseDown:
+  case NSRightMouseDown:
+    return mouse_down(tracking, point_on_screen(event));
+  case NSLeftMouseUp:
+  case NSRightMouseUp:
+    return mouse_up(tracking, point_on_screen(event));
+  case NSKeyDown:
+    return key_down(tracking, event);
+  default:
+    [NSApp sendEvent:event];
+    return Outcome::Open;
+  }
+}
+
+Outcome next_step(Tracking &tracking) {
+  @autoreleasepool {
+    NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
+                                        untilDate:[NSDate distantFuture]
+                                           inMode:NSEventTrackingRunLoopMode
+                                          dequeue:YES];
+    return handle(tracking, event);
+  }
+}
+
+NSMenuItem *track(NSMenu *menu, NSRect anchor) {
+  Tracking tracking;
+  tracking.windows.push_back(td::open_menu_at(menu, anchor));
+  NSWindow *window = tracking.windows[0];
+  td::grab_input(td::display_of(window), td::x_window_of(window));
+  while (next_step(tracking) == Outcome::Open) {
+  }
+  td::release_input(td::display_of(window));
+  close_beyond(tracking, 0);
+  td::close_menu(window);
+  return tracking.chosen;
+}
+
+/// What AppKit does before a menu opens: contents first, then which items can be chosen.
+void prepare(NSMenu *menu) {
+  if ([[menu delegate] respondsToSelector:@selector(menuNeedsUpdate:)])
+    [[menu delegate] menuNeedsUpdate:menu];
+  [menu update];
+  for (NSMenuItem *item in [menu itemArray])
+    [[item submenu] update];
+}
+
+} // namespace
+
+void td::pop_up_menu(NSMenu *menu, NSRect anchor) {
+  prepare(menu);
+  NSMenuItem *chosen = track(menu, anchor);
+  if (chosen)
+    [NSApp sendAction:[chosen action] to:[chosen target] from:chosen];
+}

@@ -1,0 +1,12 @@
+#include "window_device.h"
+
+#import <GNUstepGUI/GSDisplayServer.h>
+
+_XDisplay *td::display_of(NSWindow *window) {
+  return static_cast<_XDisplay *>([GSServerForWindow(window) serverDevice]);
+}
+
+unsigned long td::x_window_of(NSWindow *window) {
+  return reinterpret_cast<unsigned long>(
+      [GSServerForWindow(window) windowDevice:static_cast<int>([window windowNumber])]);
+}

@@ -1,0 +1,101 @@
+#include "x11.h"
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+namespace {
+
+constexpr long kEmbedVersion = 0;
+constexpr long kEmbedMapped = 1;
+constexpr long kRequestDock = 0;
+constexpr std::chrono::seconds kDockTimeout(2);
+constexpr std::chrono::milliseconds kDockPoll(5);
+
+Window tray_owner(Display *display) {
+  const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(DefaultScreen(display));
+  return XGetSelectionOwner(display, XInternAtom(display, name.c_str(), False));
+}
+
+void announce_embedding(Display *display, Window window) {
+  const Atom info = XInternAtom(display, "_XEMBED_INFO", False);
+  const long data[] = {kEmbedVersion, kEmbedMapped};
+  XChangeProperty(display, window, info, info, 32, PropModeReplace,
+                  reinterpret_cast<const unsigned char *>(data), 2);
+}
+
+/// Trays give a window its least size.
+void ask_for_size(Display *display, Window window, int side) {
+  XSizeHints hints = {};
+  hints.flags = PMinSize | PBaseSize;
+  hints.min_width = hints.base_width = side;
+  hints.min_height = hints.base_height = side;
+  XSetWMNormalHints(display, window, &hints);
+}
+
+void request_dock(Display *display, Window owner, Window window) {
+  XEvent request = {};
+  request.xclient.type = ClientMessage;
+  request.xclient.window = owner;
+  request.xclient.message_type = XInternAtom(display, "_NET_SYSTEM_TRAY_OPCODE", False);
+  request.xclient.format = 32;
+  request.xclient.data.l[0] = CurrentTime;
+  request.xclient.data.l[1] = kRequestDock;
+  request.xclient.data.l[2] = static_cast<long>(window);
+  XSendEvent(display, owner, False, NoEventMask, &request);
+}
+
+bool is_embedded(Display *display, Window window) {
+  Window root = None, parent = None, *children = nullptr;
+  unsigned int count = 0;
+  if (XQueryTree(display, window, &root, &parent, &children, &count) == 0)
+    return false;
+  if (children)
+    XFree(children);
+  return parent != root;
+}
+
+} // namespace
+
+bool td::dock_in_tray(Display *display, Window window, int side) {
+  const Window owner = tray_owner(display);
+  if (owner == None)
+    return false;
+  announce_embedding(display, window);
+  ask_for_size(display, window, side);
+  request_dock(display, owner, window);
+  const auto deadline = std::chrono::steady_clock::now() + kDockTimeout;
+  while (!is_embedded(display, window)) {
+    if (std::chrono::steady_clock::now() > deadline)
+      return false;
+    std::this_thread::sleep_for(kDockPoll);
+  }
+  return true;
+}
+
+td::ScreenRect td::screen_rect(Display *display, Window window) {
+  ScreenRect rect = {};
+  Window root = None, child = None;
+  int x = 0, y = 0;
+  unsigned int border = 0, depth = 0;
+  XGetGeometry(display, window, &root, &x, &y, &rect.width, &rect.height, &border, &depth);
+  XTranslateCoordinates(display, window, root, 0, 0, &rect.x, &rect.y, &child);
+  return rect;
+}
+
+void td::grab_input(Display *display, Window window) {
+  const unsigned int mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
+  XGrabPointer(display, window, True, mask, GrabModeAsync, GrabModeAsync, None, None, CurrentTime);
+  XGrabKeyboard(display, window, True, GrabModeAsync, GrabModeAsync, CurrentTime);
+  XSync(display, False);
+}
+
+void td::release_input(Display *display) {
+  XUngrabPointer(display, CurrentTime);
+  XUngrabKeyboard(display, CurrentTime);
+  XSync(display, False);
+}

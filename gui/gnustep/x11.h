@@ -1,0 +1,30 @@
+/// The desktop's system tray, by the freedesktop.org protocol: a window of ours is embedded in it.
+#pragma once
+
+struct _XDisplay;
+
+namespace td {
+
+/// Asks the tray of the default screen to embed `window`, an X window not yet mapped, as a square
+/// of `side` pixels, and waits until it has. Returns false when there is no tray or it takes too
+/// long.
+bool dock_in_tray(_XDisplay *display, unsigned long window, int side);
+
+/// Pixels; x and y from the screen's top left corner.
+struct ScreenRect {
+  int x;
+  int y;
+  unsigned int width;
+  unsigned int height;
+};
+
+/// Where the window is on the screen; right also for an embedded one, whose own position is that in
+/// its parent.
+ScreenRect screen_rect(_XDisplay *display, unsigned long window);
+
+/// Has this client receive the pointer and the keyboard wherever they are, as `window`'s; an open
+/// menu needs that to notice a click elsewhere.
+void grab_input(_XDisplay *display, unsigned long window);
+void release_input(_XDisplay *display);
+
+} // namespace td

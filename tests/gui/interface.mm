@@ -1,0 +1,234 @@
+#include "interface.h"
+
+#include "replace_method.h"
+#include "window_device.h"
+#include "x_events.h"
+
+#include <deque>
+#include <gtest/gtest.h>
+
+namespace gui_test {
+namespace {
+
+Record g_record;
+Interface g_interface;
+std::function<void(Interface)> g_body;
+std::deque<std::function<void(NSWindow *)>> g_answers;
+int g_alerts, g_answered_alerts; // that have been run, and as many when one was answered last
+IMP g_make_status_item, g_set_policy, g_run_modal;
+
+void note(const std::string &call) { g_record.calls.push_back(call); }
+
+bool is_running(const std::string &name) {
+  ++g_record.questions;
+  return g_record.running.at(name);
+}
+void start(const std::string &name) { note("start " + name); }
+void stop(const std::string &name) { note("stop " + name); }
+void restart(const std::string &name) { note("restart " + name); }
+void quit() { note("quit"); }
+bool set_ports(int http, int udp, std::string &error) {
+  note("set_ports " + std::to_string(http) + " " + std::to_string(udp) + " '" + error + "'");
+  if (!g_record.ports_accepted)
+    error = g_record.refusal;
+  return g_record.ports_accepted;
+}
+int http_port() { return g_record.http; }
+int udp_port() { return g_record.udp; }
+bool open_browser_pref() { return g_record.open_browser; }
+void set_open_browser_pref(bool open) {
+  note(open ? "open_browser on" : "open_browser off");
+  g_record.open_browser = open;
+}
+
+NSStatusItem *make_status_item(id bar, SEL selector, CGFloat length) {
+  g_interface.asked_length = length;
+  g_interface.item = reinterpret_cast<NSStatusItem *(*)(id, SEL, CGFloat)>(g_make_status_item)(
+      bar, selector, length);
+  return g_interface.item;
+}
+
+BOOL set_policy(id application, SEL selector, NSApplicationActivationPolicy policy) {
+  g_interface.policy = policy;
+  return reinterpret_cast<BOOL (*)(id, SEL, NSApplicationActivationPolicy)>(g_set_policy)(
+      application, selector, policy);
+}
+
+NSInteger count_alert(id alert, SEL selector) {
+  ++g_alerts;
+  return reinterpret_cast<NSInteger (*)(id, SEL)>(g_run_modal)(alert, selector);
+}
+
+void watch_calls() {
+  static bool done = false;
+  if (done)
+    return;
+  done = true;
+  g_make_status_item = td::replace_method([NSStatusBar class], @selector(statusItemWithLength:),
+                                          reinterpret_cast<IMP>(make_status_item));
+  g_set_policy = td::replace_method([NSApplication class], @selector(setActivationPolicy:),
+                                    reinterpret_cast<IMP>(set_policy));
+  g_run_modal =
+      td::replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(count_alert));
+}
+
+void wake_loop() {
+  for (NSWindow *window in [NSApp windows]) {
+    if ([window isVisible])
+      send_exposure(td::display_of(window), td::x_window_of(window));
+  }
+  [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+                                      location:NSZeroPoint
+                                 modifierFlags:0
+                                     timestamp:0
+                                  windowNumber:0
+                                       context:nil
+                                       subtype:0
+                                         data1:0
+                                         data2:0]
+           atStart:NO];
+}
+
+} // namespace
+} // namespace gui_test
+
+@interface GuiTestDriver : NSObject
+@end
+
+@implementation GuiTestDriver
+
+- (void)runBody:(NSTimer *)timer {
+  using namespace gui_test;
+  g_interface.menu = [g_interface.item menu];
+  g_interface.controller = [g_interface.menu delegate];
+  g_body(g_interface);
+  [NSApp stop:nil];
+}
+
+- (void)pulse:(NSTimer *)timer {
+  using namespace gui_test;
+  NSWindow *panel = [NSApp modalWindow];
+  if (panel && g_answered_alerts != g_alerts && !g_answers.empty()) {
+    g_answered_alerts = g_alerts; // it stays the modal window until the loop takes up the click
+    const auto answer = g_answers.front();
+    g_answers.pop_front();
+    answer(panel);
+  }
+  wake_loop();
+}
+
+@end
+
+namespace gui_test {
+
+Pulse::Pulse() {
+  GuiTestDriver *driver = [[[GuiTestDriver alloc] init] autorelease];
+  timer_ = [[NSTimer timerWithTimeInterval:0.01
+                                    target:driver
+                                  selector:@selector(pulse:)
+                                  userInfo:nil
+                                   repeats:YES] retain];
+  for (NSString *mode in [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode,
+                                                   NSEventTrackingRunLoopMode, nil])
+    [[NSRunLoop currentRunLoop] addTimer:timer_ forMode:mode];
+}
+
+Pulse::~Pulse() {
+  [timer_ invalidate];
+  [timer_ release];
+}
+
+Record &record() { return g_record; }
+
+tdgui::GuiConfig full_config() {
+  watch_calls();
+  g_record = Record();
+  g_answers.clear();
+  tdgui::GuiConfig config;
+  config.url = "http://localhost:8080/";
+  config.status = "Tandrel 9.9";
+  config.components = {{"hub", "Hub"}, {"receiver", "Receiver"}, {"sender", "Sender"}};
+  config.is_running = is_running;
+  config.start = start;
+  config.stop = stop;
+  config.restart = restart;
+  config.quit = quit;
+  config.set_ports = set_ports;
+  config.http_port = http_port;
+  config.udp_port = udp_port;
+  config.open_browser_pref = open_browser_pref;
+  config.set_open_browser_pref = set_open_browser_pref;
+  return config;
+}
+
+void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {
+  @autoreleasepool {
+    Pulse pulse;
+    g_interface = {nil, nil, nil, 0, -1};
+    g_body = body;
+    GuiTestDriver *driver = [[[GuiTestDriver alloc] init] autorelease];
+    [NSTimer scheduledTimerWithTimeInterval:0
+                                     target:driver
+                                   selector:@selector(runBody:)
+                                   userInfo:nil
+                                    repeats:NO];
+    tdgui::run(config);
+    [[[g_interface.item button] window] orderOut:nil];
+  }
+}
+
+std::vector<NSMenuItem *> filled(Interface interface) {
+  [interface.controller menuNeedsUpdate:interface.menu];
+  std::vector<NSMenuItem *> items;
+  for (NSMenuItem *item in [interface.menu itemArray])
+    items.push_back(item);
+  return items;
+}
+
+NSMenuItem *item_titled(NSMenu *menu, NSString *title) {
+  for (NSMenuItem *item in [menu itemArray]) {
+    if ([[item title] isEqualToString:title] ||
+        [[[item attributedTitle] string] isEqualToString:title])
+      return item;
+  }
+  ADD_FAILURE() << "no item " << [title UTF8String];
+  return nil;
+}
+
+void choose(NSMenuItem *item) { [NSApp sendAction:[item action] to:[item target] from:item]; }
+
+void when_alert_runs(const std::function<void(NSWindow *)> &answer) { g_answers.push_back(answer); }
+
+std::size_t unanswered_alerts() { return g_answers.size(); }
+
+static void collect(NSView *view, Class cls, std::vector<NSView *> &found) {
+  if ([view isKindOfClass:cls])
+    found.push_back(view);
+  for (NSView *subview in [view subviews])
+    collect(subview, cls, found);
+}
+
+std::vector<NSView *> views_of_class(NSWindow *panel, Class cls) {
+  std::vector<NSView *> found;
+  collect([panel contentView], cls, found);
+  return found;
+}
+
+void click(NSWindow *panel, NSString *title) {
+  for (NSView *view : views_of_class(panel, [NSButton class])) {
+    if ([[static_cast<NSButton *>(view) title] isEqualToString:title])
+      return [static_cast<NSButton *>(view) performClick:nil];
+  }
+  ADD_FAILURE() << "no button " << [title UTF8String];
+  [NSApp stopModalWithCode:NSRunAbortedResponse];
+}
+
+bool shows(NSWindow *panel, NSString *text) {
+  for (NSView *view : views_of_class(panel, [NSTextField class])) {
+    if ([[static_cast<NSTextField *>(view) stringValue] isEqualToString:text])
+      return true;
+  }
+  return false;
+}
+
+} // namespace gui_test

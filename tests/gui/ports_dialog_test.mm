@@ -1,0 +1,186 @@
+// The ports dialog, answered in its modal loop.
+
+#include "interface.h"
+
+#include <gtest/gtest.h>
+
+using namespace gui_test;
+using Calls = std::vector<std::string>;
+
+namespace {
+
+/// The accessory view: the one of the panel's views that has its size.
+NSView *form_of(NSWindow *panel) {
+  for (NSView *view : views_of_class(panel, [NSView class])) {
+    if (NSEqualSizes([view frame].size, NSMakeSize(280, 58)))
+      return view;
+  }
+  ADD_FAILURE() << "no form";
+  return nil;
+}
+
+NSTextField *part(NSWindow *panel, NSUInteger index) {
+  return [[form_of(panel) subviews] objectAtIndex:index];
+}
+
+constexpr NSUInteger kHttp = 1, kUdp = 3;
+
+void expect_part(NSWindow *panel, NSUInteger index, const char *text, NSRect frame, bool editable) {
+  NSTextField *field = part(panel, index);
+  EXPECT_STREQ([[field stringValue] UTF8String], text);
+  EXPECT_TRUE(NSEqualRects([field frame], frame)) << index;
+  EXPECT_EQ([field isEditable], editable) << index;
+  EXPECT_TRUE([field formatter] == nil);
+}
+
+struct Answer {
+  NSString *http = nil; // nil: left as it is
+  NSString *udp = nil;
+  NSString *button = @"Apply";
+};
+
+/// Opens the dialog, answers it and returns the calls that followed.
+Calls calls_after(const tdgui::GuiConfig &config, const Answer &answer) {
+  run_interface(config, [&](Interface interface) {
+    when_alert_runs([&](NSWindow *panel) {
+      if (answer.http)
+        [part(panel, kHttp) setStringValue:answer.http];
+      if (answer.udp)
+        [part(panel, kUdp) setStringValue:answer.udp];
+      click(panel, answer.button);
+    });
+    filled(interface);
+    choose(item_titled(interface.menu, @"Settings…"));
+    EXPECT_EQ(unanswered_alerts(), 0u);
+    EXPECT_TRUE([NSApp modalWindow] == nil);
+  });
+  return record().calls;
+}
+
+} // namespace
+
+TEST(PortsDialog, ShowsTheCurrentPorts) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      EXPECT_TRUE(shows(panel, @"Tandrel Settings"));
+      EXPECT_TRUE(shows(panel, @"Changing a port restarts the hub and reconnects the sender and "
+                               @"receiver. Routing is kept."));
+      ASSERT_EQ([[form_of(panel) subviews] count], 4u);
+      expect_part(panel, 0, "Dashboard port", NSMakeRect(0, 32, 130, 20), false);
+      expect_part(panel, 1, "8080", NSMakeRect(136, 30, 80, 22), true);
+      expect_part(panel, 2, "Control port", NSMakeRect(0, 4, 130, 20), false);
+      expect_part(panel, 3, "8081", NSMakeRect(136, 2, 80, 22), true);
+      click(panel, @"Cancel");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(unanswered_alerts(), 0u);
+  });
+}
+
+TEST(PortsDialog, PartsNeitherOverlapNorLeaveThePanel) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      NSArray *parts = [[panel contentView] subviews];
+      for (NSView *one in parts) {
+        EXPECT_TRUE(NSContainsRect([[panel contentView] bounds], NSIntegralRect([one frame])));
+        for (NSView *other in parts)
+          EXPECT_TRUE(one == other || !NSIntersectsRect([one frame], [other frame]));
+      }
+      click(panel, @"Cancel");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+  });
+}
+
+TEST(PortsDialog, ApplyIsTheDefaultButton) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      for (NSView *view : views_of_class(panel, [NSButton class])) {
+        NSButton *button = static_cast<NSButton *>(view);
+        EXPECT_EQ([[button keyEquivalent] isEqualToString:@"\r"],
+                  [[button title] isEqualToString:@"Apply"]);
+      }
+      click(panel, @"Cancel");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+  });
+}
+
+TEST(PortsDialog, WithoutGettersShowsTheUsualPorts) {
+  tdgui::GuiConfig config = full_config();
+  config.http_port = config.udp_port = nullptr;
+  run_interface(config, [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      EXPECT_STREQ([[part(panel, kHttp) stringValue] UTF8String], "4466");
+      EXPECT_STREQ([[part(panel, kUdp) stringValue] UTF8String], "4465");
+      [part(panel, kUdp) setStringValue:@"5000"];
+      click(panel, @"Apply");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(record().calls, Calls{"set_ports 4466 5000 ''"});
+  });
+}
+
+TEST(PortsDialog, UnchangedPortsCallNothing) {
+  EXPECT_EQ(calls_after(full_config(), {}), Calls{});
+  EXPECT_EQ(calls_after(full_config(), {@"8080", @" 8081 "}), Calls{});
+  EXPECT_EQ(calls_after(full_config(), {@"8080abc", @"+8081"}), Calls{});
+}
+
+TEST(PortsDialog, AChangeOfOneOrBothHandsOverBoth) {
+  EXPECT_EQ(calls_after(full_config(), {@"9000", nil}), Calls{"set_ports 9000 8081 ''"});
+  EXPECT_EQ(calls_after(full_config(), {nil, @"9001"}), Calls{"set_ports 8080 9001 ''"});
+  EXPECT_EQ(calls_after(full_config(), {@"9000", @"9001"}), Calls{"set_ports 9000 9001 ''"});
+}
+
+TEST(PortsDialog, WhatIsNoPortGoesToTheCallbackAsWell) {
+  EXPECT_EQ(calls_after(full_config(), {@"abc", nil}), Calls{"set_ports 0 8081 ''"});
+  EXPECT_EQ(calls_after(full_config(), {@"", @"x"}), Calls{"set_ports 0 0 ''"});
+  EXPECT_EQ(calls_after(full_config(), {@"-5", @"70000"}), Calls{"set_ports -5 70000 ''"});
+}
+
+TEST(PortsDialog, CancelCallsNothing) {
+  EXPECT_EQ(calls_after(full_config(), {@"9000", @"9001", @"Cancel"}), Calls{});
+}
+
+TEST(PortsDialog, WithoutSetPortsApplyDoesNothing) {
+  tdgui::GuiConfig config = full_config();
+  config.set_ports = nullptr;
+  EXPECT_EQ(calls_after(config, {@"9000", @"9001"}), Calls{});
+}
+
+TEST(PortsDialog, ComparesWithThePortsItShowed) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      record().http = 9999; // changed by other means meanwhile
+      click(panel, @"Apply");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(record().calls, Calls{});
+  });
+}
+
+TEST(PortsDialog, ARefusalIsShownOnceAndTheValuesAreNotKept) {
+  run_interface(full_config(), [](Interface interface) {
+    record().ports_accepted = false;
+    record().refusal = "Port 9000 is täken.";
+    when_alert_runs([](NSWindow *panel) {
+      [part(panel, kHttp) setStringValue:@"9000"];
+      click(panel, @"Apply");
+    });
+    when_alert_runs([](NSWindow *panel) {
+      EXPECT_TRUE(shows(panel, @"Could not change the ports"));
+      EXPECT_TRUE(shows(panel, @"Port 9000 is täken."));
+      EXPECT_EQ(record().calls, Calls{"set_ports 9000 8081 ''"});
+      click(panel, @"OK");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(unanswered_alerts(), 0u);
+    when_alert_runs([](NSWindow *panel) {
+      EXPECT_STREQ([[part(panel, kHttp) stringValue] UTF8String], "8080");
+      click(panel, @"Cancel");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(record().calls.size(), 1u);
+  });
+}

@@ -1,0 +1,127 @@
+// The status item and its icon.
+
+#include "interface.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+
+using namespace gui_test;
+
+namespace {
+
+constexpr NSInteger kScale = 4; // pixels a point
+constexpr NSInteger kWidth = 18, kHeight = 16;
+
+/// The bars as rectangles, origin at the bottom left.
+const NSRect kBars[] = {{{0, 5.5}, {2, 5}},
+                        {{4, 3}, {2, 10}},
+                        {{8, 1}, {2, 14}},
+                        {{12, 3}, {2, 10}},
+                        {{16, 5.5}, {2, 5}}};
+
+NSBitmapImageRep *drawn(NSImage *image) {
+  const NSRect frame = NSMakeRect(0, 0, kWidth * kScale, kHeight * kScale);
+  NSImage *canvas = [[[NSImage alloc] initWithSize:frame.size] autorelease];
+  [canvas lockFocus];
+  [[NSColor blackColor] set];
+  NSRectFill(frame);
+  NSAffineTransform *scale = [NSAffineTransform transform];
+  [scale scaleBy:kScale];
+  [scale concat];
+  [[[image representations] objectAtIndex:0] draw];
+  [[NSAffineTransform transform] set];
+  NSBitmapImageRep *bitmap = [[[NSBitmapImageRep alloc] initWithFocusedViewRect:frame] autorelease];
+  [canvas unlockFocus];
+  return bitmap;
+}
+
+/// 1 inside a bar, 0 outside, -1 where a rounded corner or an edge makes it a matter of smoothing.
+int expected_ink(CGFloat x, CGFloat y) {
+  for (const NSRect &bar : kBars) {
+    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, 0.25, 1)))
+      return 1;
+    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, -0.25, -0.25)))
+      return -1;
+  }
+  return 0;
+}
+
+struct Difference {
+  int ink = 0, paper = 0, wrong = 0;
+};
+
+bool near(CGFloat found, CGFloat wanted) { return std::fabs(found - wanted) < 0.01; }
+
+bool is_teal(NSColor *pixel) {
+  return near([pixel redComponent], 0.3) && near([pixel greenComponent], 0.79) &&
+         near([pixel blueComponent], 0.75);
+}
+
+Difference compare(NSBitmapImageRep *bitmap) {
+  Difference result;
+  for (NSInteger row = 0; row < kHeight * kScale; ++row) {
+    for (NSInteger column = 0; column < kWidth * kScale; ++column) {
+      const CGFloat x = (column + 0.5) / kScale, y = kHeight - (row + 0.5) / kScale;
+      const int expected = expected_ink(x, y);
+      NSColor *pixel = [bitmap colorAtX:column y:row];
+      result.ink += expected == 1;
+      result.paper += expected == 0;
+      result.wrong +=
+          (expected == 1 && !is_teal(pixel)) || (expected == 0 && [pixel greenComponent] > 0.01);
+    }
+  }
+  return result;
+}
+
+} // namespace
+
+TEST(StatusItem, IsMadeAsAnAccessoryApplicationWithAMenu) {
+  run_interface(full_config(), [](Interface interface) {
+    EXPECT_EQ(interface.policy, NSApplicationActivationPolicyAccessory);
+    EXPECT_EQ(interface.asked_length, NSVariableStatusItemLength);
+    EXPECT_STREQ([[[interface.item button] toolTip] UTF8String], "Tandrel");
+    EXPECT_TRUE([interface.controller isKindOfClass:NSClassFromString(@"TDStatusController")]);
+    EXPECT_TRUE([interface.controller item] == interface.item);
+    EXPECT_EQ([interface.menu numberOfItems], 0); // nothing before it opens
+    EXPECT_TRUE([NSApp delegate] == nil);
+    EXPECT_TRUE([NSApp mainMenu] == nil);
+  });
+}
+
+TEST(StatusItem, IconHasFiveTealBars) {
+  run_interface(full_config(), [](Interface interface) {
+    NSImage *image = [[interface.item button] image];
+    EXPECT_EQ([image size].width, kWidth);
+    EXPECT_EQ([image size].height, kHeight);
+    EXPECT_FALSE([image isFlipped]);
+    const Difference difference = compare(drawn(image));
+    EXPECT_GT(difference.ink, 500);
+    EXPECT_GT(difference.paper, 2000);
+    EXPECT_EQ(difference.wrong, 0);
+  });
+}
+
+TEST(StatusItem, IconBarsHaveRoundCorners) {
+  run_interface(full_config(), [](Interface interface) {
+    NSBitmapImageRep *bitmap = drawn([[interface.item button] image]);
+    const NSInteger left = 8 * kScale, top = (kHeight - 15) * kScale; // of the middle bar
+    EXPECT_LT([[bitmap colorAtX:left y:top] greenComponent], 0.3);
+    EXPECT_GT([[bitmap colorAtX:left + kScale y:top + 1] greenComponent], 0.7);
+  });
+}
+
+TEST(StatusItem, IsDrawnOnTheScreen) {
+  run_interface(full_config(), [](Interface interface) {
+    NSWindow *window = [[interface.item button] window];
+    EXPECT_TRUE([window isVisible]);
+    NSView *button = [interface.item button];
+    EXPECT_TRUE(NSEqualRects([button frame], [[window contentView] frame]));
+  });
+}
+
+TEST(StatusItem, RunReturnsWhenTheLoopIsStopped) {
+  bool in_loop = false;
+  run_interface(full_config(), [&](Interface) { in_loop = [NSApp isRunning]; });
+  EXPECT_TRUE(in_loop);
+  EXPECT_FALSE([NSApp isRunning]);
+}

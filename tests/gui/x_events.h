@@ -1,0 +1,11 @@
+/// Events sent to windows of the test's own process.
+#pragma once
+
+struct _XDisplay;
+
+namespace gui_test {
+
+/// As if a part of the window had come into view.
+void send_exposure(_XDisplay *display, unsigned long window);
+
+} // namespace gui_test

@@ -3,13 +3,12 @@
 import os
 import shutil
 import socket
-import threading
 import time
-from http.server import BaseHTTPRequestHandler, HTTPServer
 from signal import SIGHUP, SIGINT, SIGTERM
 
 import console
 import pytest
+from foreign import answering_server
 from suite import wait_until
 
 NEVER = "600000"  # ms
@@ -115,37 +114,17 @@ def answers(port):
         return client.connect_ex(("127.0.0.1", port)) == 0
 
 
-@pytest.fixture
-def foreign_server(suite):
-    """A server that is nobody's hub and answers every request on the dashboard port."""
-
-    class Answer(BaseHTTPRequestHandler):
-        def do_GET(self):
-            self.send_response(200)
-            self.end_headers()
-
-        def log_message(self, *_):
-            pass
-
-    server = HTTPServer(("127.0.0.1", suite.http), Answer)
-    thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.01})
-    thread.start()
-    yield server
-    server.shutdown()
-    thread.join()
-    server.server_close()
-
-
 def probe_for_real(suite):
     """Has the probe wait for the new hub's end and then ask whoever answers on the port."""
     suite.tool("curl", PROBE_DEAD_HUB + f'exec {shutil.which("curl")} "$@"\n')
 
 
-def test_another_programs_answer_on_the_port_is_not_the_hubs(suite, foreign_server):
+def test_another_programs_answer_on_the_port_is_not_the_hubs(suite):
     suite.record()
     probe_for_real(suite)
-    run = suite.start(*suite.ports_options)
-    assert run.wait() == 1
+    with answering_server(suite.http):
+        run = suite.start(*suite.ports_options)
+        assert run.wait() == 1
     assert suite.events("exit")[0]["status"] == 1
     assert has_given_up(suite, run)
 
@@ -203,9 +182,8 @@ def test_a_second_copy_whose_hub_finds_the_port_taken_late(suite):
     assert leaves_alone(suite, second, first, processes)
 
 
-@pytest.mark.parametrize("moment", [step * 0.23 for step in range(11)])
-def test_ctrl_c_ends_the_wait_for_a_hub_that_never_answers(suite, moment):
-    suite.behave("hub", "never-answer record=events.jsonl")
+def press_ctrl_c_during_the_wait(suite, moment):
+    """At a moment of the wait for the hub: it ends within one probe, with the hub's message."""
     run = suite.start(*suite.ports_options, terminal="all")
     run.wait_for("1.4.4+412")
     time.sleep(moment)
@@ -214,6 +192,12 @@ def test_ctrl_c_ends_the_wait_for_a_hub_that_never_answers(suite, moment):
     assert run.wait() == 1
     assert time.monotonic() - pressed < ONE_PROBE
     assert console.hub_silent(suite.http).replace("\n", "\r\n").encode() in run.output
+
+
+@pytest.mark.parametrize("moment", [step * 0.23 for step in range(11)])
+def test_ctrl_c_ends_the_wait_for_a_hub_that_never_answers(suite, moment):
+    suite.behave("hub", "never-answer record=events.jsonl")
+    press_ctrl_c_during_the_wait(suite, moment)
     assert [row["signal"] for row in suite.events("stop")] in ([SIGTERM], [])
     assert suite.processes("hub") == []
 
@@ -221,14 +205,7 @@ def test_ctrl_c_ends_the_wait_for_a_hub_that_never_answers(suite, moment):
 @pytest.mark.parametrize("moment", [step * 0.017 for step in range(12)])
 def test_ctrl_c_ends_the_wait_for_a_hub_that_refuses(suite, moment):
     suite.behave("hub", f"answer-after={NEVER}")
-    run = suite.start(*suite.ports_options, terminal="all")
-    run.wait_for("1.4.4+412")
-    time.sleep(moment)
-    pressed = time.monotonic()
-    run.interrupt()
-    assert run.wait() == 1
-    assert time.monotonic() - pressed < ONE_PROBE
-    assert console.hub_silent(suite.http).replace("\n", "\r\n").encode() in run.output
+    press_ctrl_c_during_the_wait(suite, moment)
 
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP])

@@ -1,13 +1,10 @@
 """A change of ports that fails: what the user is told, and what goes on."""
 
 import shutil
-import socket
-import threading
 import time
-from contextlib import contextmanager
-from http.server import BaseHTTPRequestHandler, HTTPServer
 
 import pytest
+from foreign import answering_server, datagram_port, silent_server
 from history import RESTARTING, SECOND, is_gone, kill, starts, stops
 from interface import COMPONENTS, arguments_of_start, client_arguments, hub_arguments, start_up
 
@@ -35,44 +32,8 @@ INVALID = [
 SAVED = '{"http_port": 5001, "udp_port": 5000, "open_browser": false}'
 
 
-
 def would_not_start(port):
     return f"The hub would not start on port {port}. That port may be in use. Pick another."
-
-
-@contextmanager
-def answering_server(port):
-    """A program that is no hub of ours and answers every request."""
-
-    class Answer(BaseHTTPRequestHandler):
-        def do_GET(self):
-            self.send_response(200)
-            self.end_headers()
-
-        def log_message(self, *_):
-            pass
-
-    server = HTTPServer(("127.0.0.1", port), Answer)
-    thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.01})
-    thread.start()
-    yield
-    server.shutdown()
-    thread.join()
-    server.server_close()
-
-
-@contextmanager
-def silent_server(port):
-    """A program that takes connections and says nothing."""
-    with socket.create_server(("", port)):
-        yield
-
-
-@contextmanager
-def datagram_port(port):
-    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
-        holder.bind(("", port))
-        yield
 
 
 def check_nothing_but_arguments_changed(suite, interface, http, udp):

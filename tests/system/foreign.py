@@ -1,0 +1,41 @@
+"""Other programs on the ports of the suite."""
+
+import socket
+import threading
+from contextlib import contextmanager
+from http.server import BaseHTTPRequestHandler, HTTPServer
+
+
+@contextmanager
+def answering_server(port):
+    """A program that is no hub of ours and answers every request."""
+
+    class Answer(BaseHTTPRequestHandler):
+        def do_GET(self):
+            self.send_response(200)
+            self.end_headers()
+
+        def log_message(self, *_):
+            pass
+
+    server = HTTPServer(("127.0.0.1", port), Answer)
+    thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.01})
+    thread.start()
+    yield
+    server.shutdown()
+    thread.join()
+    server.server_close()
+
+
+@contextmanager
+def silent_server(port):
+    """A program that takes connections and says nothing."""
+    with socket.create_server(("", port)):
+        yield
+
+
+@contextmanager
+def datagram_port(port):
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
+        holder.bind(("", port))
+        yield

@@ -5,6 +5,7 @@
 #include "tdgui.h"
 
 #import <AppKit/AppKit.h>
+#include <algorithm>
 
 namespace {
 
@@ -64,11 +65,9 @@ bool row_is_running(const tdgui::Component &component) {
 }
 
 bool all_running() {
-  for (const tdgui::Component &component : g_components) {
-    if (g_ctl.is_running && !g_ctl.is_running(component.name))
-      return false;
-  }
-  return true;
+  return std::all_of(g_components.begin(), g_components.end(), [](const auto &component) {
+    return !g_ctl.is_running || g_ctl.is_running(component.name);
+  });
 }
 
 Ports current_ports() {
@@ -81,7 +80,7 @@ std::string component_name(NSMenuItem *item) {
 
 // Icon -------------------------------------------------------------------------------------------
 
-NSImage *tdMenuBarIcon() {
+NSImage *tdMenuBarIcon() { // NOLINT(readability-identifier-naming)
   return [NSImage imageWithSize:NSMakeSize(18, 16)
                         flipped:NO
                  drawingHandler:^BOOL(NSRect) {
@@ -90,8 +89,9 @@ NSImage *tdMenuBarIcon() {
                        {{12, 3}, {2, 10}}, {{16, 5.5}, {2, 5}},
                    };
                    [[NSColor colorWithSRGBRed:0.3 green:0.79 blue:0.75 alpha:1.0] setFill];
-                   for (const NSRect &bar : bars)
+                   for (const NSRect &bar : bars) {
                      [[NSBezierPath bezierPathWithRoundedRect:bar xRadius:1.0 yRadius:1.0] fill];
+                   }
                    return YES;
                  }];
 }
@@ -101,10 +101,12 @@ NSImage *tdMenuBarIcon() {
 /// `colour` and `font` may be nil: that attribute is then absent.
 NSAttributedString *text_piece(NSString *text, NSColor *colour, NSFont *font) {
   NSMutableDictionary *attributes = [NSMutableDictionary dictionary];
-  if (colour)
+  if (colour) {
     [attributes setObject:colour forKey:NSForegroundColorAttributeName];
-  if (font)
+  }
+  if (font) {
     [attributes setObject:font forKey:NSFontAttributeName];
+  }
   return [[NSAttributedString alloc] initWithString:text attributes:attributes];
 }
 
@@ -134,7 +136,7 @@ NSAttributedString *row_title(const tdgui::Component &component, bool running) {
 // Menu items: each is complete before it joins its menu -------------------------------------------
 
 NSMenuItem *plain_item(NSString *title) {
-  return [[NSMenuItem alloc] initWithTitle:title action:NULL keyEquivalent:@""];
+  return [[NSMenuItem alloc] initWithTitle:title action:nullptr keyEquivalent:@""];
 }
 
 NSMenuItem *action_item(NSString *title, SEL action, NSString *key, id target) {
@@ -209,8 +211,9 @@ void add_status_items(NSMenu *menu, id target) {
 }
 
 void add_component_items(NSMenu *menu, id target) {
-  for (const tdgui::Component &component : g_components)
+  for (const tdgui::Component &component : g_components) {
     [menu addItem:component_row(component, target)];
+  }
   add_separator(menu);
   [menu addItem:all_components_item(target)];
 }
@@ -277,13 +280,16 @@ void warn_ports_refused(const std::string &error) {
 }
 
 void apply_ports(Ports current, Ports wanted) {
-  if (wanted.udp == current.udp && wanted.http == current.http)
+  if (wanted.udp == current.udp && wanted.http == current.http) {
     return;
-  if (!g_ctl.set_ports)
+  }
+  if (!g_ctl.set_ports) {
     return;
+  }
   std::string error;
-  if (!g_ctl.set_ports(wanted.http, wanted.udp, error))
+  if (!g_ctl.set_ports(wanted.http, wanted.udp, error)) {
     warn_ports_refused(error);
+  }
 }
 
 } // namespace
@@ -311,51 +317,61 @@ void apply_ports(Ports current, Ports wanted) {
 }
 
 - (void)quitNow:(id)sender {
-  if (g_ctl.quit)
+  if (g_ctl.quit) {
     g_ctl.quit();
+  }
   [NSApp terminate:nil];
 }
 
 - (void)startComponent:(id)sender {
-  if (g_ctl.start)
+  if (g_ctl.start) {
     g_ctl.start(component_name(sender));
+  }
 }
 
 - (void)stopComponent:(id)sender {
-  if (g_ctl.stop)
+  if (g_ctl.stop) {
     g_ctl.stop(component_name(sender));
+  }
 }
 
 - (void)restartComponent:(id)sender {
-  if (g_ctl.restart)
+  if (g_ctl.restart) {
     g_ctl.restart(component_name(sender));
+  }
 }
 
 - (void)openSettings:(id)sender {
   const Ports current = current_ports();
   const PortsForm form = make_ports_form(current);
-  if (run_in_front(make_settings_alert(form.view)) != NSAlertFirstButtonReturn)
+  if (run_in_front(make_settings_alert(form.view)) != NSAlertFirstButtonReturn) {
     return;
+  }
   apply_ports(current, {[form.http intValue], [form.udp intValue]});
 }
 
 - (void)toggleOpenAtLaunch:(id)sender {
-  if (g_ctl.open_browser_pref && g_ctl.set_open_browser_pref)
+  if (g_ctl.open_browser_pref && g_ctl.set_open_browser_pref) {
     g_ctl.set_open_browser_pref(!g_ctl.open_browser_pref());
+  }
 }
 
 - (void)startAll:(id)sender {
-  if (!g_ctl.start)
+  if (!g_ctl.start) {
     return;
-  for (const tdgui::Component &component : g_components)
+  }
+  for (const tdgui::Component &component : g_components) {
     g_ctl.start(component.name);
+  }
 }
 
 - (void)stopAll:(id)sender {
-  if (!g_ctl.stop)
+  if (!g_ctl.stop) {
     return;
-  for (auto component = g_components.rbegin(); component != g_components.rend(); ++component)
+  }
+  for (auto component = g_components.rbegin(); component != g_components.rend(); ++component) {
     g_ctl.stop(component->name);
+  }
 }
 
 - (void)restartAll:(id)sender {
@@ -392,8 +408,9 @@ void tdgui::run(const GuiConfig &config) {
   g_status = config.status;
   g_components = config.components;
   g_ctl = callbacks_of(config);
-  if (!g_ctl.quit)
+  if (!g_ctl.quit) {
     g_ctl.quit = config.quit_fallback;
+  }
 
   @autoreleasepool {
     [NSApplication sharedApplication];

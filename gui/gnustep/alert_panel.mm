@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr CGFloat kMargin = 9; // GNUstep's own, between the panel's edge and its message
-constexpr CGFloat kGap = 12;   // above and below the accessory
+constexpr CGFloat panel_margin = 9;   // GNUstep's own, between the panel's edge and its message
+constexpr CGFloat accessory_gap = 12; // above and below the accessory
 
 IMP g_make_panel;
 
@@ -31,17 +31,20 @@ bool sticks_to_an_edge(NSView *part) {
 void add_accessory(NSWindow *panel, NSView *accessory) {
   NSView *content = [panel contentView];
   const NSSize old_size = [content frame].size, added = [accessory frame].size;
-  resize(panel, NSMakeSize(std::max(old_size.width, added.width + 2 * kMargin),
-                           old_size.height + added.height + kGap));
+  resize(panel, NSMakeSize(std::max(old_size.width, added.width + 2 * panel_margin),
+                           old_size.height + added.height + accessory_gap));
   CGFloat buttons_top = 0;
   for (NSView *part in [content subviews]) {
     const NSRect frame = [part frame];
-    if (!sticks_to_an_edge(part))
-      [part setFrameOrigin:NSMakePoint(NSMinX(frame), NSMinY(frame) + added.height + kGap)];
-    if ([part autoresizingMask] & NSViewMaxYMargin)
+    if (!sticks_to_an_edge(part)) {
+      [part
+          setFrameOrigin:NSMakePoint(NSMinX(frame), NSMinY(frame) + added.height + accessory_gap)];
+    }
+    if ([part autoresizingMask] & NSViewMaxYMargin) {
       buttons_top = std::max(buttons_top, NSMaxY(frame));
+    }
   }
-  [accessory setFrameOrigin:NSMakePoint(kMargin, buttons_top + kGap)];
+  [accessory setFrameOrigin:NSMakePoint(panel_margin, buttons_top + accessory_gap)];
   [content addSubview:accessory];
 }
 
@@ -49,10 +52,10 @@ void make_panel(NSAlert *alert, SEL selector) {
   reinterpret_cast<void (*)(id, SEL)>(g_make_panel)(alert, selector);
   NSWindow *panel = [alert window];
   [panel setHidesOnDeactivate:NO]; // the modal loop would go on without it
-  [panel setMiniwindowImage:[NSApp applicationIconImage]];
   [panel setBackgroundColor:[NSColor colorWithCalibratedWhite:0.92 alpha:1]];
-  if ([alert accessoryView])
+  if ([alert accessoryView]) {
     add_accessory(panel, [alert accessoryView]);
+  }
 }
 
 } // namespace

@@ -11,8 +11,9 @@ std::map<Class, IMP> g_plain_dealloc; // what a class's dealloc was before it al
 
 void forget(id owner) {
   auto entry = g_attached.find(owner);
-  if (entry == g_attached.end())
+  if (entry == g_attached.end()) {
     return;
+  }
   id value = entry->second;
   g_attached.erase(entry);
   [value release];
@@ -22,14 +23,16 @@ void dealloc_and_forget(id owner, SEL selector) {
   forget(owner);
   for (Class cls = [owner class]; cls != Nil; cls = class_getSuperclass(cls)) {
     auto entry = g_plain_dealloc.find(cls);
-    if (entry != g_plain_dealloc.end())
+    if (entry != g_plain_dealloc.end()) {
       return reinterpret_cast<void (*)(id, SEL)>(entry->second)(owner, selector);
+    }
   }
 }
 
 void watch_dealloc(Class cls) {
-  if (g_plain_dealloc.count(cls) != 0)
+  if (g_plain_dealloc.count(cls) != 0) {
     return;
+  }
   g_plain_dealloc[cls] =
       td::replace_method(cls, @selector(dealloc), reinterpret_cast<IMP>(dealloc_and_forget));
 }
@@ -39,8 +42,9 @@ void watch_dealloc(Class cls) {
 void td::attach_object(id owner, id value) {
   [value retain];
   forget(owner);
-  if (value == nil)
+  if (value == nil) {
     return;
+  }
   watch_dealloc([owner class]);
   g_attached[owner] = value;
 }

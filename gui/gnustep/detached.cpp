@@ -28,8 +28,9 @@ void set_defaults(posix_spawnattr_t &attributes, posix_spawn_file_actions_t &fil
 bool wait_for(pid_t pid) {
   int status = 0;
   while (waitpid(pid, &status, 0) < 0) {
-    if (errno != EINTR)
+    if (errno != EINTR) {
       return false;
+    }
   }
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
@@ -39,8 +40,9 @@ bool wait_for(pid_t pid) {
 bool td::run_detached(const std::string &command, const std::vector<std::string> &arguments) {
   const std::string line = "{ " + command + "; } &";
   std::vector<const char *> argv = {"sh", "-c", line.c_str(), "sh"};
-  for (const std::string &argument : arguments)
+  for (const std::string &argument : arguments) {
     argv.push_back(argument.c_str());
+  }
   argv.push_back(nullptr);
 
   posix_spawnattr_t attributes;

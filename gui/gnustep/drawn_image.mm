@@ -3,7 +3,7 @@
 #import <AppKit/AppKit.h>
 #include <Block.h>
 
-typedef BOOL (^TDDrawingHandler)(NSRect frame);
+using TDDrawingHandler = BOOL (^)(NSRect frame);
 
 @interface TDDrawnImageRep : NSImageRep {
   TDDrawingHandler _handler;

@@ -10,15 +10,17 @@ NSColor *default_colour(NSMenuItem *item) {
 void set_where_absent(NSMutableAttributedString *text, NSString *name, id value) {
   NSRange run = NSMakeRange(0, 0);
   for (NSUInteger at = 0; at < [text length]; at = NSMaxRange(run)) {
-    if ([text attribute:name atIndex:at effectiveRange:&run] == nil)
+    if ([text attribute:name atIndex:at effectiveRange:&run] == nil) {
       [text addAttribute:name value:value range:run];
+    }
   }
 }
 
 NSString *key_words(NSMenuItem *item) {
   NSString *key = [item keyEquivalent];
-  if ([key length] == 0)
+  if ([key length] == 0) {
     return @"";
+  }
   const NSUInteger mask = [item keyEquivalentModifierMask];
   return [NSString stringWithFormat:@"%@%@%@%@", mask & NSControlKeyMask ? @"Ctrl+" : @"",
                                     mask & NSCommandKeyMask ? @"Alt+" : @"",
@@ -29,8 +31,9 @@ NSString *key_words(NSMenuItem *item) {
 
 NSAttributedString *td::shown_title(NSMenuItem *item) {
   NSMutableAttributedString *text = [[[item attributedTitle] mutableCopy] autorelease];
-  if (text == nil)
+  if (text == nil) {
     text = [[[NSMutableAttributedString alloc] initWithString:[item title]] autorelease];
+  }
   set_where_absent(text, NSFontAttributeName, [NSFont menuFontOfSize:0]);
   set_where_absent(text, NSForegroundColorAttributeName, default_colour(item));
   return text;

@@ -6,12 +6,12 @@
 
 namespace {
 
-constexpr CGFloat kMarkColumn = 24; // left of the titles: check marks
-constexpr CGFloat kKeyGap = 28;     // at least, between a title and its key equivalent or arrow
-constexpr CGFloat kRightPad = 14;
-constexpr CGFloat kRowPad = 8; // above and below a text, in all
-constexpr CGFloat kSeparatorHeight = 9;
-constexpr CGFloat kEdge = 4; // above the first and below the last row
+constexpr CGFloat mark_column = 24; // left of the titles: check marks
+constexpr CGFloat key_gap = 28;     // at least, between a title and its key equivalent or arrow
+constexpr CGFloat right_pad = 14;
+constexpr CGFloat row_pad = 8; // above and below a text, in all
+constexpr CGFloat separator_height = 9;
+constexpr CGFloat edge_pad = 4; // above the first and below the last row
 
 NSColor *background_colour() { return [NSColor colorWithCalibratedWhite:0.98 alpha:1]; }
 NSColor *edge_colour() { return [NSColor colorWithCalibratedWhite:0.62 alpha:1]; }
@@ -23,23 +23,26 @@ NSColor *highlight_colour() {
 }
 
 CGFloat right_column_width(NSMenuItem *item) {
-  if ([item submenu])
-    return kKeyGap + 8;
+  if ([item submenu]) {
+    return key_gap + 8;
+  }
   NSAttributedString *key = td::shown_key(item);
-  return [key length] ? kKeyGap + [key size].width : 0;
+  return [key length] ? key_gap + [key size].width : 0;
 }
 
 CGFloat row_width(NSMenuItem *item) {
-  if ([item isSeparatorItem])
+  if ([item isSeparatorItem]) {
     return 0;
-  return kMarkColumn + ceil([td::shown_title(item) size].width) + ceil(right_column_width(item)) +
-         kRightPad;
+  }
+  return mark_column + ceil([td::shown_title(item) size].width) + ceil(right_column_width(item)) +
+         right_pad;
 }
 
 CGFloat row_height(NSMenuItem *item) {
-  if ([item isSeparatorItem])
-    return kSeparatorHeight;
-  return ceil([td::shown_title(item) size].height) + kRowPad;
+  if ([item isSeparatorItem]) {
+    return separator_height;
+  }
+  return ceil([td::shown_title(item) size].height) + row_pad;
 }
 
 void draw_separator(NSRect row) {
@@ -60,7 +63,7 @@ void draw_check_mark(NSRect row) {
 
 void draw_submenu_arrow(NSRect row) {
   NSBezierPath *path = [NSBezierPath bezierPath];
-  const CGFloat x = NSMaxX(row) - kRightPad - 5, y = NSMidY(row);
+  const CGFloat x = NSMaxX(row) - right_pad - 5, y = NSMidY(row);
   [path moveToPoint:NSMakePoint(x, y - 4)];
   [path lineToPoint:NSMakePoint(x + 5, y)];
   [path lineToPoint:NSMakePoint(x, y + 4)];
@@ -74,15 +77,18 @@ void draw_text(NSAttributedString *text, CGFloat x, NSRect row) {
 }
 
 void draw_item(NSMenuItem *item, NSRect row) {
-  if ([item isSeparatorItem])
+  if ([item isSeparatorItem]) {
     return draw_separator(row);
-  if ([item state] == NSControlStateValueOn)
+  }
+  if ([item state] == NSControlStateValueOn) {
     draw_check_mark(row);
-  draw_text(td::shown_title(item), NSMinX(row) + kMarkColumn, row);
-  if ([item submenu])
+  }
+  draw_text(td::shown_title(item), NSMinX(row) + mark_column, row);
+  if ([item submenu]) {
     return draw_submenu_arrow(row);
+  }
   NSAttributedString *key = td::shown_key(item);
-  draw_text(key, NSMaxX(row) - kRightPad - ceil([key size].width), row);
+  draw_text(key, NSMaxX(row) - right_pad - ceil([key size].width), row);
 }
 
 } // namespace
@@ -92,17 +98,18 @@ bool td::selectable(NSMenuItem *item) { return ![item isSeparatorItem] && [item 
 @implementation TDMenuView
 
 - (instancetype)initWithMenu:(NSMenu *)menu {
-  CGFloat width = 0, height = kEdge;
+  CGFloat width = 0, height = edge_pad;
   for (NSMenuItem *item in [menu itemArray])
     width = std::max(width, row_width(item));
-  if (!(self = [super initWithFrame:NSZeroRect]))
+  if (!(self = [super initWithFrame:NSZeroRect])) {
     return nil;
+  }
   _rows = new std::vector<NSRect>;
   for (NSMenuItem *item in [menu itemArray]) {
     _rows->push_back(NSMakeRect(1, height, width, row_height(item)));
     height += NSHeight(_rows->back());
   }
-  [self setFrameSize:NSMakeSize(width + 2, height + kEdge)];
+  [self setFrameSize:NSMakeSize(width + 2, height + edge_pad)];
   _shownMenu = [menu retain];
   _highlighted = -1;
   return self;
@@ -132,8 +139,9 @@ bool td::selectable(NSMenuItem *item) { return ![item isSeparatorItem] && [item 
 
 - (NSInteger)rowAtPoint:(NSPoint)point {
   for (std::size_t row = 0; row < _rows->size(); ++row) {
-    if (NSPointInRect(point, (*_rows)[row]))
+    if (NSPointInRect(point, (*_rows)[row])) {
       return static_cast<NSInteger>(row);
+    }
   }
   return -1;
 }
@@ -143,10 +151,12 @@ bool td::selectable(NSMenuItem *item) { return ![item isSeparatorItem] && [item 
 }
 
 - (void)setHighlightedRow:(NSInteger)row {
-  if (row >= 0 && !td::selectable([_shownMenu itemAtIndex:row]))
+  if (row >= 0 && !td::selectable([_shownMenu itemAtIndex:row])) {
     row = -1;
-  if (row == _highlighted)
+  }
+  if (row == _highlighted) {
     return;
+  }
   _highlighted = row;
   [self display];
 }

@@ -27,8 +27,9 @@
 @implementation NSMenu (TDMissing)
 
 - (void)removeAllItems {
-  while ([self numberOfItems] > 0)
+  while ([self numberOfItems] > 0) {
     [self removeItemAtIndex:[self numberOfItems] - 1];
+  }
 }
 
 @end

@@ -12,8 +12,9 @@
 /// Whether the interface can be shown: a display opens. Any thread, any number of times.
 TDGUI_EXPORT bool tdgui_available() noexcept {
   Display *display = XOpenDisplay(nullptr);
-  if (!display)
+  if (!display) {
     return false;
+  }
   XCloseDisplay(display);
   return true;
 }

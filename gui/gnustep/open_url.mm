@@ -11,9 +11,10 @@
 @implementation NSWorkspace (TDOpenURL)
 
 - (BOOL)openURL:(NSURL *)url {
-  if (url == nil)
+  if (url == nil) {
     return NO;
-  const char *command = "if command -v open; then open \"$@\"; else xdg-open \"$@\"; fi";
+  }
+  const char *command = R"(if command -v open; then open "$@"; else xdg-open "$@"; fi)";
   return td::run_detached(command, {[[url absoluteString] UTF8String]});
 }
 

@@ -10,8 +10,9 @@ namespace {
 IMP g_set_string;
 
 BOOL set_string(NSPasteboard *pasteboard, SEL selector, NSString *string, NSString *type) {
-  if (![[pasteboard types] containsObject:type])
+  if (![[pasteboard types] containsObject:type]) {
     [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
+  }
   return reinterpret_cast<BOOL (*)(id, SEL, id, id)>(g_set_string)(pasteboard, selector, string,
                                                                    type);
 }

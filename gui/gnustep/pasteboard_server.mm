@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr NSTimeInterval kStartTimeout = 5;
-constexpr NSTimeInterval kPollInterval = 0.02;
+constexpr NSTimeInterval start_timeout = 5;
+constexpr NSTimeInterval poll_interval = 0.02;
 
 IMP g_connect;
 NSConnection *g_server; // retained; invalid once gpbs has ended
@@ -19,8 +19,9 @@ NSConnection *g_server; // retained; invalid once gpbs has ended
 bool find_server() {
   NSConnection *found = [NSConnection connectionWithRegisteredName:@"GNUstepGSPasteboardServer"
                                                               host:@""];
-  if (![found isValid])
+  if (![found isValid]) {
     return false;
+  }
   [g_server release];
   g_server = [found retain];
   return true;
@@ -28,16 +29,19 @@ bool find_server() {
 
 void start_server() {
   NSString *path = [NSTask launchPathForTool:@"gpbs"];
-  if (!path || !td::run_detached("exec \"$@\"", {[path UTF8String], "--auto"}))
+  if (!path || !td::run_detached("exec \"$@\"", {[path UTF8String], "--auto"})) {
     return;
-  NSDate *deadline = [NSDate dateWithTimeIntervalSinceNow:kStartTimeout];
-  while (!find_server() && [deadline timeIntervalSinceNow] > 0)
-    [NSThread sleepForTimeInterval:kPollInterval];
+  }
+  NSDate *deadline = [NSDate dateWithTimeIntervalSinceNow:start_timeout];
+  while (!find_server() && [deadline timeIntervalSinceNow] > 0) {
+    [NSThread sleepForTimeInterval:poll_interval];
+  }
 }
 
 id pasteboard_server(id pasteboard_class, SEL selector) {
-  if (![g_server isValid] && !find_server())
+  if (![g_server isValid] && !find_server()) {
     start_server();
+  }
   return reinterpret_cast<id (*)(id, SEL)>(g_connect)(pasteboard_class, selector);
 }
 

@@ -33,16 +33,18 @@ NSMenuItem *highlighted_item(NSWindow *window) {
 void open_submenu(Tracking &tracking, std::size_t depth) {
   NSWindow *window = tracking.windows[depth];
   NSMenu *submenu = [highlighted_item(window) submenu];
-  if (!submenu || tracking.windows.size() > depth + 1)
+  if (!submenu || tracking.windows.size() > depth + 1) {
     return;
+  }
   const NSRect row = td::row_on_screen(window, [td::menu_view(window) highlightedRow]);
   tracking.windows.push_back(td::open_menu_beside(submenu, row));
 }
 
 void highlight(Tracking &tracking, std::size_t depth, NSInteger row) {
   TDMenuView *view = td::menu_view(tracking.windows[depth]);
-  if (row == [view highlightedRow])
+  if (row == [view highlightedRow]) {
     return;
+  }
   close_beyond(tracking, depth);
   [view setHighlightedRow:row];
 }
@@ -50,8 +52,9 @@ void highlight(Tracking &tracking, std::size_t depth, NSInteger row) {
 /// The innermost open menu at the point of the screen; as many as there are windows for none.
 std::size_t depth_at(const Tracking &tracking, NSPoint point) {
   for (std::size_t depth = tracking.windows.size(); depth-- > 0;) {
-    if (NSPointInRect(point, [tracking.windows[depth] frame]))
+    if (NSPointInRect(point, [tracking.windows[depth] frame])) {
       return depth;
+    }
   }
   return tracking.windows.size();
 }
@@ -68,16 +71,18 @@ void follow_pointer(Tracking &tracking, NSPoint point) {
 }
 
 Outcome choose(Tracking &tracking, NSMenuItem *item) {
-  if (!item || [item submenu])
+  if (!item || [item submenu]) {
     return Outcome::Open;
+  }
   tracking.chosen = item;
   return Outcome::Chosen;
 }
 
 Outcome mouse_down(Tracking &tracking, NSPoint point) {
   tracking.opening_click = false;
-  if (depth_at(tracking, point) == tracking.windows.size())
+  if (depth_at(tracking, point) == tracking.windows.size()) {
     return Outcome::Dismissed;
+  }
   follow_pointer(tracking, point);
   return Outcome::Open;
 }
@@ -99,26 +104,30 @@ void move_highlight(Tracking &tracking, NSInteger step) {
   TDMenuView *view = td::menu_view(tracking.windows[depth]);
   const NSInteger count = [[view shownMenu] numberOfItems];
   NSInteger row = [view highlightedRow];
-  if (row < 0 && step < 0)
+  if (row < 0 && step < 0) {
     row = 0;
+  }
   for (NSInteger tried = 0; tried < count; ++tried) {
     row = (row + step + count) % count;
-    if (td::selectable([[view shownMenu] itemAtIndex:row]))
+    if (td::selectable([[view shownMenu] itemAtIndex:row])) {
       return highlight(tracking, depth, row);
+    }
   }
 }
 
 void enter_submenu(Tracking &tracking) {
   const std::size_t depth = tracking.windows.size() - 1;
   open_submenu(tracking, depth);
-  if (tracking.windows.size() > depth + 1)
+  if (tracking.windows.size() > depth + 1) {
     move_highlight(tracking, 1);
+  }
 }
 
 /// Leaves the innermost submenu; the menu itself stays.
 Outcome leave_submenu(Tracking &tracking) {
-  if (tracking.windows.size() == 1)
+  if (tracking.windows.size() == 1) {
     return Outcome::Dismissed;
+  }
   close_beyond(tracking, tracking.windows.size() - 2);
   return Outcome::Open;
 }
@@ -128,8 +137,9 @@ NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
   for (NSMenuItem *item in [menu itemArray]) {
     const NSUInteger mask = [item keyEquivalentModifierMask];
     if ([typed length] && [[item keyEquivalent] isEqualToString:typed] &&
-        ([event modifierFlags] & mask) == mask && td::selectable(item))
+        ([event modifierFlags] & mask) == mask && td::selectable(item)) {
       return item;
+    }
   }
   return nil;
 }
@@ -147,8 +157,9 @@ Outcome key_down(Tracking &tracking, NSEvent *event) {
     enter_submenu(tracking);
     return Outcome::Open;
   case NSLeftArrowFunctionKey:
-    if (tracking.windows.size() > 1)
+    if (tracking.windows.size() > 1) {
       leave_submenu(tracking);
+    }
     return Outcome::Open;
   case '\033':
     return leave_submenu(tracking);
@@ -211,8 +222,9 @@ NSMenuItem *track(NSMenu *menu, NSRect anchor) {
 
 /// What AppKit does before a menu opens: contents first, then which items can be chosen.
 void prepare(NSMenu *menu) {
-  if ([[menu delegate] respondsToSelector:@selector(menuNeedsUpdate:)])
+  if ([[menu delegate] respondsToSelector:@selector(menuNeedsUpdate:)]) {
     [[menu delegate] menuNeedsUpdate:menu];
+  }
   [menu update];
   for (NSMenuItem *item in [menu itemArray])
     [[item submenu] update];
@@ -223,6 +235,7 @@ void prepare(NSMenu *menu) {
 void td::pop_up_menu(NSMenu *menu, NSRect anchor) {
   prepare(menu);
   NSMenuItem *chosen = track(menu, anchor);
-  if (chosen)
+  if (chosen) {
     [NSApp sendAction:[chosen action] to:[chosen target] from:chosen];
+  }
 }

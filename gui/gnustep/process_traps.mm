@@ -12,7 +12,7 @@ namespace {
 
 using MakeApplication = NSApplication *(*)(id, SEL);
 
-constexpr std::array<int, 5> kGuardedSignals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGCHLD};
+constexpr std::array<int, 5> guarded_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGCHLD};
 
 MakeApplication g_make_application;
 
@@ -23,16 +23,19 @@ public:
   KeptSignals() {
     sigset_t guarded;
     sigemptyset(&guarded);
-    for (int number : kGuardedSignals)
+    for (int number : guarded_signals) {
       sigaddset(&guarded, number);
+    }
     pthread_sigmask(SIG_BLOCK, &guarded, &mask_);
-    for (std::size_t i = 0; i < kGuardedSignals.size(); ++i)
-      sigaction(kGuardedSignals[i], nullptr, &actions_[i]);
+    for (std::size_t i = 0; i < guarded_signals.size(); ++i) {
+      sigaction(guarded_signals[i], nullptr, &actions_[i]);
+    }
   }
 
   ~KeptSignals() {
-    for (std::size_t i = 0; i < kGuardedSignals.size(); ++i)
-      sigaction(kGuardedSignals[i], &actions_[i], nullptr);
+    for (std::size_t i = 0; i < guarded_signals.size(); ++i) {
+      sigaction(guarded_signals[i], &actions_[i], nullptr);
+    }
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
   }
 
@@ -40,7 +43,7 @@ public:
   KeptSignals &operator=(const KeptSignals &) = delete;
 
 private:
-  std::array<struct sigaction, kGuardedSignals.size()> actions_;
+  std::array<struct sigaction, guarded_signals.size()> actions_;
   sigset_t mask_;
 };
 
@@ -53,9 +56,9 @@ NSApplication *make_application(id application_class, SEL selector) {
 /// NSTask's own +initialize installs a SIGCHLD handler that has the run loop wait for any child of
 /// the process. Everything GNUstep starts through NSTask (its pasteboard server, for one) goes
 /// through launch_detached instead, which needs no handler.
-void leave_children_alone(Class, SEL) {}
+void leave_children_alone(Class /*cls*/, SEL /*selector*/) {}
 
-NSTask *launch_detached(Class, SEL, NSString *path, NSArray *arguments) {
+NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray *arguments) {
   std::vector<std::string> words = {[path UTF8String]};
   for (NSString *argument in arguments)
     words.emplace_back([argument UTF8String]);
@@ -65,7 +68,7 @@ NSTask *launch_detached(Class, SEL, NSString *path, NSArray *arguments) {
 
 /// GNUstep tells other programs of each application's start and end through a server process that
 /// it starts, that outlives the application, and without which it fails. Nobody here listens.
-void stay_unannounced(id, SEL) {}
+void stay_unannounced(id /*center*/, SEL /*selector*/) {}
 
 /// GNUstep opens the program's arguments as files and reads some as preferences.
 void forget_arguments() {
@@ -76,8 +79,9 @@ void forget_arguments() {
 
 void replace_class_method(const char *name, SEL selector, IMP imp, IMP *previous = nullptr) {
   IMP old = td::replace_method(object_getClass(objc_getClass(name)), selector, imp);
-  if (previous)
+  if (previous) {
     *previous = old;
+  }
 }
 
 } // namespace

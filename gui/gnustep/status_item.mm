@@ -25,11 +25,11 @@
 
 namespace {
 
-constexpr int kSide = 22; // what trays commonly give an icon
-constexpr CGFloat kScreenMargin = 8;
+constexpr int icon_side = 22; // what trays commonly give an icon
+constexpr CGFloat screen_margin = 8;
 
 NSWindow *make_window(NSView *content) {
-  NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, kSide, kSide)
+  NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, icon_side, icon_side)
                                                  styleMask:NSBorderlessWindowMask
                                                    backing:NSBackingStoreBuffered
                                                      defer:NO];
@@ -43,8 +43,8 @@ NSWindow *make_window(NSView *content) {
 
 void float_at_top_right(NSWindow *window) {
   const NSRect screen = [[NSScreen mainScreen] frame];
-  [window setFrameTopLeftPoint:NSMakePoint(NSMaxX(screen) - kSide - kScreenMargin,
-                                           NSMaxY(screen) - kScreenMargin)];
+  [window setFrameTopLeftPoint:NSMakePoint(NSMaxX(screen) - icon_side - screen_margin,
+                                           NSMaxY(screen) - screen_margin)];
 }
 
 /// Dark, as the bars of desktops mostly are.
@@ -99,8 +99,9 @@ NSRect frame_on_screen(NSWindow *window) {
 /// Alerts show the application's icon, which on macOS comes with the bundle.
 - (void)setImage:(NSImage *)image {
   [super setImage:image];
-  if (image)
+  if (image) {
     [NSApp setApplicationIconImage:application_icon(image)];
+  }
 }
 
 - (void)dealloc {
@@ -138,12 +139,14 @@ NSRect frame_on_screen(NSWindow *window) {
 
 - (instancetype)init {
   if ((self = [super init])) {
-    TDStatusButton *button = [[TDStatusButton alloc] initWithFrame:NSMakeRect(0, 0, kSide, kSide)];
+    TDStatusButton *button =
+        [[TDStatusButton alloc] initWithFrame:NSMakeRect(0, 0, icon_side, icon_side)];
     button->_owner = self;
     _button = button;
     _window = make_window(_button);
-    if (!td::dock_in_tray(td::display_of(_window), td::x_window_of(_window), kSide))
+    if (!td::dock_in_tray(td::display_of(_window), td::x_window_of(_window), icon_side)) {
       float_at_top_right(_window);
+    }
     [_window orderFrontRegardless];
     [[NSNotificationCenter defaultCenter] addObserver:self
                                              selector:@selector(followTray:)
@@ -156,8 +159,9 @@ NSRect frame_on_screen(NSWindow *window) {
 /// A tray embeds the window in one of no size and enlarges that; GNUstep may miss the second part.
 - (void)followTray:(NSNotification *)notification {
   const NSRect frame = frame_on_screen(_window);
-  if (!NSEqualSizes([_window frame].size, frame.size))
+  if (!NSEqualSizes([_window frame].size, frame.size)) {
     [_window setFrame:frame display:YES];
+  }
 }
 
 - (void)dealloc {
@@ -184,8 +188,9 @@ NSRect frame_on_screen(NSWindow *window) {
 }
 
 - (void)popUpMenu {
-  if (_statusMenu)
+  if (_statusMenu) {
     td::pop_up_menu(_statusMenu, frame_on_screen(_window));
+  }
 }
 
 @end

@@ -3,7 +3,7 @@
 
 #import <AppKit/AppKit.h>
 
-struct _XDisplay;
+struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
 
 namespace td {
 

@@ -10,11 +10,11 @@
 
 namespace {
 
-constexpr long kEmbedVersion = 0;
-constexpr long kEmbedMapped = 1;
-constexpr long kRequestDock = 0;
-constexpr std::chrono::seconds kDockTimeout(2);
-constexpr std::chrono::milliseconds kDockPoll(5);
+constexpr long embed_version = 0;
+constexpr long embed_mapped = 1;
+constexpr long request_dock_opcode = 0;
+constexpr std::chrono::seconds dock_timeout(2);
+constexpr std::chrono::milliseconds dock_poll(5);
 
 Window tray_owner(Display *display) {
   const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(DefaultScreen(display));
@@ -23,7 +23,7 @@ Window tray_owner(Display *display) {
 
 void announce_embedding(Display *display, Window window) {
   const Atom info = XInternAtom(display, "_XEMBED_INFO", False);
-  const long data[] = {kEmbedVersion, kEmbedMapped};
+  const long data[] = {embed_version, embed_mapped};
   XChangeProperty(display, window, info, info, 32, PropModeReplace,
                   reinterpret_cast<const unsigned char *>(data), 2);
 }
@@ -44,7 +44,7 @@ void request_dock(Display *display, Window owner, Window window) {
   request.xclient.message_type = XInternAtom(display, "_NET_SYSTEM_TRAY_OPCODE", False);
   request.xclient.format = 32;
   request.xclient.data.l[0] = CurrentTime;
-  request.xclient.data.l[1] = kRequestDock;
+  request.xclient.data.l[1] = request_dock_opcode;
   request.xclient.data.l[2] = static_cast<long>(window);
   XSendEvent(display, owner, False, NoEventMask, &request);
 }
@@ -52,10 +52,12 @@ void request_dock(Display *display, Window owner, Window window) {
 bool is_embedded(Display *display, Window window) {
   Window root = None, parent = None, *children = nullptr;
   unsigned int count = 0;
-  if (XQueryTree(display, window, &root, &parent, &children, &count) == 0)
+  if (XQueryTree(display, window, &root, &parent, &children, &count) == 0) {
     return false;
-  if (children)
+  }
+  if (children) {
     XFree(children);
+  }
   return parent != root;
 }
 
@@ -63,16 +65,18 @@ bool is_embedded(Display *display, Window window) {
 
 bool td::dock_in_tray(Display *display, Window window, int side) {
   const Window owner = tray_owner(display);
-  if (owner == None)
+  if (owner == None) {
     return false;
+  }
   announce_embedding(display, window);
   ask_for_size(display, window, side);
   request_dock(display, owner, window);
-  const auto deadline = std::chrono::steady_clock::now() + kDockTimeout;
+  const auto deadline = std::chrono::steady_clock::now() + dock_timeout;
   while (!is_embedded(display, window)) {
-    if (std::chrono::steady_clock::now() > deadline)
+    if (std::chrono::steady_clock::now() > deadline) {
       return false;
-    std::this_thread::sleep_for(kDockPoll);
+    }
+    std::this_thread::sleep_for(dock_poll);
   }
   return true;
 }

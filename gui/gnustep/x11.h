@@ -1,7 +1,7 @@
 /// The desktop's system tray, by the freedesktop.org protocol: a window of ours is embedded in it.
 #pragma once
 
-struct _XDisplay;
+struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
 
 namespace td {
 

@@ -41,8 +41,9 @@ Calls calls_of(Interface interface, NSString *title, NSString *submenu_of = nil)
   filled(interface);
   record().calls.clear();
   NSMenu *menu = interface.menu;
-  if (submenu_of)
+  if (submenu_of) {
     menu = [item_titled(menu, submenu_of) submenu];
+  }
   choose(item_titled(menu, title));
   return record().calls;
 }

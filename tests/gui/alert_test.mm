@@ -22,8 +22,9 @@ NSInteger note_alert(NSAlert *alert, SEL selector) {
 
 /// GNUstep itself activates when the window manager gives the focus to an alert; that is not noted.
 void note_activate(id application, SEL selector, BOOL flag) {
-  if (![NSApp modalWindow])
+  if (![NSApp modalWindow]) {
     g_events.emplace_back(flag ? "activate" : "activate politely");
+  }
   reinterpret_cast<void (*)(id, SEL, BOOL)>(g_activate)(application, selector, flag);
 }
 
@@ -71,8 +72,9 @@ TEST(Alert, OfThePortsDialogActivatesFirstAndWarnsOnRefusal) {
     when_alert_runs([](NSWindow *panel) {
       for (NSView *view : views_of_class(panel, [NSTextField class])) {
         NSTextField *field = static_cast<NSTextField *>(view);
-        if ([field isEditable])
+        if ([field isEditable]) {
           [field setStringValue:@"2"];
+        }
       }
       click(panel, @"Apply");
     });

@@ -29,8 +29,9 @@ void restart(const std::string &name) { note("restart " + name); }
 void quit() { note("quit"); }
 bool set_ports(int http, int udp, std::string &error) {
   note("set_ports " + std::to_string(http) + " " + std::to_string(udp) + " '" + error + "'");
-  if (!g_record.ports_accepted)
+  if (!g_record.ports_accepted) {
     error = g_record.refusal;
+  }
   return g_record.ports_accepted;
 }
 int http_port() { return g_record.http; }
@@ -61,8 +62,9 @@ NSInteger count_alert(id alert, SEL selector) {
 
 void watch_calls() {
   static bool done = false;
-  if (done)
+  if (done) {
     return;
+  }
   done = true;
   g_make_status_item = td::replace_method([NSStatusBar class], @selector(statusItemWithLength:),
                                           reinterpret_cast<IMP>(make_status_item));
@@ -74,8 +76,9 @@ void watch_calls() {
 
 void wake_loop() {
   for (NSWindow *window in [NSApp windows]) {
-    if ([window isVisible])
+    if ([window isVisible]) {
       send_exposure(td::display_of(window), td::x_window_of(window));
+    }
   }
   [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
                                       location:NSZeroPoint
@@ -188,8 +191,9 @@ std::vector<NSMenuItem *> filled(Interface interface) {
 NSMenuItem *item_titled(NSMenu *menu, NSString *title) {
   for (NSMenuItem *item in [menu itemArray]) {
     if ([[item title] isEqualToString:title] ||
-        [[[item attributedTitle] string] isEqualToString:title])
+        [[[item attributedTitle] string] isEqualToString:title]) {
       return item;
+    }
   }
   ADD_FAILURE() << "no item " << [title UTF8String];
   return nil;
@@ -202,8 +206,9 @@ void when_alert_runs(const std::function<void(NSWindow *)> &answer) { g_answers.
 std::size_t unanswered_alerts() { return g_answers.size(); }
 
 static void collect(NSView *view, Class cls, std::vector<NSView *> &found) {
-  if ([view isKindOfClass:cls])
+  if ([view isKindOfClass:cls]) {
     found.push_back(view);
+  }
   for (NSView *subview in [view subviews])
     collect(subview, cls, found);
 }
@@ -216,8 +221,9 @@ std::vector<NSView *> views_of_class(NSWindow *panel, Class cls) {
 
 void click(NSWindow *panel, NSString *title) {
   for (NSView *view : views_of_class(panel, [NSButton class])) {
-    if ([[static_cast<NSButton *>(view) title] isEqualToString:title])
+    if ([[static_cast<NSButton *>(view) title] isEqualToString:title]) {
       return [static_cast<NSButton *>(view) performClick:nil];
+    }
   }
   ADD_FAILURE() << "no button " << [title UTF8String];
   [NSApp stopModalWithCode:NSRunAbortedResponse];
@@ -225,8 +231,9 @@ void click(NSWindow *panel, NSString *title) {
 
 bool shows(NSWindow *panel, NSString *text) {
   for (NSView *view : views_of_class(panel, [NSTextField class])) {
-    if ([[static_cast<NSTextField *>(view) stringValue] isEqualToString:text])
+    if ([[static_cast<NSTextField *>(view) stringValue] isEqualToString:text]) {
       return true;
+    }
   }
   return false;
 }

@@ -11,8 +11,9 @@ bool g_all_ran;
 
 /// An application ends its process by exit(0), which must not pass for success.
 void fail_unless_all_ran() {
-  if (g_all_ran)
+  if (g_all_ran) {
     return;
+  }
   std::fputs("The process ended before its tests did.\n", stderr);
   _exit(EXIT_FAILURE);
 }

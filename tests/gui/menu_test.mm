@@ -8,7 +8,7 @@ using namespace gui_test;
 
 namespace {
 
-constexpr std::size_t kFirstRow = 6; // of the components
+constexpr std::size_t first_row = 6; // of the components
 
 struct Piece {
   NSString *text;
@@ -100,8 +100,9 @@ void expect_separators(const std::vector<NSMenuItem *> &items, std::size_t rows)
                                              9 + rows, 12 + rows, 13 + rows};
   std::vector<std::size_t> found;
   for (std::size_t i = 0; i < items.size(); ++i) {
-    if ([items[i] isSeparatorItem])
+    if ([items[i] isSeparatorItem]) {
       found.push_back(i);
+    }
   }
   EXPECT_EQ(found, expected);
 }
@@ -129,8 +130,8 @@ void expect_menu(Interface interface, const std::vector<bool> &running, NSColor 
   expect_fixed_items(items, running.size(), interface.controller);
   expect_header(items[0], dot);
   for (std::size_t i = 0; i < running.size(); ++i) {
-    expect_row_title(items[kFirstRow + i], labels[i], running[i]);
-    expect_row_submenu(items[kFirstRow + i], names[i].c_str(), running[i], interface.controller);
+    expect_row_title(items[first_row + i], labels[i], running[i]);
+    expect_row_submenu(items[first_row + i], names[i].c_str(), running[i], interface.controller);
   }
   EXPECT_EQ([items[11 + running.size()] state], on ? 1 : 0);
   EXPECT_TRUE([interface.menu autoenablesItems]);
@@ -146,20 +147,27 @@ void set_states(const std::vector<bool> &running) {
 
 /// The callbacks that the menu or its actions look at, by bit.
 void drop_callbacks(tdgui::GuiConfig &config, unsigned dropped) {
-  if (dropped & 1)
+  if (dropped & 1) {
     config.is_running = nullptr;
-  if (dropped & 2)
+  }
+  if (dropped & 2) {
     config.open_browser_pref = nullptr;
-  if (dropped & 4)
+  }
+  if (dropped & 4) {
     config.set_open_browser_pref = nullptr;
-  if (dropped & 8)
+  }
+  if (dropped & 8) {
     config.start = config.stop = config.restart = nullptr;
-  if (dropped & 16)
+  }
+  if (dropped & 16) {
     config.quit = nullptr;
-  if (dropped & 32)
+  }
+  if (dropped & 32) {
     config.set_ports = nullptr;
-  if (dropped & 64)
+  }
+  if (dropped & 64) {
     config.http_port = config.udp_port = nullptr;
+  }
 }
 
 } // namespace
@@ -230,9 +238,10 @@ TEST(Menu, IsBuiltAnewFromUtf8EachTime) {
     const std::vector<NSMenuItem *> first = filled(interface);
     const std::vector<NSMenuItem *> second = filled(interface);
     ASSERT_EQ(first.size(), second.size());
-    for (std::size_t i = 0; i < first.size(); ++i)
+    for (std::size_t i = 0; i < first.size(); ++i) {
       EXPECT_NE(first[i], second[i]) << i;
-    EXPECT_STREQ([[second[kFirstRow] title] UTF8String], "Höb ♫");
+    }
+    EXPECT_STREQ([[second[first_row] title] UTF8String], "Höb ♫");
   });
 }
 

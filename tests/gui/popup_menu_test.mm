@@ -17,16 +17,18 @@ std::deque<std::function<void()>> g_steps;
 NSWindow *open_menu(std::size_t depth = 0) {
   std::vector<NSWindow *> found;
   for (NSWindow *window in [NSApp windows]) {
-    if ([window isVisible] && [[window contentView] isKindOfClass:[TDMenuView class]])
+    if ([window isVisible] && [[window contentView] isKindOfClass:[TDMenuView class]]) {
       found.push_back(window);
+    }
   }
   return depth < found.size() ? found[depth] : nil;
 }
 
 std::size_t open_menus() {
   std::size_t count = 0;
-  while (open_menu(count))
+  while (open_menu(count)) {
     ++count;
+  }
   return count;
 }
 
@@ -75,8 +77,9 @@ void click_row(NSWindow *window, NSString *title) {
 
 @implementation PopupMenuTestSteps
 - (void)next:(NSTimer *)timer {
-  if (g_steps.empty() || !open_menu())
+  if (g_steps.empty() || !open_menu()) {
     return;
+  }
   const auto step = g_steps.front();
   g_steps.pop_front();
   step();
@@ -120,14 +123,16 @@ TEST(PopupMenu, OneOpeningFillsTheMenuOnce) {
 
 TEST(PopupMenu, AClickChoosesFromASubmenu) {
   run_interface(full_config(), [](Interface interface) {
-    open_and(interface, {[] { click_row(open_menu(), @"●  Receiver   running"); },
-                         [] {
-                           ASSERT_EQ(open_menus(), 2u);
-                           NSWindow *submenu = open_menu(0);
-                           if ([[(TDMenuView *)[submenu contentView] shownMenu] numberOfItems] != 3)
-                             submenu = open_menu(1);
-                           click_row(submenu, @"Stop");
-                         }});
+    open_and(interface,
+             {[] { click_row(open_menu(), @"●  Receiver   running"); },
+              [] {
+                ASSERT_EQ(open_menus(), 2u);
+                NSWindow *submenu = open_menu(0);
+                if ([[(TDMenuView *)[submenu contentView] shownMenu] numberOfItems] != 3) {
+                  submenu = open_menu(1);
+                }
+                click_row(submenu, @"Stop");
+              }});
     EXPECT_EQ(record().calls, Calls{"stop receiver"});
   });
 }
@@ -163,10 +168,11 @@ TEST(PopupMenu, TheOpeningClickLeavesItOpen) {
 TEST(PopupMenu, ArrowKeysReachASubmenu) {
   run_interface(full_config(), [](Interface interface) {
     open_and(interface, {[] {
-               for (int i = 0; i < 3; ++i)
+               for (int i = 0; i < 3; ++i) {
                  post_key(NSDownArrowFunctionKey); // Open, Copy, Hub
-               post_key(NSRightArrowFunctionKey);  // Start
-               post_key(NSDownArrowFunctionKey);   // Stop
+               }
+               post_key(NSRightArrowFunctionKey); // Start
+               post_key(NSDownArrowFunctionKey);  // Stop
                post_key('\r');
              }});
     EXPECT_EQ(record().calls, Calls{"stop hub"});

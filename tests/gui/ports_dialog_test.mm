@@ -12,8 +12,9 @@ namespace {
 /// The accessory view: the one of the panel's views that has its size.
 NSView *form_of(NSWindow *panel) {
   for (NSView *view : views_of_class(panel, [NSView class])) {
-    if (NSEqualSizes([view frame].size, NSMakeSize(280, 58)))
+    if (NSEqualSizes([view frame].size, NSMakeSize(280, 58))) {
       return view;
+    }
   }
   ADD_FAILURE() << "no form";
   return nil;
@@ -23,7 +24,7 @@ NSTextField *part(NSWindow *panel, NSUInteger index) {
   return [[form_of(panel) subviews] objectAtIndex:index];
 }
 
-constexpr NSUInteger kHttp = 1, kUdp = 3;
+constexpr NSUInteger http_field = 1, udp_field = 3;
 
 void expect_part(NSWindow *panel, NSUInteger index, const char *text, NSRect frame, bool editable) {
   NSTextField *field = part(panel, index);
@@ -43,10 +44,12 @@ struct Answer {
 Calls calls_after(const tdgui::GuiConfig &config, const Answer &answer) {
   run_interface(config, [&](Interface interface) {
     when_alert_runs([&](NSWindow *panel) {
-      if (answer.http)
-        [part(panel, kHttp) setStringValue:answer.http];
-      if (answer.udp)
-        [part(panel, kUdp) setStringValue:answer.udp];
+      if (answer.http) {
+        [part(panel, http_field) setStringValue:answer.http];
+      }
+      if (answer.udp) {
+        [part(panel, udp_field) setStringValue:answer.udp];
+      }
       click(panel, answer.button);
     });
     filled(interface);
@@ -111,9 +114,9 @@ TEST(PortsDialog, WithoutGettersShowsTheUsualPorts) {
   config.http_port = config.udp_port = nullptr;
   run_interface(config, [](Interface interface) {
     when_alert_runs([](NSWindow *panel) {
-      EXPECT_STREQ([[part(panel, kHttp) stringValue] UTF8String], "4466");
-      EXPECT_STREQ([[part(panel, kUdp) stringValue] UTF8String], "4465");
-      [part(panel, kUdp) setStringValue:@"5000"];
+      EXPECT_STREQ([[part(panel, http_field) stringValue] UTF8String], "4466");
+      EXPECT_STREQ([[part(panel, udp_field) stringValue] UTF8String], "4465");
+      [part(panel, udp_field) setStringValue:@"5000"];
       click(panel, @"Apply");
     });
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));
@@ -165,7 +168,7 @@ TEST(PortsDialog, ARefusalIsShownOnceAndTheValuesAreNotKept) {
     record().ports_accepted = false;
     record().refusal = "Port 9000 is täken.";
     when_alert_runs([](NSWindow *panel) {
-      [part(panel, kHttp) setStringValue:@"9000"];
+      [part(panel, http_field) setStringValue:@"9000"];
       click(panel, @"Apply");
     });
     when_alert_runs([](NSWindow *panel) {
@@ -177,7 +180,7 @@ TEST(PortsDialog, ARefusalIsShownOnceAndTheValuesAreNotKept) {
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));
     EXPECT_EQ(unanswered_alerts(), 0u);
     when_alert_runs([](NSWindow *panel) {
-      EXPECT_STREQ([[part(panel, kHttp) stringValue] UTF8String], "8080");
+      EXPECT_STREQ([[part(panel, http_field) stringValue] UTF8String], "8080");
       click(panel, @"Cancel");
     });
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));

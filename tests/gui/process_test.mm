@@ -21,14 +21,15 @@ namespace {
 volatile std::sig_atomic_t g_last_signal;
 void note_signal(int number) { g_last_signal = number; }
 
-constexpr int kHandledSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int handled_signals[] = {SIGINT, SIGTERM, SIGHUP};
 
 /// The process has handlers of its own before any test makes the application, as the launcher does.
 class Handlers : public testing::Environment {
 public:
   void SetUp() override {
-    for (int number : kHandledSignals)
+    for (int number : handled_signals) {
       std::signal(number, note_signal);
+    }
   }
 };
 
@@ -71,8 +72,9 @@ public:
     path = mkdtemp(name);
   }
   ~Folder() {
-    for (const char *file : {"open", "xdg-open", "opened", "opened.new"})
+    for (const char *file : {"open", "xdg-open", "opened", "opened.new"}) {
       unlink((path + "/" + file).c_str());
+    }
     rmdir(path.c_str());
   }
   /// A program that writes its arguments into the file "opened".
@@ -101,7 +103,7 @@ private:
 
 TEST(Process, KeepsItsSignalHandlers) {
   run_interface(full_config(), [](Interface) {
-    for (int number : kHandledSignals) {
+    for (int number : handled_signals) {
       ASSERT_EQ(current_handler(number), note_signal) << number;
       g_last_signal = 0;
       raise(number);
@@ -117,8 +119,9 @@ TEST(Process, KeepsItsChildrenAfterACopy) {
     choose(item_titled(interface.menu, @"Copy Dashboard Address"));
     EXPECT_EQ(current_handler(SIGCHLD), child_handler);
     const pid_t child = fork();
-    if (child == 0)
+    if (child == 0) {
       _exit(7);
+    }
     EXPECT_TRUE(run_loop_until([&] { return is_zombie(child); }));
     // A few more rounds, in which somebody could reap it.
     int rounds = 0;

@@ -9,24 +9,25 @@ using namespace gui_test;
 
 namespace {
 
-constexpr NSInteger kScale = 4; // pixels a point
-constexpr NSInteger kWidth = 18, kHeight = 16;
+constexpr NSInteger pixels_per_point = 4; // pixels a point
+constexpr NSInteger icon_width = 18, icon_height = 16;
 
 /// The bars as rectangles, origin at the bottom left.
-const NSRect kBars[] = {{{0, 5.5}, {2, 5}},
-                        {{4, 3}, {2, 10}},
-                        {{8, 1}, {2, 14}},
-                        {{12, 3}, {2, 10}},
-                        {{16, 5.5}, {2, 5}}};
+const NSRect icon_bars[] = {{{0, 5.5}, {2, 5}},
+                            {{4, 3}, {2, 10}},
+                            {{8, 1}, {2, 14}},
+                            {{12, 3}, {2, 10}},
+                            {{16, 5.5}, {2, 5}}};
 
 NSBitmapImageRep *drawn(NSImage *image) {
-  const NSRect frame = NSMakeRect(0, 0, kWidth * kScale, kHeight * kScale);
+  const NSRect frame =
+      NSMakeRect(0, 0, icon_width * pixels_per_point, icon_height * pixels_per_point);
   NSImage *canvas = [[[NSImage alloc] initWithSize:frame.size] autorelease];
   [canvas lockFocus];
   [[NSColor blackColor] set];
   NSRectFill(frame);
   NSAffineTransform *scale = [NSAffineTransform transform];
-  [scale scaleBy:kScale];
+  [scale scaleBy:pixels_per_point];
   [scale concat];
   [[[image representations] objectAtIndex:0] draw];
   [[NSAffineTransform transform] set];
@@ -37,11 +38,13 @@ NSBitmapImageRep *drawn(NSImage *image) {
 
 /// 1 inside a bar, 0 outside, -1 where a rounded corner or an edge makes it a matter of smoothing.
 int expected_ink(CGFloat x, CGFloat y) {
-  for (const NSRect &bar : kBars) {
-    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, 0.25, 1)))
+  for (const NSRect &bar : icon_bars) {
+    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, 0.25, 1))) {
       return 1;
-    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, -0.25, -0.25)))
+    }
+    if (NSPointInRect(NSMakePoint(x, y), NSInsetRect(bar, -0.25, -0.25))) {
       return -1;
+    }
   }
   return 0;
 }
@@ -59,9 +62,10 @@ bool is_teal(NSColor *pixel) {
 
 Difference compare(NSBitmapImageRep *bitmap) {
   Difference result;
-  for (NSInteger row = 0; row < kHeight * kScale; ++row) {
-    for (NSInteger column = 0; column < kWidth * kScale; ++column) {
-      const CGFloat x = (column + 0.5) / kScale, y = kHeight - (row + 0.5) / kScale;
+  for (NSInteger row = 0; row < icon_height * pixels_per_point; ++row) {
+    for (NSInteger column = 0; column < icon_width * pixels_per_point; ++column) {
+      const CGFloat x = (column + 0.5) / pixels_per_point,
+                    y = icon_height - (row + 0.5) / pixels_per_point;
       const int expected = expected_ink(x, y);
       NSColor *pixel = [bitmap colorAtX:column y:row];
       result.ink += expected == 1;
@@ -91,8 +95,8 @@ TEST(StatusItem, IsMadeAsAnAccessoryApplicationWithAMenu) {
 TEST(StatusItem, IconHasFiveTealBars) {
   run_interface(full_config(), [](Interface interface) {
     NSImage *image = [[interface.item button] image];
-    EXPECT_EQ([image size].width, kWidth);
-    EXPECT_EQ([image size].height, kHeight);
+    EXPECT_EQ([image size].width, icon_width);
+    EXPECT_EQ([image size].height, icon_height);
     EXPECT_FALSE([image isFlipped]);
     const Difference difference = compare(drawn(image));
     EXPECT_GT(difference.ink, 500);
@@ -104,9 +108,10 @@ TEST(StatusItem, IconHasFiveTealBars) {
 TEST(StatusItem, IconBarsHaveRoundCorners) {
   run_interface(full_config(), [](Interface interface) {
     NSBitmapImageRep *bitmap = drawn([[interface.item button] image]);
-    const NSInteger left = 8 * kScale, top = (kHeight - 15) * kScale; // of the middle bar
+    const NSInteger left = 8 * pixels_per_point,
+                    top = (icon_height - 15) * pixels_per_point; // of the middle bar
     EXPECT_LT([[bitmap colorAtX:left y:top] greenComponent], 0.3);
-    EXPECT_GT([[bitmap colorAtX:left + kScale y:top + 1] greenComponent], 0.7);
+    EXPECT_GT([[bitmap colorAtX:left + pixels_per_point y:top + 1] greenComponent], 0.7);
   });
 }
 

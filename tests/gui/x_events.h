@@ -1,7 +1,7 @@
 /// Events sent to windows of the test's own process.
 #pragma once
 
-struct _XDisplay;
+struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
 
 namespace gui_test {
 

@@ -45,7 +45,8 @@ if(NOT EXISTS "${_objc_headers}/objc/objc.h" OR NOT EXISTS "${_objc_library}")
 endif()
 
 set(_gui "${CMAKE_CURRENT_LIST_DIR}/..")
-set(_warnings -Wall -Wextra -Wpedantic -Werror)
+# The warnings of this build, as for the rest of it.
+separate_arguments(_warnings NATIVE_COMMAND "${CMAKE_CXX_FLAGS}")
 set(TDGUI_CXX_FLAGS
     -std=c++17 -g -O2 -fPIC -pthread -fvisibility=hidden ${_warnings} "-I${_gui}"
     "-I${CMAKE_CURRENT_LIST_DIR}")

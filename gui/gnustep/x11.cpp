@@ -15,6 +15,8 @@ constexpr long embed_mapped = 1;
 constexpr long request_dock_opcode = 0;
 constexpr std::chrono::seconds dock_timeout(2);
 constexpr std::chrono::milliseconds dock_poll(5);
+constexpr std::chrono::seconds grab_timeout(1);
+constexpr std::chrono::milliseconds grab_poll(5);
 
 Window tray_owner(Display *display) {
   const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(DefaultScreen(display));
@@ -61,6 +63,17 @@ bool is_embedded(Display *display, Window window) {
   return parent != root;
 }
 
+bool has_pointer(Display *display, Window window) {
+  const unsigned int mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
+  return XGrabPointer(display, window, True, mask, GrabModeAsync, GrabModeAsync, None, None,
+                      CurrentTime) == GrabSuccess;
+}
+
+bool has_keyboard(Display *display, Window window) {
+  return XGrabKeyboard(display, window, True, GrabModeAsync, GrabModeAsync, CurrentTime) ==
+         GrabSuccess;
+}
+
 } // namespace
 
 bool td::dock_in_tray(Display *display, Window window, int side) {
@@ -92,10 +105,15 @@ td::ScreenRect td::screen_rect(Display *display, Window window) {
 }
 
 void td::grab_input(Display *display, Window window) {
-  const unsigned int mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
-  XGrabPointer(display, window, True, mask, GrabModeAsync, GrabModeAsync, None, None, CurrentTime);
-  XGrabKeyboard(display, window, True, GrabModeAsync, GrabModeAsync, CurrentTime);
-  XSync(display, False);
+  const auto deadline = std::chrono::steady_clock::now() + grab_timeout;
+  // A window cannot have them before the window manager has shown it, nor while the button press
+  // that opened it is held by another program.
+  while (!has_pointer(display, window) || !has_keyboard(display, window)) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return;
+    }
+    std::this_thread::sleep_for(grab_poll);
+  }
 }
 
 void td::release_input(Display *display) {

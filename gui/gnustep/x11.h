@@ -23,7 +23,7 @@ struct ScreenRect {
 ScreenRect screen_rect(_XDisplay *display, unsigned long window);
 
 /// Has this client receive the pointer and the keyboard wherever they are, as `window`'s; an open
-/// menu needs that to notice a click elsewhere.
+/// menu needs that to notice a click elsewhere. Waits for at most a second until it is possible.
 void grab_input(_XDisplay *display, unsigned long window);
 void release_input(_XDisplay *display);
 

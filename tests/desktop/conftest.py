@@ -1,0 +1,30 @@
+"""Fixtures of the tests on a desktop: a launcher with its menu-bar interface on a private screen."""
+
+import sys
+from pathlib import Path
+
+import pytest
+
+# What the tests without a desktop use serves here as well.
+sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
+
+from desktop import Desktop  # noqa: E402
+
+
+@pytest.fixture
+def desktop():
+    """A private screen and a private folder with everything in it; fails when anything is left."""
+    made = Desktop()
+    yield made
+    left = made.close()
+    assert not left, f"left running: {left}"
+
+
+@pytest.fixture
+def running(desktop):
+    """A launcher whose components record what happens to them, its icon shown."""
+    desktop.suite.record("hub", "receiver", "sender")
+    desktop.start()
+    yield desktop
+    if desktop.run.process.poll() is None:
+        assert desktop.quit() == 0

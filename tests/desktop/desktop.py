@@ -1,0 +1,95 @@
+"""A launcher started without a terminal on a private screen, and all that it takes."""
+
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+from pathlib import Path
+
+import psutil
+import suite as suite_module
+from deadline import DEADLINE
+from menu_bar import MenuBar
+from screen import Screen
+
+for number in signal.valid_signals():  # an ignored signal would be ignored by what is started, too
+    if signal.getsignal(number) == signal.SIG_IGN:
+        signal.signal(number, lambda *_: None)
+
+
+class Desktop:
+    """`suite` is the launcher's folder, `screen` the screen, `menu_bar` what the launcher shows."""
+
+    def __init__(self):
+        # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
+        self._folder = Path(tempfile.mkdtemp(prefix="td-"))
+        self._ports = suite_module.Ports()
+        place = self._folder / "suite"
+        place.mkdir()
+        self.suite = suite_module.Suite(place, self._ports, self._folder)
+        shutil.copy2(suite_module.BUILD / "tdgui.so", place / "tdgui.so")
+        temporary = self._folder / "tmp"
+        temporary.mkdir()
+        self.screen = None
+        try:
+            self.screen = Screen({**self.suite.environment, "TMPDIR": str(temporary)})
+        except BaseException:
+            self.close()
+            raise
+        self.menu_bar = MenuBar(self.screen)
+        self.run = None
+
+    def start(self, *arguments):
+        """Starts the launcher on the suite's ports and waits until its icon is there."""
+        self.run = self.suite.start(
+            *self.suite.ports_options,
+            *arguments,
+            terminal=None,
+            environment=self.screen.environment,
+        )
+        self.menu_bar.icon()
+        return self.run
+
+    def quit(self):
+        """Chooses Quit; returns the launcher's exit status."""
+        self.menu_bar.choose("quit")
+        return self.run.wait()
+
+    def dashboard_address(self):
+        """The address that the launcher said its dashboard has."""
+        line = next(row for row in self.run.output.splitlines() if b"Dashboard  :" in row)
+        return re.search(rb"http://[0-9.:]+/", line).group().decode()
+
+    def clipboard(self):
+        """The text on the clipboard; None when there is none."""
+        try:
+            return self.screen.run("xclip", "-o", "-selection", "clipboard").decode()
+        except subprocess.CalledProcessError:
+            return None
+
+    def processes(self):
+        """Everything that runs with the private home: the suite and what the desktop started."""
+        found = []
+        for process in psutil.process_iter():
+            try:
+                home = process.environ().get("HOME")
+                if home == str(self.suite.home) and process.status() != psutil.STATUS_ZOMBIE:
+                    found.append(process)
+            except (psutil.NoSuchProcess, psutil.AccessDenied):
+                continue
+        return found
+
+    def close(self):
+        """Ends everything; returns what was still there afterwards, which is killed."""
+        left = self.suite.close()
+        if self.screen:
+            self.screen.close()
+        self._ports.close()
+        # A pasteboard server ends by itself when its screen or its last client has gone.
+        psutil.wait_procs(self.processes(), timeout=min(10, DEADLINE))
+        for process in self.processes():
+            left.append(process)
+            process.kill()
+        shutil.rmtree(self._folder)
+        return [str(process) for process in left]

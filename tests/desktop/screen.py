@@ -1,0 +1,148 @@
+"""A private screen: an X server without hardware and a window manager, seen and driven from outside."""
+
+import os
+import subprocess
+from collections import namedtuple
+
+from deadline import wait_until
+from Xlib import X, display, error
+
+Rect = namedtuple("Rect", "x y width height")
+SIZE = (1024, 768)
+
+
+class Image:
+    """The pixels of a rectangle of the screen; coordinates are relative to it."""
+
+    def __init__(self, data, rect):
+        self._data = data
+        self.rect = rect
+
+    def pixel(self, x, y):
+        """Red, green and blue, each 0 to 255."""
+        at = 4 * (y * self.rect.width + x)
+        blue, green, red = self._data[at : at + 3]
+        return red, green, blue
+
+    def where(self, matches, area=None):
+        """The coordinates of the pixels in `area` (by default everywhere) that match."""
+        area = area or Rect(0, 0, self.rect.width, self.rect.height)
+        return [
+            (x, y)
+            for y in range(area.y, area.y + area.height)
+            for x in range(area.x, area.x + area.width)
+            if matches(self.pixel(x, y))
+        ]
+
+    def __eq__(self, other):
+        return self.rect == other.rect and self._data == other._data
+
+
+class Screen:
+    """Xvfb on a display of its own, with openbox.
+
+    `environment` is what the window manager starts with; `self.environment` adds the display to it.
+    """
+
+    def __init__(self, environment):
+        self._programs = []
+        self._display = None
+        reading, writing = os.pipe()
+        self._start(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24"]
+            + ["-nolisten", "tcp", "-noreset"],
+            environment,
+            pass_fds=[writing],
+        )
+        os.close(writing)
+        with open(reading, encoding="ascii") as answer:
+            name = ":" + answer.readline().strip()
+        self.environment = {**environment, "DISPLAY": name}
+        self._display = display.Display(name)
+        self._root = self._display.screen().root
+        self.program("openbox", "--sm-disable")
+        wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "the window manager")
+
+    def _start(self, command, environment, **options):
+        silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+        self._programs.append(subprocess.Popen(command, env=environment, **silent, **options))
+
+    def program(self, *command):
+        """Starts a program that is to run until the screen closes."""
+        self._start(command, self.environment)
+
+    def _root_property(self, name):
+        value = self._root.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
+        return value.value[0] if value and len(value.value) else None
+
+    def owner(self, selection):
+        """The id of the window that owns a selection; 0 for none."""
+        owner = self._display.get_selection_owner(self._display.intern_atom(selection))
+        return owner.id if owner else 0
+
+    def active_window(self):
+        return self._root_property("_NET_ACTIVE_WINDOW")
+
+    def windows(self, instance):
+        """The visible windows of a program by its instance name: {id: rectangle}, lowest first."""
+        found = {}
+        self._collect(self._root, instance, found)
+        return found
+
+    def _collect(self, window, instance, found):
+        for child in _or_none(lambda: window.query_tree().children) or []:
+            attributes = _or_none(child.get_attributes)
+            if not attributes or attributes.map_state != X.IsViewable:
+                continue
+            name = _or_none(child.get_wm_class)
+            if name and name[0] == instance:
+                rect = _or_none(lambda found=child: self._rect(found))
+                if rect:
+                    found[child.id] = rect
+            else:
+                self._collect(child, instance, found)
+
+    def _rect(self, window):
+        size = window.get_geometry()
+        place = window.translate_coords(self._root, 0, 0)
+        return Rect(-place.x, -place.y, size.width, size.height)
+
+    def image(self, rect=Rect(0, 0, *SIZE)):
+        """What the rectangle shows, which must lie on the screen."""
+        answer = self._root.get_image(*rect, X.ZPixmap, 0xFFFFFFFF)
+        return Image(answer.data, rect)
+
+    def run(self, *command):
+        """Runs a program on this screen and returns its output, as bytes."""
+        done = subprocess.run(
+            command, env=self.environment, stdout=subprocess.PIPE, check=True, timeout=30
+        )
+        return done.stdout
+
+    def move(self, x, y):
+        self.run("xdotool", "mousemove", str(x), str(y))
+
+    def click(self, x, y, times=1):
+        self.run("xdotool", "mousemove", str(x), str(y), "click", "--repeat", str(times), "1")
+
+    def press(self, *keys):
+        """Presses and releases each key or combination, by its name ("Return", "alt+q")."""
+        self.run("xdotool", "key", *keys)
+
+    def type(self, text):
+        self.run("xdotool", "type", text)
+
+    def close(self):
+        if self._display:
+            self._display.close()
+        for program in reversed(self._programs):
+            program.terminate()
+            program.wait()
+
+
+def _or_none(ask):
+    """The answer, or None when the window that was asked about has gone meanwhile."""
+    try:
+        return ask()
+    except (error.BadWindow, error.BadDrawable, error.BadMatch):
+        return None

@@ -1,0 +1,44 @@
+"""What the menu does to the components, by their own records."""
+
+from signal import SIGKILL
+
+from deadline import wait_until
+
+
+def programs(running, event):
+    return [row["program"] for row in running.suite.events(event)]
+
+
+def test_stop_and_start_of_a_component(running):
+    running.menu_bar.choose("sender", "stop")
+    wait_until(lambda: programs(running, "stop") == ["td_sender"], "the sender's stop")
+    wait_until(lambda: not running.suite.processes("sender"), "the sender's end")
+    running.menu_bar.choose("sender", "start")
+    wait_until(lambda: running.suite.processes("sender"), "the sender's start")
+    assert running.menu_bar.states()["sender"] == "green"
+    assert programs(running, "start").count("td_sender") == 2
+
+
+def test_restart_of_a_component(running):
+    before = running.suite.process("receiver").pid
+    running.menu_bar.choose("receiver", "restart")
+    running.suite.wait_for_restart("receiver", before)
+    assert programs(running, "stop") == ["td_receiver"]
+    assert running.menu_bar.states()["header"] == "green"
+
+
+def test_a_killed_component_is_restarted_also_after_copy(running):
+    running.menu_bar.choose("copy")
+    wait_until(
+        lambda: running.clipboard() == running.dashboard_address(), "the address on the clipboard"
+    )
+    before = running.suite.kill("receiver", SIGKILL)
+    running.suite.wait_for_restart("receiver", before)
+    assert b"Tandrel: restarting the receiver...\n" in running.run.errors
+
+
+def test_open_dashboard_hands_the_address_to_the_browser(running):
+    running.suite.forget_calls("open")
+    running.menu_bar.choose("open")
+    calls = wait_until(lambda: running.suite.calls("open"), "the browser")
+    assert calls == [[running.dashboard_address().encode()]]

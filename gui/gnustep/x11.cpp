@@ -14,9 +14,22 @@ constexpr long embed_version = 0;
 constexpr long embed_mapped = 1;
 constexpr long request_dock_opcode = 0;
 constexpr std::chrono::seconds dock_timeout(2);
-constexpr std::chrono::milliseconds dock_poll(5);
+constexpr std::chrono::seconds show_timeout(1);
 constexpr std::chrono::seconds grab_timeout(1);
-constexpr std::chrono::milliseconds grab_poll(5);
+constexpr std::chrono::milliseconds poll_interval(5);
+
+/// Asks until the answer is yes; returns false when that takes too long. What other programs do to
+/// a window is not always told to its owner.
+template <typename Ask> bool poll(std::chrono::seconds timeout, Ask ask) {
+  const auto deadline = std::chrono::steady_clock::now() + timeout;
+  while (!ask()) {
+    if (std::chrono::steady_clock::now() > deadline) {
+      return false;
+    }
+    std::this_thread::sleep_for(poll_interval);
+  }
+  return true;
+}
 
 Window tray_owner(Display *display) {
   const std::string name = "_NET_SYSTEM_TRAY_S" + std::to_string(DefaultScreen(display));
@@ -63,6 +76,12 @@ bool is_embedded(Display *display, Window window) {
   return parent != root;
 }
 
+bool is_viewable(Display *display, Window window) {
+  XWindowAttributes attributes;
+  return XGetWindowAttributes(display, window, &attributes) != 0 &&
+         attributes.map_state == IsViewable;
+}
+
 bool has_pointer(Display *display, Window window) {
   const unsigned int mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
   return XGrabPointer(display, window, True, mask, GrabModeAsync, GrabModeAsync, None, None,
@@ -84,14 +103,11 @@ bool td::dock_in_tray(Display *display, Window window, int side) {
   announce_embedding(display, window);
   ask_for_size(display, window, side);
   request_dock(display, owner, window);
-  const auto deadline = std::chrono::steady_clock::now() + dock_timeout;
-  while (!is_embedded(display, window)) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::sleep_for(dock_poll);
-  }
-  return true;
+  return poll(dock_timeout, [&] { return is_embedded(display, window); });
+}
+
+void td::wait_until_viewable(Display *display, Window window) {
+  poll(show_timeout, [&] { return is_viewable(display, window); });
 }
 
 td::ScreenRect td::screen_rect(Display *display, Window window) {
@@ -105,15 +121,8 @@ td::ScreenRect td::screen_rect(Display *display, Window window) {
 }
 
 void td::grab_input(Display *display, Window window) {
-  const auto deadline = std::chrono::steady_clock::now() + grab_timeout;
-  // A window cannot have them before the window manager has shown it, nor while the button press
-  // that opened it is held by another program.
-  while (!has_pointer(display, window) || !has_keyboard(display, window)) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return;
-    }
-    std::this_thread::sleep_for(grab_poll);
-  }
+  // Not while the button press that opened the window is held by another program.
+  poll(grab_timeout, [&] { return has_pointer(display, window) && has_keyboard(display, window); });
 }
 
 void td::release_input(Display *display) {

@@ -1,4 +1,5 @@
-/// The desktop's system tray, by the freedesktop.org protocol: a window of ours is embedded in it.
+/// What GNUstep does not do with the X server: the desktop's system tray by the freedesktop.org
+/// protocol, and what a window manager has made of a window.
 #pragma once
 
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
@@ -21,6 +22,9 @@ struct ScreenRect {
 /// Where the window is on the screen; right also for an embedded one, whose own position is that in
 /// its parent.
 ScreenRect screen_rect(_XDisplay *display, unsigned long window);
+
+/// Waits until the window and those around it are on the screen, for at most a second.
+void wait_until_viewable(_XDisplay *display, unsigned long window);
 
 /// Has this client receive the pointer and the keyboard wherever they are, as `window`'s; an open
 /// menu needs that to notice a click elsewhere. Waits for at most a second until it is possible.

@@ -9,3 +9,9 @@ void gui_test::send_exposure(Display *display, Window window) {
   XSendEvent(display, window, False, ExposureMask, &event);
   XFlush(display);
 }
+
+bool gui_test::is_on_screen(Display *display, Window window) {
+  XWindowAttributes attributes = {};
+  XGetWindowAttributes(display, window, &attributes);
+  return attributes.map_state == IsViewable;
+}

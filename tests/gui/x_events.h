@@ -1,4 +1,4 @@
-/// Events sent to windows of the test's own process.
+/// The X server's side of the windows of the test's own process.
 #pragma once
 
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
@@ -7,5 +7,8 @@ namespace gui_test {
 
 /// As if a part of the window had come into view.
 void send_exposure(_XDisplay *display, unsigned long window);
+
+/// Whether the window and those around it are on the screen.
+bool is_on_screen(_XDisplay *display, unsigned long window);
 
 } // namespace gui_test

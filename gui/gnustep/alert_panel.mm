@@ -46,6 +46,7 @@ void add_accessory(NSWindow *panel, NSView *accessory) {
   }
   [accessory setFrameOrigin:NSMakePoint(panel_margin, buttons_top + accessory_gap)];
   [content addSubview:accessory];
+  [panel recalculateKeyViewLoop]; // Tab reaches the accessory too
 }
 
 void make_panel(NSAlert *alert, SEL selector) {

@@ -109,6 +109,22 @@ TEST(PortsDialog, ApplyIsTheDefaultButton) {
   });
 }
 
+TEST(PortsDialog, TabGoesFromFieldToField) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      NSView *view = part(panel, http_field);
+      bool reached = false;
+      for (int tabs = 0; tabs < 3 && !reached; ++tabs) {
+        view = [view nextValidKeyView];
+        reached = view == part(panel, udp_field);
+      }
+      EXPECT_TRUE(reached);
+      click(panel, @"Cancel");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+  });
+}
+
 TEST(PortsDialog, WithoutGettersShowsTheUsualPorts) {
   tdgui::GuiConfig config = full_config();
   config.http_port = config.udp_port = nullptr;

@@ -1,5 +1,6 @@
 """A launcher started without a terminal on a private screen, and all that it takes."""
 
+import json
 import re
 import shutil
 import signal
@@ -10,7 +11,7 @@ from pathlib import Path
 import psutil
 import suite as suite_module
 from deadline import DEADLINE
-from menu_bar import MenuBar
+from menu_bar import COMPONENTS, MenuBar
 from screen import Screen
 
 for number in signal.valid_signals():  # an ignored signal would be ignored by what is started, too
@@ -31,9 +32,11 @@ class Desktop:
         shutil.copy2(suite_module.BUILD / "tdgui.so", place / "tdgui.so")
         temporary = self._folder / "tmp"
         temporary.mkdir()
+        # The pasteboard server is found by a name in the folder for temporary files.
+        private = dict.fromkeys(("TEMP", "TMP", "TMPDIR"), str(temporary))
         self.screen = None
         try:
-            self.screen = Screen({**self.suite.environment, "TMPDIR": str(temporary)})
+            self.screen = Screen({**self.suite.environment, **private})
         except BaseException:
             self.close()
             raise
@@ -55,6 +58,17 @@ class Desktop:
         """Chooses Quit; returns the launcher's exit status."""
         self.menu_bar.choose("quit")
         return self.run.wait()
+
+    def pids(self):
+        """The process ids of hub, receiver and sender."""
+        return [self.suite.process(name).pid for name in COMPONENTS]
+
+    def saved_settings(self):
+        """The settings file's contents; nothing while it is missing or being written."""
+        try:
+            return json.loads(self.suite.settings.read_text())
+        except (FileNotFoundError, ValueError):
+            return {}
 
     def dashboard_address(self):
         """The address that the launcher said its dashboard has."""

@@ -1,13 +1,15 @@
-"""The launcher's icon, its menu and its dialogs, as a user sees and works them."""
+"""The launcher's icon and its menu, as a user sees and works them."""
 
 from deadline import wait_until
-from screen import Image, Rect
+from screen import Rect
 
 PROGRAM = "launcher"  # the instance name of its windows
 TEAL = (77, 201, 191)  # the icon's bars
+ICON_SIDE = 22
 EDGE = (158, 158, 158)  # of a menu; drawn last
 DOTS = {"green": (0, 255, 0), "orange": (255, 128, 0), "red": (255, 0, 0)}
 
+TEXT_LEFT = 20  # beyond the check marks
 TEXT, LINE = 23, 9  # the heights of an item's row and of a separator
 TOP = 4  # above the first row
 DOT_COLUMN, MARK_COLUMN = (24, 16), (6, 14)  # left edge and width
@@ -56,6 +58,13 @@ class Menu:
     def checked(self, row):
         return len(self.image(row, MARK_COLUMN).where(lambda pixel: max(pixel) < 100)) > 8
 
+    def words(self, row):
+        """A row's text, read from its pixels."""
+        left, width = TEXT_LEFT, self.rect.width - TEXT_LEFT - 1
+        return self.screen.words(
+            Rect(self.rect.x + left, self.rect.y + self._rows[row], width, TEXT)
+        )
+
     def _centre(self, row):
         return self.rect.x + self.rect.width // 2, self.rect.y + self._rows[row] + TEXT // 2
 
@@ -77,18 +86,26 @@ class MenuBar:
         """Waits for the icon; returns the rectangle of its bars."""
 
         def drawn():
-            windows = self.screen.windows(PROGRAM).values()
-            for rect in windows:
-                found = self.screen.image(rect).where(lambda pixel: _close(pixel, TEAL, 4))
-                if len(found) >= 60:
-                    return _bounds(found, rect)
-            return None
+            rect = self.icon_window()
+            if not rect:
+                return None
+            found = self.screen.image(rect).where(lambda pixel: _close(pixel, TEAL, 4))
+            return bounds(found, rect) if len(found) >= 60 else None
 
         return wait_until(drawn, "the icon")
 
+    def icon_window(self):
+        """The rectangle of the icon's window; dialogs show the same bars, only larger."""
+        small = [rect for rect in self.windows().values() if rect.width <= ICON_SIDE]
+        return small[0] if small else None
+
+    def windows(self):
+        """The launcher's visible windows, by their ids."""
+        return self.screen.windows(PROGRAM)
+
     def _new_window(self, shown, what):
         def new():
-            for window, rect in self.screen.windows(PROGRAM).items():
+            for window, rect in self.windows().items():
                 if window not in self._known and shown(window, rect):
                     self._known[window] = rect
                     return rect
@@ -97,14 +114,14 @@ class MenuBar:
         return wait_until(new, what)
 
     def _edged(self, _, rect):
-        right, bottom = rect.width - 1, rect.height - 1
+        # A tray may cover the menu's lower edge by a pixel.
         image = self.screen.image(rect)
-        return all(_close(image.pixel(x, y), EDGE, 3) for x in (0, right) for y in (0, bottom))
+        return all(_close(image.pixel(x, 0), EDGE, 3) for x in (0, rect.width - 1))
 
     def open(self):
         """Clicks the icon and returns the menu, drawn."""
         icon = self.icon()
-        self._known = self.screen.windows(PROGRAM)
+        self._known = self.windows()
         self.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
         return Menu(self.screen, self._new_window(self._edged, "the menu"), ROWS)
 
@@ -125,7 +142,7 @@ class MenuBar:
 
     def wait_until_closed(self, menu):
         def closed():
-            return menu.rect not in self.screen.windows(PROGRAM).values()
+            return menu.rect not in self.windows().values()
 
         wait_until(closed, "the menu to close")
 
@@ -141,70 +158,9 @@ class MenuBar:
         self.dismiss(menu)
         return dots
 
-    def wait_for_dialog(self):
-        """Waits until a dialog has come up, is active and drawn; returns its rectangle."""
 
-        def shown(window, rect):
-            text = self.screen.image(rect).where(lambda pixel: max(pixel) < 60)
-            return self.screen.active_window() == window and len(text) > 500
-
-        icon = self.icon()
-        self._known = {
-            window: rect
-            for window, rect in self.screen.windows(PROGRAM).items()
-            if rect.x <= icon.x < rect.x + rect.width and rect.y <= icon.y < rect.y + rect.height
-        }
-        rect = self._new_window(shown, "a dialog")
-        wait_until(lambda: self.screen.image(rect) == self.screen.image(rect), "a drawn dialog")
-        return rect
-
-    def wait_for_no_dialog(self):
-        wait_until(lambda: len(self.screen.windows(PROGRAM)) == 1, "the dialog to close")
-
-
-class PortsDialog:
-    """The dialog of "Settings…", opened."""
-
-    def __init__(self, menu_bar):
-        self.menu_bar = menu_bar
-        self.screen = menu_bar.screen
-        menu_bar.choose("settings")
-        self.rect = menu_bar.wait_for_dialog()
-        self._fields = wait_until(self._find_fields, "the two fields")
-
-    def _find_fields(self):
-        """The rectangles of the two white fields, the dashboard port's first."""
-        white = _pixels(self.screen.image(self.rect), (255, 255, 255), 0)
-        rows = sorted({y for x, y in white})
-        starts = [y for y in rows if y - 1 not in rows]
-        if len(starts) != 2:
-            return None
-        left, right = min(x for x, _ in white), max(x for x, _ in white)
-        return [Rect(self.rect.x + left, self.rect.y + y, right - left, 18) for y in starts]
-
-    def enter(self, field, text):
-        """Replaces a field's text: 0 is the dashboard port's, 1 the control port's."""
-        place = self._fields[field]
-        before = self.screen.image(place)
-        self.screen.click(place.x + 20, place.y + place.height // 2, times=3)
-        wait_until(lambda: self.screen.image(place) != before, "the field's selection")
-        selected = self.screen.image(place)
-        self.screen.type(str(text))
-        wait_until(lambda: self.screen.image(place) != selected, "the typed text")
-
-    def fill(self, http, udp):
-        self.enter(0, http)
-        self.enter(1, udp)
-
-    def press(self, key):
-        self.screen.press(key)
-
-
-def _pixels(image: Image, colour, by=24):
-    return image.where(lambda pixel: _close(pixel, colour, by))
-
-
-def _bounds(places, within):
+def bounds(places, within):
+    """The smallest rectangle around points that are relative to a rectangle of the screen."""
     left, top = min(x for x, _ in places), min(y for _, y in places)
     width = max(x for x, _ in places) - left + 1
     return Rect(within.x + left, within.y + top, width, max(y for _, y in places) - top + 1)

@@ -24,6 +24,13 @@ class Image:
         blue, green, red = self._data[at : at + 3]
         return red, green, blue
 
+    def rgb(self):
+        """All pixels, row by row, three bytes each."""
+        pixels = bytearray(3 * self.rect.width * self.rect.height)
+        for target, source in enumerate((2, 1, 0)):
+            pixels[target::3] = self._data[source::4]
+        return bytes(pixels)
+
     def where(self, matches, area=None):
         """The coordinates of the pixels in `area` (by default everywhere) that match."""
         area = area or Rect(0, 0, self.rect.width, self.rect.height)
@@ -111,6 +118,33 @@ class Screen:
         """What the rectangle shows, which must lie on the screen."""
         answer = self._root.get_image(*rect, X.ZPixmap, 0xFFFFFFFF)
         return Image(answer.data, rect)
+
+    def paint(self, colour):
+        """Gives the empty screen a colour, 0xRRGGBB."""
+        self._root.change_attributes(background_pixel=colour)
+        self._root.clear_area()
+        self._display.sync()
+
+    def save(self, path, rect=Rect(0, 0, *SIZE)):
+        """Writes what the rectangle shows to a picture file."""
+        self._convert(rect, str(path))
+
+    def words(self, rect):
+        """The text in a rectangle, read from its pixels; any white space is one blank."""
+        picture = self._convert(rect, "-resize", "300%", "png:-")
+        reader = ["tesseract", "stdin", "stdout", "--psm", "6"]
+        environment = {**self.environment, "OMP_THREAD_LIMIT": "1"}
+        done = subprocess.run(
+            reader, input=picture, env=environment, capture_output=True, check=True, timeout=30
+        )
+        return " ".join(done.stdout.decode().split())
+
+    def _convert(self, rect, *arguments):
+        header = b"P6 %d %d 255\n" % (rect.width, rect.height)
+        command = ["convert", "ppm:-", *arguments]
+        return subprocess.run(
+            command, input=header + self.image(rect).rgb(), capture_output=True, check=True
+        ).stdout
 
     def run(self, *command):
         """Runs a program on this screen and returns its output, as bytes."""

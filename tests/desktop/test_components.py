@@ -3,6 +3,17 @@
 from signal import SIGKILL
 
 from deadline import wait_until
+from menu_bar import COMPONENTS
+
+
+def started(running, times):
+    """Waits until every component has been started so often; the last starts, by process id."""
+    def all_there():
+        starts = [row for row in running.suite.events("start")]
+        return starts if len(starts) == times * len(COMPONENTS) else None
+
+    rows = wait_until(all_there, f"start number {times} of every component")
+    return sorted((row["pid"], row["program"]) for row in rows[-len(COMPONENTS):])
 
 
 def programs(running, event):
@@ -42,3 +53,22 @@ def test_open_dashboard_hands_the_address_to_the_browser(running):
     running.menu_bar.choose("open")
     calls = wait_until(lambda: running.suite.calls("open"), "the browser")
     assert calls == [[running.dashboard_address().encode()]]
+
+
+def test_all_components_are_stopped_started_and_restarted_in_order(running):
+    upwards, downwards = list(COMPONENTS), list(reversed(COMPONENTS))
+    running.menu_bar.choose("all", "stop")
+    wait_until(lambda: not any(map(running.suite.processes, COMPONENTS)), "the end of every component")
+    assert programs(running, "stop") == [f"td_{name}" for name in downwards]
+    assert set(running.menu_bar.states().values()) == {"orange", "red"}
+
+    running.menu_bar.choose("all", "start")
+    second = started(running, 2)
+    assert [program for _, program in second] == [f"td_{name}" for name in upwards]
+    assert set(running.menu_bar.states().values()) == {"green"}
+
+    running.menu_bar.choose("all", "restart")
+    started(running, 3)
+    assert programs(running, "stop") == 2 * [f"td_{name}" for name in downwards]
+    assert set(running.menu_bar.states().values()) == {"green"}
+    assert b"Tandrel: restarting" not in running.run.errors

@@ -7,10 +7,10 @@ import pytest
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM])
 def test_a_signal_leaves_the_interface_and_the_components_up(running, number):
-    before = {name: running.suite.process(name).pid for name in ("hub", "receiver", "sender")}
+    before = running.pids()
     running.run.signal(number)
     assert set(running.menu_bar.states().values()) == {"green"}
-    assert {name: running.suite.process(name).pid for name in before} == before
+    assert running.pids() == before
     assert running.quit() == 0
     assert running.run.output.count(b"Tandrel: stopping...") == 1
 

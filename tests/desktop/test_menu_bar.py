@@ -27,3 +27,29 @@ def test_quit_stops_everything_in_order(running):
     assert running.run.output.count(b"Tandrel: stopping...") == 1
     assert running.run.output.endswith(b"\nTandrel: stopping...\nTandrel: stopped.\n")
     assert not running.suite.processes()
+
+
+def test_escape_closes_the_submenu_and_then_the_menu(running):
+    menu = running.menu_bar.open()
+    submenu = running.menu_bar.submenu(menu, "hub")
+    running.screen.press("Escape")
+    running.menu_bar.wait_until_closed(submenu)
+    assert menu.rect in running.menu_bar.windows().values()
+    running.screen.press("Escape")
+    running.menu_bar.wait_until_closed(menu)
+    assert running.menu_bar.states() == ALL_UP
+
+
+def test_a_key_equivalent_chooses_its_item(running):
+    running.menu_bar.open()
+    running.screen.press("alt+q")
+    assert running.run.wait() == 0
+    assert not running.suite.processes()
+
+
+def test_the_menu_is_worked_by_keyboard(running):
+    menu = running.menu_bar.open()
+    running.screen.press("Down", "Down", "Down", "Right")  # open, copy, hub and into its submenu
+    running.screen.press("Down", "Return")
+    running.menu_bar.wait_until_closed(menu)
+    assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "hub": "red"}

@@ -1,13 +1,6 @@
 """The saved preference."""
 
-import json
-
 from deadline import wait_until
-
-
-def saved(running):
-    settings = running.suite.settings
-    return json.loads(settings.read_text()) if settings.exists() else None
 
 
 def test_the_preference_is_switched_and_saved(running):
@@ -16,8 +9,8 @@ def test_the_preference_is_switched_and_saved(running):
         assert menu.checked("at launch") is not expected
         menu.click("at launch")
         running.menu_bar.wait_until_closed(menu)
-        wait_until(lambda: (saved(running) or {}).get("open_browser") is expected, "the file")
-    assert saved(running) == {
+        wait_until(lambda: running.saved_settings().get("open_browser") is expected, "the file")
+    assert running.saved_settings() == {
         "http_port": running.suite.http,
         "udp_port": running.suite.udp,
         "open_browser": True,

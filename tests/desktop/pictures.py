@@ -1,0 +1,76 @@
+"""Makes pictures of the running interface on a private screen.
+
+    pictures.py FOLDER     menu.png, submenu.png, ports.png and warning.png in FOLDER
+    pictures.py FILE.png   the open menu alone
+"""
+
+import socket
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
+
+from desktop import Desktop  # noqa: E402
+from dialogs import Dialog, PortsDialog  # noqa: E402
+from screen import SIZE, Rect  # noqa: E402
+
+BACKGROUND = 0x3B5268
+MARGIN = 10
+TITLE_BAR = 20  # the window manager's
+DEFAULT_PORTS = (4466, 4465)
+
+
+def around(*rects, above=0):
+    """The part of the screen with the given rectangles and a margin."""
+    left = max(0, min(rect.x for rect in rects) - MARGIN)
+    top = max(0, min(rect.y for rect in rects) - above - MARGIN)
+    right = min(SIZE[0], max(rect.x + rect.width for rect in rects) + MARGIN)
+    bottom = min(SIZE[1], max(rect.y + rect.height for rect in rects) + MARGIN)
+    return Rect(left, top, right - left, bottom - top)
+
+
+def picture_menu(desktop, path):
+    menu = desktop.menu_bar.open()
+    desktop.screen.save(path, around(menu.rect, desktop.menu_bar.icon_window()))
+    return menu
+
+
+def picture_submenu(desktop, menu, path):
+    submenu = desktop.menu_bar.submenu(menu, "receiver")
+    desktop.screen.save(
+        path, around(menu.rect, submenu.rect, desktop.menu_bar.icon_window())
+    )
+    desktop.menu_bar.dismiss(menu)
+
+
+def picture_dialogs(desktop, ports, warning):
+    with socket.create_server(("", 0)) as taken:
+        dialog = PortsDialog(desktop.menu_bar)
+        desktop.screen.save(ports, around(dialog.rect, above=TITLE_BAR))
+        dialog.apply(taken.getsockname()[1], desktop.suite.udp)
+        refusal = Dialog(desktop.menu_bar, "Could not change the ports")
+        desktop.screen.save(warning, around(refusal.rect, above=TITLE_BAR))
+        refusal.answer("Return")
+
+
+def main():
+    target = Path(sys.argv[1])
+    desktop = Desktop()
+    try:
+        desktop.screen.paint(BACKGROUND)
+        desktop.suite.http, desktop.suite.udp = DEFAULT_PORTS
+        desktop.start()
+        if target.suffix == ".png":
+            desktop.menu_bar.dismiss(picture_menu(desktop, target))
+        else:
+            target.mkdir(parents=True, exist_ok=True)
+            picture_submenu(
+                desktop, picture_menu(desktop, target / "menu.png"), target / "submenu.png"
+            )
+            picture_dialogs(desktop, target / "ports.png", target / "warning.png")
+        desktop.quit()
+    finally:
+        desktop.close()
+
+
+main()

@@ -1,0 +1,82 @@
+"""The ports dialog, applied to a running suite."""
+
+import socket
+
+from deadline import wait_until
+from dialogs import Dialog, PortsDialog
+
+
+def last_arguments(running):
+    """What each component was last started with, from its own record."""
+    return {event["program"]: event["argv"][1:] for event in running.suite.events("start")}
+
+
+def saved_ports(running):
+    saved = running.saved_settings()
+    return saved.get("http_port"), saved.get("udp_port")
+
+
+def answer_refusal(running, message):
+    """Answers the warning that the change was refused, which shows the message."""
+    warning = Dialog(running.menu_bar, "Could not change the ports")
+    assert message in warning.text
+    warning.answer("Return")
+
+
+def test_other_ports_are_applied_and_saved(running):
+    address = running.dashboard_address()
+    http, udp = running.suite.ports.free(), running.suite.ports.free()
+    PortsDialog(running.menu_bar).apply(http, udp)
+    wait_until(lambda: saved_ports(running) == (http, udp), "the settings file")
+    client = ["--hub", f"127.0.0.1:{udp}"]
+    started = {
+        "td_hub": ["--udp-port", str(udp), "--http-port", str(http)],
+        "td_receiver": client,
+        "td_sender": client,
+    }
+    wait_until(lambda: last_arguments(running) == started, "the components on the new ports")
+    assert set(running.menu_bar.states().values()) == {"green"}
+
+    # The address stays that of the start.
+    running.menu_bar.choose("copy")
+    wait_until(lambda: running.clipboard() == address, "the address on the clipboard")
+    menu = running.menu_bar.open()
+    assert menu.words("address") == address
+    running.menu_bar.dismiss(menu)
+
+    again = PortsDialog(running.menu_bar)
+    assert f"Dashboard port [{http}" in again.text.replace("|", "[")
+    again.answer("Escape")
+
+
+def test_a_taken_port_is_told_in_a_warning(running):
+    with socket.create_server(("", 0)) as taken:
+        port = taken.getsockname()[1]
+        PortsDialog(running.menu_bar).apply(port, running.suite.udp)
+        answer_refusal(
+            running,
+            f"The hub would not start on port {port}. That port may be in use. Pick another.",
+        )
+    states = running.menu_bar.states()
+    assert states["receiver"] == states["sender"] == "red"
+    assert saved_ports(running) == (None, None)
+
+
+def test_a_refused_port_changes_nothing(running):
+    before = running.pids()
+    PortsDialog(running.menu_bar).apply(80, running.suite.udp)
+    answer_refusal(
+        running, "Ports below 1024 need administrator privileges; pick higher ones."
+    )
+    assert running.pids() == before
+    assert saved_ports(running) == (None, None)
+
+
+def test_cancel_changes_nothing(running):
+    before = running.pids()
+    dialog = PortsDialog(running.menu_bar)
+    dialog.enter(0, running.suite.ports.free())
+    dialog.answer("Escape")
+    assert set(running.menu_bar.states().values()) == {"green"}
+    assert running.pids() == before
+    assert saved_ports(running) == (None, None)

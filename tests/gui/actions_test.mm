@@ -48,6 +48,21 @@ Calls calls_of(Interface interface, NSString *title, NSString *submenu_of = nil)
   return record().calls;
 }
 
+/// Of every item of the menu, as they are shown.
+Calls titles(Interface interface) {
+  Calls found;
+  for (NSMenuItem *item : filled(interface)) {
+    NSString *title = [item attributedTitle] ? [[item attributedTitle] string] : [item title];
+    found.emplace_back([title UTF8String]);
+  }
+  return found;
+}
+
+std::string pasteboard_text() {
+  NSString *text = [[NSPasteboard generalPasteboard] stringForType:NSPasteboardTypeString];
+  return text ? [text UTF8String] : "";
+}
+
 } // namespace
 
 TEST(Actions, DriveTheComponentOfTheirRow) {
@@ -75,33 +90,111 @@ TEST(Actions, OnAllComponentsGoInOrder) {
   });
 }
 
-TEST(Actions, RestartAllNeedsNoRestartCallback) {
-  tdgui::GuiConfig config = full_config();
-  config.restart = nullptr;
-  config.stop = nullptr;
-  run_interface(config, [](Interface interface) {
-    EXPECT_EQ(calls_of(interface, @"Restart All", @"All Components"),
-              (Calls{"start hub", "start receiver", "start sender"}));
-  });
+TEST(Actions, EachNeedsItsOwnCallbackOnly) {
+  for (int dropped = 0; dropped < 3; ++dropped) {
+    SCOPED_TRACE(dropped);
+    tdgui::GuiConfig config = full_config();
+    (dropped == 0 ? config.start : dropped == 1 ? config.stop : config.restart) = nullptr;
+    const Calls starts = {"start hub", "start receiver", "start sender"};
+    const Calls stops = {"stop sender", "stop receiver", "stop hub"};
+    const auto unless = [dropped](int needed, const Calls &calls) {
+      return dropped == needed ? Calls{} : calls;
+    };
+    run_interface(config, [&](Interface interface) {
+      EXPECT_EQ(calls_of(interface, @"Start", @"Hub"), unless(0, {"start hub"}));
+      EXPECT_EQ(calls_of(interface, @"Stop", @"Hub"), unless(1, {"stop hub"}));
+      EXPECT_EQ(calls_of(interface, @"Restart", @"Hub"), unless(2, {"restart hub"}));
+      NSString *all = @"All Components";
+      EXPECT_EQ(calls_of(interface, @"Start All", all), unless(0, starts));
+      EXPECT_EQ(calls_of(interface, @"Stop All", all), unless(1, stops));
+      Calls both = unless(1, stops);
+      const Calls after = unless(0, starts);
+      both.insert(both.end(), after.begin(), after.end());
+      EXPECT_EQ(calls_of(interface, @"Restart All", all), both);
+    });
+  }
 }
 
-TEST(Actions, WithoutCallbacksDoNothing) {
-  tdgui::GuiConfig config = full_config();
-  config.start = config.stop = config.restart = nullptr;
-  config.set_open_browser_pref = nullptr;
-  run_interface(config, [](Interface interface) {
+TEST(Actions, WithoutAnyCallbackDoNothing) {
+  Stubs stubs;
+  const tdgui::GuiConfig all = full_config();
+  tdgui::GuiConfig none;
+  none.url = all.url;
+  none.components = all.components;
+  run_interface(none, [](Interface interface) {
     for (NSString *title in [NSArray arrayWithObjects:@"Start", @"Stop", @"Restart", nil])
       EXPECT_EQ(calls_of(interface, title, @"Hub"), Calls{});
     for (NSString *title in
          [NSArray arrayWithObjects:@"Start All", @"Stop All", @"Restart All", nil])
       EXPECT_EQ(calls_of(interface, title, @"All Components"), Calls{});
     EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
+    EXPECT_EQ(calls_of(interface, @"Quit Tandrel"), Calls{"terminate"});
+  });
+}
+
+TEST(Actions, NameTheComponentInUtf8) {
+  tdgui::GuiConfig config = full_config();
+  config.components = {{"höb ♫ 消", "Hub"}};
+  config.is_running = [](const std::string &name) {
+    record().calls.push_back("is_running " + name);
+    return true;
+  };
+  run_interface(config, [](Interface interface) {
+    filled(interface);
+    EXPECT_EQ(record().calls, (Calls{"is_running höb ♫ 消", "is_running höb ♫ 消"}));
+    EXPECT_EQ(calls_of(interface, @"Start", @"Hub"), Calls{"start höb ♫ 消"});
+    EXPECT_EQ(calls_of(interface, @"Stop", @"Hub"), Calls{"stop höb ♫ 消"});
+    EXPECT_EQ(calls_of(interface, @"Restart", @"Hub"), Calls{"restart höb ♫ 消"});
+    EXPECT_EQ(calls_of(interface, @"Restart All", @"All Components"),
+              (Calls{"stop höb ♫ 消", "start höb ♫ 消"}));
+  });
+}
+
+TEST(Actions, AreNotFlaggedOffInTheMenuItself) {
+  run_interface(full_config(), [](Interface interface) {
+    [interface.menu setAutoenablesItems:NO]; // which leaves the flags as they were set
+    for (NSMenuItem *item : filled(interface)) {
+      const bool caption = [interface.menu indexOfItem:item] < 2;
+      EXPECT_TRUE([item isSeparatorItem] || [item isEnabled] == !caption)
+          << [[item title] UTF8String];
+    }
+    EXPECT_FALSE([interface.menu autoenablesItems]);
+  });
+}
+
+TEST(Actions, AreEnabledByTheirTargetWhateverTheFlagSays) {
+  run_interface(full_config(), [](Interface interface) {
+    EXPECT_FALSE([interface.controller respondsToSelector:@selector(validateMenuItem:)]);
+    EXPECT_FALSE([interface.controller respondsToSelector:@selector(validateUserInterfaceItem:)]);
+    record().running["receiver"] = false;
+    filled(interface);
+    NSMenu *hub = [item_titled(interface.menu, @"Hub") submenu];
+    EXPECT_FALSE([item_titled(hub, @"Start") isEnabled]);
+    [interface.menu update];
+    EXPECT_FALSE([[interface.menu itemAtIndex:0] isEnabled]); // without an action
+    EXPECT_FALSE([[interface.menu itemAtIndex:1] isEnabled]);
+    for (NSString *label in [NSArray arrayWithObjects:@"Hub", @"Receiver", nil]) {
+      NSMenu *submenu = [item_titled(interface.menu, label) submenu];
+      [submenu update];
+      for (NSInteger i = 0; i < [submenu numberOfItems]; ++i) {
+        EXPECT_TRUE([[submenu itemAtIndex:i] isEnabled]) << i;
+        [submenu performActionForItemAtIndex:i];
+      }
+    }
+    const Calls expected = {"start hub",      "stop hub",      "restart hub",
+                            "start receiver", "stop receiver", "restart receiver"};
+    EXPECT_EQ(record().calls, expected);
   });
 }
 
 TEST(Actions, ToggleNeedsBothCallbacks) {
   tdgui::GuiConfig config = full_config();
   config.open_browser_pref = nullptr;
+  run_interface(config, [](Interface interface) {
+    EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
+  });
+  config = full_config();
+  config.set_open_browser_pref = nullptr;
   run_interface(config, [](Interface interface) {
     EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
   });
@@ -148,8 +241,7 @@ TEST(Actions, CopyPutsTheAddressOnThePasteboard) {
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
     [pasteboard declareTypes:[NSArray arrayWithObject:NSTIFFPboardType] owner:nil];
     calls_of(interface, @"Copy Dashboard Address");
-    EXPECT_STREQ([[pasteboard stringForType:NSPasteboardTypeString] UTF8String],
-                 "http://localhost:8080/");
+    EXPECT_EQ(pasteboard_text(), "http://localhost:8080/");
     EXPECT_EQ([[pasteboard types] count], 1u); // what was there before is gone
   });
 }
@@ -157,8 +249,40 @@ TEST(Actions, CopyPutsTheAddressOnThePasteboard) {
 TEST(Actions, TheAddressStaysAfterAPortChange) {
   Stubs stubs;
   run_interface(full_config(), [](Interface interface) {
-    record().http = 9000;
+    when_alert_runs([](NSWindow *panel) {
+      [editable_fields(panel)[0] setStringValue:@"9000"];
+      click(panel, @"Apply");
+    });
+    EXPECT_EQ(calls_of(interface, @"Settings…"), Calls{"set_ports 9000 8081 ''"});
+    when_alert_runs([](NSWindow *panel) {
+      EXPECT_STREQ([[editable_fields(panel)[0] stringValue] UTF8String], "9000");
+      click(panel, @"Cancel");
+    });
+    EXPECT_EQ(calls_of(interface, @"Settings…"), Calls{});
     EXPECT_STREQ([[filled(interface)[1] title] UTF8String], "http://localhost:8080/");
     EXPECT_EQ(calls_of(interface, @"Open Dashboard"), Calls{"open http://localhost:8080/"});
+    [[NSPasteboard generalPasteboard] declareTypes:[NSArray array] owner:nil];
+    calls_of(interface, @"Copy Dashboard Address");
+    EXPECT_EQ(pasteboard_text(), "http://localhost:8080/");
+  });
+}
+
+TEST(Actions, AndTitlesAreThoseOfTheRecordAtTheStart) {
+  Stubs stubs;
+  tdgui::GuiConfig config = full_config();
+  run_interface(config, [&](Interface interface) {
+    const Calls before = titles(interface);
+    config = tdgui::GuiConfig();
+    config.url = "http://localhost:1/";
+    config.status = "other";
+    config.components = {{"other", "Other"}};
+    config.quit_fallback = [] { record().calls.emplace_back("fallback"); };
+    EXPECT_EQ(titles(interface), before);
+    EXPECT_EQ(calls_of(interface, @"Open Dashboard"), Calls{"open http://localhost:8080/"});
+    EXPECT_EQ(calls_of(interface, @"Start", @"Hub"), Calls{"start hub"});
+    EXPECT_EQ(calls_of(interface, @"Stop", @"Receiver"), Calls{"stop receiver"});
+    EXPECT_EQ(calls_of(interface, @"Restart", @"Sender"), Calls{"restart sender"});
+    EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{"open_browser on"});
+    EXPECT_EQ(calls_of(interface, @"Quit Tandrel"), (Calls{"quit", "terminate"}));
   });
 }

@@ -54,10 +54,10 @@ TEST(Alert, IsCriticalWithOneButtonAndDoesNotActivate) {
     Pulse pulse;
     when_alert_runs([](NSWindow *panel) {
       EXPECT_TRUE(shows(panel, @"No höb"));
-      EXPECT_TRUE(shows(panel, @"It has gone."));
+      EXPECT_TRUE(shows(panel, @"„Höb“ ist weg – ♫ 消えた."));
       click(panel, @"OK");
     });
-    tdgui::alert("No höb", "It has gone.");
+    tdgui::alert("No höb", "„Höb“ ist weg – ♫ 消えた.");
     EXPECT_EQ(unanswered_alerts(), 0u);
     EXPECT_EQ(g_events, std::vector<std::string>{"alert 2 OK"});
   }
@@ -70,12 +70,8 @@ TEST(Alert, OfThePortsDialogActivatesFirstAndWarnsOnRefusal) {
     record().refusal = "no";
     record().http = 1;
     when_alert_runs([](NSWindow *panel) {
-      for (NSView *view : views_of_class(panel, [NSTextField class])) {
-        NSTextField *field = static_cast<NSTextField *>(view);
-        if ([field isEditable]) {
-          [field setStringValue:@"2"];
-        }
-      }
+      for (NSTextField *field : editable_fields(panel))
+        [field setStringValue:@"2"];
       click(panel, @"Apply");
     });
     when_alert_runs([](NSWindow *panel) { click(panel, @"OK"); });

@@ -14,7 +14,7 @@ namespace gui_test {
 /// What the callbacks answer, and what they were called with.
 struct Record {
   std::map<std::string, bool> running = {{"hub", true}, {"receiver", true}, {"sender", true}};
-  int http = 8080;
+  int http = 8080; ///< an accepted set_ports changes both
   int udp = 8081;
   bool ports_accepted = true;
   std::string refusal;
@@ -26,8 +26,8 @@ struct Record {
 /// Starts afresh with each full_config().
 Record &record();
 
-/// Three components and every callback but quit_fallback, all of them record()'s. Call it before
-/// anything else here.
+/// Three components and every callback but quit_fallback, all of them record()'s; a callback fails
+/// the test when it is called off the main thread. Call it before anything else here.
 tdgui::GuiConfig full_config();
 
 /// The pieces of a running interface.
@@ -47,6 +47,10 @@ std::vector<NSMenuItem *> filled(Interface interface);
 
 /// The first item with that title (plain, or an attributed title's text); fails the test if none.
 NSMenuItem *item_titled(NSMenu *menu, NSString *title);
+
+/// A few rounds of the event loop in that mode, each ended by something that happens in it: the
+/// pulse, if nothing else.
+void turn_loop(NSString *mode);
 
 /// Sends the item's action to its target.
 void choose(NSMenuItem *item);
@@ -73,6 +77,9 @@ std::size_t unanswered_alerts();
 
 /// Views of the panel's content, subviews included, of a class.
 std::vector<NSView *> views_of_class(NSWindow *panel, Class cls);
+
+/// The panel's text fields that can be typed into, in the order of the views.
+std::vector<NSTextField *> editable_fields(NSWindow *panel);
 
 /// Clicks the panel's button with that title; fails the test, and ends the modal loop, if none.
 void click(NSWindow *panel, NSString *title);

@@ -1,5 +1,6 @@
 #include "interface.h"
 
+#include "config_layout.h"
 #include "replace_method.h"
 #include "window_device.h"
 #include "x_events.h"
@@ -17,9 +18,15 @@ std::deque<std::function<void(NSWindow *)>> g_answers;
 int g_alerts, g_answered_alerts; // that have been run, and as many when one was answered last
 IMP g_make_status_item, g_set_policy, g_run_modal;
 
-void note(const std::string &call) { g_record.calls.push_back(call); }
+void expect_main_thread() { EXPECT_TRUE([NSThread isMainThread]); }
+
+void note(const std::string &call) {
+  expect_main_thread();
+  g_record.calls.push_back(call);
+}
 
 bool is_running(const std::string &name) {
+  expect_main_thread();
   ++g_record.questions;
   return g_record.running.at(name);
 }
@@ -31,12 +38,24 @@ bool set_ports(int http, int udp, std::string &error) {
   note("set_ports " + std::to_string(http) + " " + std::to_string(udp) + " '" + error + "'");
   if (!g_record.ports_accepted) {
     error = g_record.refusal;
+    return false;
   }
-  return g_record.ports_accepted;
+  g_record.http = http;
+  g_record.udp = udp;
+  return true;
 }
-int http_port() { return g_record.http; }
-int udp_port() { return g_record.udp; }
-bool open_browser_pref() { return g_record.open_browser; }
+int http_port() {
+  expect_main_thread();
+  return g_record.http;
+}
+int udp_port() {
+  expect_main_thread();
+  return g_record.udp;
+}
+bool open_browser_pref() {
+  expect_main_thread();
+  return g_record.open_browser;
+}
 void set_open_browser_pref(bool open) {
   note(open ? "open_browser on" : "open_browser off");
   g_record.open_browser = open;
@@ -199,6 +218,11 @@ NSMenuItem *item_titled(NSMenu *menu, NSString *title) {
   return nil;
 }
 
+void turn_loop(NSString *mode) {
+  for (int round = 0; round < 5; ++round)
+    [[NSRunLoop currentRunLoop] runMode:mode beforeDate:[NSDate dateWithTimeIntervalSinceNow:1]];
+}
+
 void choose(NSMenuItem *item) { [NSApp sendAction:[item action] to:[item target] from:item]; }
 
 void when_alert_runs(const std::function<void(NSWindow *)> &answer) { g_answers.push_back(answer); }
@@ -216,6 +240,17 @@ static void collect(NSView *view, Class cls, std::vector<NSView *> &found) {
 std::vector<NSView *> views_of_class(NSWindow *panel, Class cls) {
   std::vector<NSView *> found;
   collect([panel contentView], cls, found);
+  return found;
+}
+
+std::vector<NSTextField *> editable_fields(NSWindow *panel) {
+  std::vector<NSTextField *> found;
+  for (NSView *view : views_of_class(panel, [NSTextField class])) {
+    NSTextField *field = static_cast<NSTextField *>(view);
+    if ([field isEditable]) {
+      found.push_back(field);
+    }
+  }
   return found;
 }
 

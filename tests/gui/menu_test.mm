@@ -37,13 +37,27 @@ void expect_title(NSMenuItem *item, const std::vector<Piece> &pieces) {
   EXPECT_EQ(at, [title length]);
 }
 
+/// An item that is there to be read.
+void expect_caption(NSMenuItem *item) {
+  EXPECT_FALSE([item isEnabled]);
+  EXPECT_TRUE([item action] == NULL);
+  EXPECT_STREQ([[item keyEquivalent] UTF8String], "");
+}
+
+/// An item that only opens its submenu; some AppKits give such an item an action for that.
+void expect_opener(NSMenuItem *item) {
+  EXPECT_TRUE([item action] == NULL || sel_isEqual([item action], @selector(submenuAction:)));
+  EXPECT_STREQ([[item keyEquivalent] UTF8String], "");
+  EXPECT_TRUE([[item submenu] autoenablesItems]);
+  EXPECT_TRUE([[item submenu] delegate] == nil);
+}
+
 void expect_header(NSMenuItem *item, NSColor *dot) {
   expect_title(item,
                {{@"●  ", dot, nil},
                 {@"Tandrel 9.9", nil, [NSFont boldSystemFontOfSize:[NSFont systemFontSize]]}});
   EXPECT_STREQ([[item title] UTF8String], "");
-  EXPECT_FALSE([item isEnabled]);
-  EXPECT_TRUE([item action] == NULL);
+  expect_caption(item);
 }
 
 void expect_row_title(NSMenuItem *row, NSString *label, bool running) {
@@ -53,7 +67,6 @@ void expect_row_title(NSMenuItem *row, NSString *label, bool running) {
                 {label, nil, [NSFont menuFontOfSize:0]},
                 {running ? @"   running" : @"   stopped", [NSColor secondaryLabelColor], small}});
   EXPECT_STREQ([[row title] UTF8String], [label UTF8String]);
-  EXPECT_STREQ([[row keyEquivalent] UTF8String], "");
 }
 
 void expect_action(NSMenuItem *item, const char *title, const char *action, const char *key,
@@ -67,10 +80,9 @@ void expect_action(NSMenuItem *item, const char *title, const char *action, cons
 }
 
 void expect_row_submenu(NSMenuItem *row, const char *name, bool running, id target) {
+  expect_opener(row);
   NSMenu *menu = [row submenu];
   ASSERT_EQ([menu numberOfItems], 3);
-  EXPECT_TRUE([menu delegate] == nil);
-  EXPECT_TRUE([menu autoenablesItems]);
   expect_action([menu itemAtIndex:0], "Start", "startComponent:", "", target);
   expect_action([menu itemAtIndex:1], "Stop", "stopComponent:", "", target);
   expect_action([menu itemAtIndex:2], "Restart", "restartComponent:", "", target);
@@ -83,9 +95,10 @@ void expect_row_submenu(NSMenuItem *row, const char *name, bool running, id targ
 
 void expect_all_submenu(NSMenuItem *item, id target) {
   EXPECT_STREQ([[item title] UTF8String], "All Components");
+  EXPECT_TRUE([item attributedTitle] == nil);
+  expect_opener(item);
   NSMenu *menu = [item submenu];
   ASSERT_EQ([menu numberOfItems], 3);
-  EXPECT_TRUE([menu delegate] == nil);
   expect_action([menu itemAtIndex:0], "Start All", "startAll:", "", target);
   expect_action([menu itemAtIndex:1], "Stop All", "stopAll:", "", target);
   expect_action([menu itemAtIndex:2], "Restart All", "restartAll:", "", target);
@@ -111,9 +124,8 @@ void expect_separators(const std::vector<NSMenuItem *> &items, std::size_t rows)
 void expect_fixed_items(const std::vector<NSMenuItem *> &items, std::size_t rows, id target) {
   ASSERT_EQ(items.size(), 15 + rows);
   EXPECT_STREQ([[items[1] title] UTF8String], "http://localhost:8080/");
-  EXPECT_FALSE([items[1] isEnabled]);
-  EXPECT_TRUE([items[1] action] == NULL);
   EXPECT_TRUE([items[1] attributedTitle] == nil);
+  expect_caption(items[1]);
   expect_action(items[3], "Open Dashboard", "openDashboard:", "o", target);
   expect_action(items[4], "Copy Dashboard Address", "copyUrl:", "c", target);
   expect_all_submenu(items[7 + rows], target);
@@ -200,16 +212,42 @@ TEST(Menu, ShowsEveryCombinationOfMissingCallbacks) {
   }
 }
 
-TEST(Menu, HeaderStopsAskingAtTheFirstStoppedComponent) {
+TEST(Menu, HeaderAsksInOrderUpToTheFirstStoppedComponentAndThenEveryRowAsks) {
+  tdgui::GuiConfig config = full_config();
+  config.is_running = [](const std::string &name) {
+    record().calls.push_back(name);
+    return record().running.at(name);
+  };
+  run_interface(config, [](Interface interface) {
+    const std::vector<std::string> names = {"hub", "receiver", "sender"};
+    for (unsigned combination = 0; combination < 8; ++combination) {
+      const std::vector<bool> running = states(combination);
+      set_states(running);
+      record().calls.clear();
+      filled(interface);
+      std::vector<std::string> expected;
+      for (std::size_t i = 0; i < names.size() && (i == 0 || running[i - 1]); ++i) {
+        expected.push_back(names[i]);
+      }
+      expected.insert(expected.end(), names.begin(), names.end());
+      EXPECT_EQ(record().calls, expected) << combination;
+    }
+  });
+}
+
+TEST(Menu, ShowsAChangeOnlyWhenItIsBuiltAnew) {
   run_interface(full_config(), [](Interface interface) {
-    set_states({false, true, true});
+    const std::vector<NSMenuItem *> items = filled(interface);
+    set_states({true, false, true});
     record().questions = 0;
-    filled(interface);
-    EXPECT_EQ(record().questions, 1 + 3);
-    set_states({true, true, true});
-    record().questions = 0;
-    filled(interface);
-    EXPECT_EQ(record().questions, 3 + 3);
+    [interface.menu update];
+    turn_loop(NSEventTrackingRunLoopMode);
+    EXPECT_EQ(record().questions, 0);
+    ASSERT_EQ([interface.menu numberOfItems], static_cast<NSInteger>(items.size()));
+    EXPECT_TRUE([interface.menu itemAtIndex:0] == items[0]);
+    expect_header(items[0], [NSColor systemGreenColor]);
+    expect_row_title(items[first_row + 1], @"Receiver", true);
+    expect_menu(interface, {true, false, true}, [NSColor systemOrangeColor], false);
   });
 }
 

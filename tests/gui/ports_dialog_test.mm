@@ -34,6 +34,23 @@ void expect_part(NSWindow *panel, NSUInteger index, const char *text, NSRect fra
   EXPECT_TRUE([field formatter] == nil);
 }
 
+void type(NSWindow *panel, NSString *keys) {
+  for (NSUInteger i = 0; i < [keys length]; ++i) {
+    NSString *key = [keys substringWithRange:NSMakeRange(i, 1)];
+    [NSApp postEvent:[NSEvent keyEventWithType:NSKeyDown
+                                            location:NSZeroPoint
+                                       modifierFlags:0
+                                           timestamp:0
+                                        windowNumber:[panel windowNumber]
+                                             context:nil
+                                          characters:key
+                         charactersIgnoringModifiers:key
+                                           isARepeat:NO
+                                             keyCode:0]
+             atStart:NO];
+  }
+}
+
 struct Answer {
   NSString *http = nil; // nil: left as it is
   NSString *udp = nil;
@@ -73,6 +90,10 @@ TEST(PortsDialog, ShowsTheCurrentPorts) {
       expect_part(panel, 1, "8080", NSMakeRect(136, 30, 80, 22), true);
       expect_part(panel, 2, "Control port", NSMakeRect(0, 4, 130, 20), false);
       expect_part(panel, 3, "8081", NSMakeRect(136, 2, 80, 22), true);
+      for (NSTextField *field : editable_fields(panel)) {
+        EXPECT_TRUE([panel initialFirstResponder] != field);
+        EXPECT_TRUE([field currentEditor] == nil);
+      }
       click(panel, @"Cancel");
     });
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));
@@ -140,6 +161,28 @@ TEST(PortsDialog, WithoutGettersShowsTheUsualPorts) {
   });
 }
 
+TEST(PortsDialog, EachMissingGetterHasItsOwnUsualPort) {
+  tdgui::GuiConfig config = full_config();
+  config.http_port = nullptr;
+  EXPECT_EQ(calls_after(config, {@"4466", @"8081"}), Calls{});
+  EXPECT_EQ(calls_after(config, {nil, @"5000"}), Calls{"set_ports 4466 5000 ''"});
+  config = full_config();
+  config.udp_port = nullptr;
+  EXPECT_EQ(calls_after(config, {@"8080", @"4465"}), Calls{});
+  EXPECT_EQ(calls_after(config, {@"5000", nil}), Calls{"set_ports 5000 4465 ''"});
+}
+
+TEST(PortsDialog, TypedDigitsAreApplied) {
+  run_interface(full_config(), [](Interface interface) {
+    when_alert_runs([](NSWindow *panel) {
+      [panel makeFirstResponder:part(panel, http_field)];
+      type(panel, @"9000\t9001\r");
+    });
+    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
+    EXPECT_EQ(record().calls, Calls{"set_ports 9000 9001 ''"});
+  });
+}
+
 TEST(PortsDialog, UnchangedPortsCallNothing) {
   EXPECT_EQ(calls_after(full_config(), {}), Calls{});
   EXPECT_EQ(calls_after(full_config(), {@"8080", @" 8081 "}), Calls{});
@@ -156,6 +199,13 @@ TEST(PortsDialog, WhatIsNoPortGoesToTheCallbackAsWell) {
   EXPECT_EQ(calls_after(full_config(), {@"abc", nil}), Calls{"set_ports 0 8081 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"", @"x"}), Calls{"set_ports 0 0 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"-5", @"70000"}), Calls{"set_ports -5 70000 ''"});
+}
+
+TEST(PortsDialog, PortsAreComparedAndPassedOnWhole) { // not as the 16 bits of a real port
+  EXPECT_EQ(calls_after(full_config(), {@"73616", nil}), Calls{"set_ports 73616 8081 ''"});
+  EXPECT_EQ(calls_after(full_config(), {nil, @"73617"}), Calls{"set_ports 8080 73617 ''"});
+  EXPECT_EQ(calls_after(full_config(), {@"-57456", @"2147483647"}),
+            Calls{"set_ports -57456 2147483647 ''"});
 }
 
 TEST(PortsDialog, CancelCallsNothing) {

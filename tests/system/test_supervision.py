@@ -184,7 +184,7 @@ def test_the_end_of_the_run_ends_a_look_at_the_components(suite):
     run.signal(SIGTERM)
     errors.release()
     assert run.wait() == 0
-    # The restart that was under way is finished; what comes after the receiver is not looked at.
-    assert errors.text() == RESTARTING.format("receiver")
+    # A restart that was under way by then is finished; what comes after the receiver is not looked at.
+    assert errors.text() in ("", RESTARTING.format("receiver"))
     assert len(starts(suite, "sender")) == 1
     assert run.output.endswith(console.STOPPED)

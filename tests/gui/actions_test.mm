@@ -151,15 +151,20 @@ TEST(Actions, NameTheComponentInUtf8) {
 }
 
 TEST(Actions, AreNotFlaggedOffInTheMenuItself) {
-  run_interface(full_config(), [](Interface interface) {
-    [interface.menu setAutoenablesItems:NO]; // which leaves the flags as they were set
-    for (NSMenuItem *item : filled(interface)) {
-      const bool caption = [interface.menu indexOfItem:item] < 2;
-      EXPECT_TRUE([item isSeparatorItem] || [item isEnabled] == !caption)
-          << [[item title] UTF8String];
-    }
-    EXPECT_FALSE([interface.menu autoenablesItems]);
-  });
+  tdgui::GuiConfig without = full_config();
+  without.is_running = nullptr;
+  without.open_browser_pref = nullptr;
+  for (const tdgui::GuiConfig &config : {full_config(), without}) {
+    run_interface(config, [](Interface interface) {
+      [interface.menu setAutoenablesItems:NO]; // which leaves the flags as they were set
+      for (NSMenuItem *item : filled(interface)) {
+        const bool caption = [interface.menu indexOfItem:item] < 2;
+        EXPECT_TRUE([item isSeparatorItem] || [item isEnabled] == !caption)
+            << [[item title] UTF8String];
+      }
+      EXPECT_FALSE([interface.menu autoenablesItems]);
+    });
+  }
 }
 
 TEST(Actions, AreEnabledByTheirTargetWhateverTheFlagSays) {
@@ -250,12 +255,12 @@ TEST(Actions, TheAddressStaysAfterAPortChange) {
   Stubs stubs;
   run_interface(full_config(), [](Interface interface) {
     when_alert_runs([](NSWindow *panel) {
-      [editable_fields(panel)[0] setStringValue:@"9000"];
+      [editable_fields(panel).at(0) setStringValue:@"9000"];
       click(panel, @"Apply");
     });
     EXPECT_EQ(calls_of(interface, @"Settings…"), Calls{"set_ports 9000 8081 ''"});
     when_alert_runs([](NSWindow *panel) {
-      EXPECT_STREQ([[editable_fields(panel)[0] stringValue] UTF8String], "9000");
+      EXPECT_STREQ([[editable_fields(panel).at(0) stringValue] UTF8String], "9000");
       click(panel, @"Cancel");
     });
     EXPECT_EQ(calls_of(interface, @"Settings…"), Calls{});

@@ -10,6 +10,17 @@ void gui_test::send_exposure(Display *display, Window window) {
   XFlush(display);
 }
 
+void gui_test::send_press(Display *display, Window window) {
+  XEvent event = {};
+  event.xbutton.type = ButtonPress;
+  event.xbutton.window = window;
+  event.xbutton.root = DefaultRootWindow(display);
+  event.xbutton.button = Button1;
+  event.xbutton.same_screen = True;
+  XSendEvent(display, window, False, ButtonPressMask, &event);
+  XSync(display, False);
+}
+
 bool gui_test::is_on_screen(Display *display, Window window) {
   XWindowAttributes attributes = {};
   XGetWindowAttributes(display, window, &attributes);

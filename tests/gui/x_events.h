@@ -8,6 +8,10 @@ namespace gui_test {
 /// As if a part of the window had come into view.
 void send_exposure(_XDisplay *display, unsigned long window);
 
+/// As if the left button had been pressed in the window. It has been read from the server, but not
+/// been handled, afterwards.
+void send_press(_XDisplay *display, unsigned long window);
+
 /// Whether the window and those around it are on the screen.
 bool is_on_screen(_XDisplay *display, unsigned long window);
 

@@ -1,15 +1,14 @@
-// GNUstep's status bar is a placeholder without a status item. This one is a small window: embedded
-// in the desktop's tray when there is one, else floating at the top right of the screen.
+// GNUstep's status bar is a placeholder without a status item. This one is a button in a small
+// window of its own (status_window.mm).
 
 #include "popup_menu.h"
-#include "window_device.h"
-#include "x11.h"
+#include "status_window.h"
 
 #import <AppKit/AppKit.h>
 
 @interface TDStatusItem : NSStatusItem {
   NSStatusBarButton *_button;
-  NSWindow *_window;
+  TDStatusWindow *_window;
   NSMenu *_statusMenu;
 }
 - (void)popUpMenu;
@@ -24,28 +23,6 @@
 @end
 
 namespace {
-
-constexpr int icon_side = 22; // what trays commonly give an icon
-constexpr CGFloat screen_margin = 8;
-
-NSWindow *make_window(NSView *content) {
-  NSWindow *window = [[NSWindow alloc] initWithContentRect:NSMakeRect(0, 0, icon_side, icon_side)
-                                                 styleMask:NSBorderlessWindowMask
-                                                   backing:NSBackingStoreBuffered
-                                                     defer:NO];
-  [window setReleasedWhenClosed:NO];
-  [window setLevel:NSStatusWindowLevel];
-  [window setMinSize:[window frame].size]; // trays go by the least size
-  [window setExcludedFromWindowsMenu:YES];
-  [window setContentView:content];
-  return window;
-}
-
-void float_at_top_right(NSWindow *window) {
-  const NSRect screen = [[NSScreen mainScreen] frame];
-  [window setFrameTopLeftPoint:NSMakePoint(NSMaxX(screen) - icon_side - screen_margin,
-                                           NSMaxY(screen) - screen_margin)];
-}
 
 /// Dark, as the bars of desktops mostly are.
 NSColor *backdrop_colour() { return [NSColor colorWithCalibratedWhite:0.13 alpha:1]; }
@@ -70,13 +47,6 @@ NSImage *application_icon(NSImage *image) {
                             fraction:1.0];
                    return YES;
                  }];
-}
-
-/// The window's frame as the X server has it; GNUstep's idea of it is wrong while it is embedded.
-NSRect frame_on_screen(NSWindow *window) {
-  const td::ScreenRect rect = td::screen_rect(td::display_of(window), td::x_window_of(window));
-  const CGFloat bottom = NSMaxY([[NSScreen mainScreen] frame]) - rect.y - rect.height;
-  return NSMakeRect(rect.x, bottom, rect.width, rect.height);
 }
 
 } // namespace
@@ -139,33 +109,16 @@ NSRect frame_on_screen(NSWindow *window) {
 
 - (instancetype)init {
   if ((self = [super init])) {
-    TDStatusButton *button =
-        [[TDStatusButton alloc] initWithFrame:NSMakeRect(0, 0, icon_side, icon_side)];
+    TDStatusButton *button = [[TDStatusButton alloc] initWithFrame:NSZeroRect];
     button->_owner = self;
     _button = button;
-    _window = make_window(_button);
-    if (!td::dock_in_tray(td::display_of(_window), td::x_window_of(_window), icon_side)) {
-      float_at_top_right(_window);
-    }
-    [_window orderFrontRegardless];
-    [[NSNotificationCenter defaultCenter] addObserver:self
-                                             selector:@selector(followTray:)
-                                                 name:NSWindowDidResizeNotification
-                                               object:_window];
+    _window = [[TDStatusWindow alloc] initWithButton:_button];
+    [_window show];
   }
   return self;
 }
 
-/// A tray embeds the window in one of no size and enlarges that; GNUstep may miss the second part.
-- (void)followTray:(NSNotification *)notification {
-  const NSRect frame = frame_on_screen(_window);
-  if (!NSEqualSizes([_window frame].size, frame.size)) {
-    [_window setFrame:frame display:YES];
-  }
-}
-
 - (void)dealloc {
-  [[NSNotificationCenter defaultCenter] removeObserver:self];
   [_window close];
   [_window release];
   [_button release];
@@ -189,7 +142,7 @@ NSRect frame_on_screen(NSWindow *window) {
 
 - (void)popUpMenu {
   if (_statusMenu) {
-    td::pop_up_menu(_statusMenu, frame_on_screen(_window));
+    td::pop_up_menu(_statusMenu, [_window frameOnScreen]);
   }
 }
 

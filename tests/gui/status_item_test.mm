@@ -123,6 +123,27 @@ TEST(StatusItem, IsDrawnOnTheScreen) {
   });
 }
 
+TEST(StatusItem, KeepsTheSizeThatItHasWhateverIsSaidOfIt) {
+  run_interface(full_config(), [](Interface interface) {
+    NSView *button = [interface.item button];
+    NSWindow *window = [button window];
+    const NSRect frame = [window frame];
+    for (const short subject : {GSAppKitWindowResized, GSAppKitWindowMoved}) {
+      [window sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
+                                           location:NSMakePoint(460, 26)
+                                      modifierFlags:0
+                                          timestamp:0
+                                       windowNumber:[window windowNumber]
+                                            context:nil
+                                            subtype:subject
+                                              data1:1
+                                              data2:1]];
+      EXPECT_TRUE(NSEqualRects([window frame], frame)) << subject;
+      EXPECT_TRUE(NSEqualSizes([button frame].size, frame.size)) << subject;
+    }
+  });
+}
+
 TEST(StatusItem, RunReturnsWhenTheLoopIsStopped) {
   bool in_loop = false;
   run_interface(full_config(), [&](Interface) { in_loop = [NSApp isRunning]; });

@@ -20,9 +20,3 @@ void gui_test::send_press(Display *display, Window window) {
   XSendEvent(display, window, False, ButtonPressMask, &event);
   XSync(display, False);
 }
-
-bool gui_test::is_on_screen(Display *display, Window window) {
-  XWindowAttributes attributes = {};
-  XGetWindowAttributes(display, window, &attributes);
-  return attributes.map_state == IsViewable;
-}

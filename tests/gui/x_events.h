@@ -12,7 +12,4 @@ void send_exposure(_XDisplay *display, unsigned long window);
 /// been handled, afterwards.
 void send_press(_XDisplay *display, unsigned long window);
 
-/// Whether the window and those around it are on the screen.
-bool is_on_screen(_XDisplay *display, unsigned long window);
-
 } // namespace gui_test

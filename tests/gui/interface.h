@@ -37,6 +37,7 @@ struct Interface {
   NSMenu *menu;
   CGFloat asked_length;                 ///< of the status item
   NSApplicationActivationPolicy policy; ///< -1 when none was set
+  std::vector<std::string> steps;       ///< of run(), as far as they can be seen from outside
 };
 
 /// tdgui::run with `config`; `body` runs in its event loop, which ends after it.

@@ -16,7 +16,7 @@ Interface g_interface;
 std::function<void(Interface)> g_body;
 std::deque<std::function<void(NSWindow *)>> g_answers;
 int g_alerts, g_answered_alerts; // that have been run, and as many when one was answered last
-IMP g_make_status_item, g_set_policy, g_run_modal;
+IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
 
 void expect_main_thread() { EXPECT_TRUE([NSThread isMainThread]); }
 
@@ -62,6 +62,7 @@ void set_open_browser_pref(bool open) {
 }
 
 NSStatusItem *make_status_item(id bar, SEL selector, CGFloat length) {
+  g_interface.steps.emplace_back("status item");
   g_interface.asked_length = length;
   g_interface.item = reinterpret_cast<NSStatusItem *(*)(id, SEL, CGFloat)>(g_make_status_item)(
       bar, selector, length);
@@ -69,9 +70,23 @@ NSStatusItem *make_status_item(id bar, SEL selector, CGFloat length) {
 }
 
 BOOL set_policy(id application, SEL selector, NSApplicationActivationPolicy policy) {
+  g_interface.steps.emplace_back("policy");
   g_interface.policy = policy;
   return reinterpret_cast<BOOL (*)(id, SEL, NSApplicationActivationPolicy)>(g_set_policy)(
       application, selector, policy);
+}
+
+/// The menu joins a finished icon, and is itself finished but for its items.
+void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
+  const bool finished_icon = [[item button] image] && [[item button] toolTip];
+  const bool finished_menu = [[menu delegate] item] == item && [menu numberOfItems] == 0;
+  g_interface.steps.emplace_back(finished_icon && finished_menu ? "menu" : "menu too early");
+  reinterpret_cast<void (*)(id, SEL, id)>(g_set_menu)(item, selector, menu);
+}
+
+void run_application(id application, SEL selector) {
+  g_interface.steps.emplace_back("loop");
+  reinterpret_cast<void (*)(id, SEL)>(g_run_application)(application, selector);
 }
 
 NSInteger count_alert(id alert, SEL selector) {
@@ -89,6 +104,10 @@ void watch_calls() {
                                           reinterpret_cast<IMP>(make_status_item));
   g_set_policy = td::replace_method([NSApplication class], @selector(setActivationPolicy:),
                                     reinterpret_cast<IMP>(set_policy));
+  g_set_menu = td::replace_method(objc_getClass("TDStatusItem"), @selector(setMenu:),
+                                  reinterpret_cast<IMP>(set_menu));
+  g_run_application = td::replace_method([NSApplication class], @selector(run),
+                                         reinterpret_cast<IMP>(run_application));
   g_run_modal =
       td::replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(count_alert));
 }
@@ -186,7 +205,7 @@ tdgui::GuiConfig full_config() {
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {
   @autoreleasepool {
     Pulse pulse;
-    g_interface = {nil, nil, nil, 0, -1};
+    g_interface = {nil, nil, nil, 0, -1, {}};
     g_body = body;
     GuiTestDriver *driver = [[[GuiTestDriver alloc] init] autorelease];
     [NSTimer scheduledTimerWithTimeInterval:0

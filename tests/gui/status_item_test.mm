@@ -99,6 +99,20 @@ TEST(StatusItem, IsMadeAsAnAccessoryApplicationWithAMenu) {
   });
 }
 
+TEST(StatusItem, IsCompleteBeforeTheLoopRuns) {
+  run_interface(full_config(), [](Interface interface) {
+    const std::vector<std::string> expected = {"policy", "status item", "menu", "loop"};
+    EXPECT_EQ(interface.steps, expected);
+  });
+}
+
+TEST(StatusItem, HasTheOnlyWindow) {
+  run_interface(full_config(), [](Interface interface) {
+    for (NSWindow *window in [NSApp windows])
+      EXPECT_TRUE(![window isVisible] || window == [[interface.item button] window]);
+  });
+}
+
 TEST(StatusItem, IconHasFiveTealBars) {
   run_interface(full_config(), [](Interface interface) {
     NSImage *image = [[interface.item button] image];

@@ -14,6 +14,7 @@ constexpr long embed_version = 0;
 constexpr long embed_mapped = 1;
 constexpr long request_dock_opcode = 0;
 constexpr std::chrono::seconds dock_timeout(2);
+constexpr std::chrono::seconds show_timeout(1);
 constexpr std::chrono::seconds grab_timeout(1);
 constexpr std::chrono::milliseconds poll_interval(5);
 
@@ -75,6 +76,12 @@ bool is_embedded(Display *display, Window window) {
   return parent != root;
 }
 
+bool is_viewable(Display *display, Window window) {
+  XWindowAttributes attributes;
+  return XGetWindowAttributes(display, window, &attributes) != 0 &&
+         attributes.map_state == IsViewable;
+}
+
 bool has_pointer(Display *display, Window window) {
   const unsigned int mask = ButtonPressMask | ButtonReleaseMask | PointerMotionMask;
   return XGrabPointer(display, window, True, mask, GrabModeAsync, GrabModeAsync, None, None,
@@ -97,6 +104,10 @@ bool td::dock_in_tray(Display *display, Window window, int side) {
   ask_for_size(display, window, side);
   request_dock(display, owner, window);
   return poll(dock_timeout, [&] { return is_embedded(display, window); });
+}
+
+void td::wait_until_viewable(Display *display, Window window) {
+  poll(show_timeout, [&] { return is_viewable(display, window); });
 }
 
 td::ScreenRect td::screen_rect(Display *display, Window window) {

@@ -23,6 +23,9 @@ struct ScreenRect {
 /// its parent.
 ScreenRect screen_rect(_XDisplay *display, unsigned long window);
 
+/// Waits until the window and those around it are on the screen, for at most a second.
+void wait_until_viewable(_XDisplay *display, unsigned long window);
+
 /// Has this client receive the pointer and the keyboard wherever they are, as `window`'s; an open
 /// menu needs that to notice a click elsewhere. Waits for at most a second until it is possible.
 void grab_input(_XDisplay *display, unsigned long window);

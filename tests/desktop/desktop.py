@@ -76,10 +76,14 @@ class Desktop:
         return re.search(rb"http://[0-9.:]+/", line).group().decode()
 
     def clipboard(self):
-        """The text on the clipboard; None when there is none."""
+        """The text on the clipboard; None when there is none.
+
+        Asked while it takes the clipboard over, GNUstep's pasteboard server may leave a question
+        unanswered until the next one.
+        """
         try:
-            return self.screen.run("xclip", "-o", "-selection", "clipboard").decode()
-        except subprocess.CalledProcessError:
+            return self.screen.run("xclip", "-o", "-selection", "clipboard", timeout=3).decode()
+        except (subprocess.CalledProcessError, subprocess.TimeoutExpired):
             return None
 
     def processes(self):

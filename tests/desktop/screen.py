@@ -146,10 +146,10 @@ class Screen:
             command, input=header + self.image(rect).rgb(), capture_output=True, check=True
         ).stdout
 
-    def run(self, *command):
-        """Runs a program on this screen and returns its output, as bytes."""
+    def run(self, *command, timeout=30):
+        """Runs a program on this screen and returns its output, as bytes; `timeout` in seconds."""
         done = subprocess.run(
-            command, env=self.environment, stdout=subprocess.PIPE, check=True, timeout=30
+            command, env=self.environment, stdout=subprocess.PIPE, check=True, timeout=timeout
         )
         return done.stdout
 

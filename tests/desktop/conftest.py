@@ -12,9 +12,12 @@ from desktop import Desktop  # noqa: E402
 
 
 @pytest.fixture
-def desktop():
-    """A private screen and a private folder with everything in it; fails when anything is left."""
-    made = Desktop()
+def desktop(request):
+    """A private screen and a private folder with everything in it; fails when anything is left.
+
+    Its parameter, if any, is whether there is a window manager.
+    """
+    made = Desktop(getattr(request, "param", True))
     yield made
     left = made.close()
     assert not left, f"left running: {left}"

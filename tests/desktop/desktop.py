@@ -20,9 +20,12 @@ for number in signal.valid_signals():  # an ignored signal would be ignored by w
 
 
 class Desktop:
-    """`suite` is the launcher's folder, `screen` the screen, `menu_bar` what the launcher shows."""
+    """`suite` is the launcher's folder, `screen` the screen, `menu_bar` what the launcher shows.
 
-    def __init__(self):
+    There is a window manager unless `managed` is false.
+    """
+
+    def __init__(self, managed=True):
         # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
@@ -36,7 +39,7 @@ class Desktop:
         private = dict.fromkeys(("TEMP", "TMP", "TMPDIR"), str(temporary))
         self.screen = None
         try:
-            self.screen = Screen({**self.suite.environment, **private})
+            self.screen = Screen({**self.suite.environment, **private}, managed)
         except BaseException:
             self.close()
             raise

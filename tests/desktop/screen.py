@@ -46,12 +46,12 @@ class Image:
 
 
 class Screen:
-    """Xvfb on a display of its own, with openbox.
+    """Xvfb on a display of its own, with openbox unless `managed` is false.
 
     `environment` is what the window manager starts with; `self.environment` adds the display to it.
     """
 
-    def __init__(self, environment):
+    def __init__(self, environment, managed=True):
         self._programs = []
         self._display = None
         reading, writing = os.pipe()
@@ -67,6 +67,10 @@ class Screen:
         self.environment = {**environment, "DISPLAY": name}
         self._display = display.Display(name)
         self._root = self._display.screen().root
+        if managed:
+            self._manage()
+
+    def _manage(self):
         self.program("openbox", "--sm-disable")
         wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "the window manager")
 

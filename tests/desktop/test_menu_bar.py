@@ -1,9 +1,16 @@
 """The icon, the states in the menu, and Quit."""
 
+import pytest
+
 ALL_UP = {"header": "green", "hub": "green", "receiver": "green", "sender": "green"}
 
 
 def test_the_menu_shows_every_component_running(running):
+    assert running.menu_bar.states() == ALL_UP
+
+
+@pytest.mark.parametrize("desktop", [False], indirect=True)
+def test_the_menu_opens_without_a_window_manager(running):
     assert running.menu_bar.states() == ALL_UP
 
 

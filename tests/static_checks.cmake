@@ -47,6 +47,21 @@ foreach(source ${analysed})
     # Its standard error only counts the warnings of system headers.
     COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR} ${source})
 endforeach()
+# The interface, where GNUstep can compile it. It never releases what it makes, and has one language.
+if(TANDREL_GUI AND NOT APPLE)
+  include(${PROJECT_SOURCE_DIR}/gui/gnustep/gnustep.cmake)
+endif()
+if(TDGUI_UNIT_SOURCES AND NOT TDGUI_GNUSTEP_MISSING)
+  foreach(source ${TDGUI_UNIT_SOURCES})
+    get_filename_component(name ${source} NAME)
+    td_clang_flags(flags ${source})
+    check_files(tidy_gui_${name} FILES ${source}
+      DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy
+      COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet
+        --checks=-clang-analyzer-osx.cocoa.*,-clang-analyzer-optin.osx.cocoa.localizability.*
+        ${source} -- ${flags})
+  endforeach()
+endif()
 # The file for the other platform, against a stub of the one header that this system lacks.
 check_files(macos FILES ${PROJECT_SOURCE_DIR}/launcher/platform_macos.cpp DEPENDS ${headers}
   COMMAND ${CMAKE_CXX_COMPILER} -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only

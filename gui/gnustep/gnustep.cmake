@@ -74,6 +74,15 @@ set(TDGUI_OBJCXX_FLAGS
 set(TDGUI_LINK_LIBRARIES -pthread "${TDGUI_BLOCKS_LIBRARY}" "${TDGUI_GUI_LIBRARY}" -lgnustep-base
                          "${_objc_library}" "${TDGUI_X11_LIBRARY}")
 
+# td_clang_flags(<variable> <source>): sets <variable> to what compiles that source.
+function(td_clang_flags variable source)
+  if(source MATCHES "\\.mm$")
+    set(${variable} ${TDGUI_OBJCXX_FLAGS} PARENT_SCOPE)
+  else()
+    set(${variable} ${TDGUI_CXX_FLAGS} PARENT_SCOPE)
+  endif()
+endfunction()
+
 # td_clang_objects(<variable> [FLAGS flag...] SOURCES source...): compiles each source, by absolute
 # path, into the current binary directory and sets <variable> to the objects.
 function(td_clang_objects variable)
@@ -82,11 +91,7 @@ function(td_clang_objects variable)
   foreach(source IN LISTS arg_SOURCES)
     get_filename_component(name "${source}" NAME)
     set(object "${CMAKE_CURRENT_BINARY_DIR}/${name}.o")
-    if(name MATCHES "\\.mm$")
-      set(flags ${TDGUI_OBJCXX_FLAGS})
-    else()
-      set(flags ${TDGUI_CXX_FLAGS})
-    endif()
+    td_clang_flags(flags "${source}")
     add_custom_command(
       OUTPUT "${object}"
       COMMAND ${TDGUI_CLANGXX} ${flags} ${arg_FLAGS} -MD -MF "${object}.d" -c "${source}" -o

@@ -160,8 +160,7 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, Occasion occasion) {
   return HubStart::not_ready;
 }
 
-// --- Control operations: what the menu calls
-// ------------------------------------------------------
+// --- Control operations: what the menu calls -----------------------------------------------------
 
 Child *find_child(const std::string &name) {
   return g_find_child ? g_find_child(name) : nullptr;

@@ -7,6 +7,7 @@ from pathlib import Path
 
 import pytest
 import suite as suite_module
+from standins_support import Place
 
 # What a nohup or a background job around the tests ignores is not to reach the programs under test:
 # a handler becomes the default at their start, while "ignored" would stay.
@@ -54,3 +55,11 @@ def suite_in(session_folder, free_ports):
 def suite(suite_in):
     """A private folder with everything in it."""
     return suite_in("suite")
+
+
+@pytest.fixture
+def place():
+    """A private folder for a stand-in without a launcher."""
+    made = Place()
+    yield made
+    made.close()

@@ -6,19 +6,12 @@ import time
 
 import psutil
 import pytest
-from standins_support import PROGRAMS, Place, end
+from standins_support import PROGRAMS, end
 from suite import wait_until
 
 VARIABLES = {name: "TD_STANDIN_" + name[len("td_") :].upper() for name in PROGRAMS}
 ENDS = "exit-at-once and exit-after contradict each other"
 NEVER = "never-answer contradicts answer-404 and slow-answer"
-
-
-@pytest.fixture
-def place():
-    made = Place()
-    yield made
-    made.close()
 
 
 @pytest.mark.parametrize("name", PROGRAMS)

@@ -10,19 +10,12 @@ from contextlib import closing
 
 import psutil
 import pytest
-from standins_support import PROGRAMS, Place, Terminal, end
+from standins_support import PROGRAMS, Terminal, end
 from suite import DEADLINE, wait_until
 
 SERVICES = ("td_hub", "td_receiver", "td_sender")
 CLIENTS = ("td_receiver", "td_sender")
 PROMPT = 1.0  # seconds; an end takes about a millisecond, the rest is for a busy machine
-
-
-@pytest.fixture
-def place():
-    made = Place()
-    yield made
-    made.close()
 
 
 @pytest.fixture

@@ -57,14 +57,23 @@ void on_signal(int /*signal*/) {
   g_running = false;
 }
 
+/// Not by signal(), which leaves it to the system whether a handler cuts a write short: a message
+/// is written whole whatever arrives meanwhile.
+void handle_signal(int number) {
+  struct sigaction action {};
+  action.sa_handler = on_signal;
+  action.sa_flags = SA_RESTART;
+  sigaction(number, &action, nullptr);
+}
+
 void install_signal_handlers() {
-  signal(SIGINT, on_signal);
-  signal(SIGTERM, on_signal);
+  handle_signal(SIGINT);
+  handle_signal(SIGTERM);
   signal(SIGPIPE, SIG_IGN);
   // A closed terminal ends the run like Ctrl-C, unless nohup asked for it to go on.
   struct sigaction hangup {};
   if (sigaction(SIGHUP, nullptr, &hangup) == 0 && hangup.sa_handler != SIG_IGN) {
-    signal(SIGHUP, on_signal);
+    handle_signal(SIGHUP);
   }
 }
 

@@ -46,6 +46,14 @@ def test_ctrl_c(suite, presses):
     assert has_stopped_in_order(suite)
 
 
+def test_a_flood_of_signals_cuts_no_message_short(suite):
+    run = start_up(suite, terminal="all")
+    while run.process.poll() is None:
+        run.signal(SIGINT)
+    run.wait()
+    assert run.output.replace(b"\r\n", b"\n").endswith(console.STOPPED)
+
+
 def test_ctrl_c_while_it_is_stopping(suite):
     suite.behave("receiver", "ignore-sigterm")
     run = start_up(suite, terminal="all")

@@ -1,11 +1,11 @@
 #include "child.h"
 
+#include "pause.h"
 #include "platform.h"
 
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <thread>
 
 #include <fcntl.h>
 #include <sys/types.h>
@@ -112,7 +112,7 @@ void stop(Child &child) {
     if (reap(child)) {
       return;
     }
-    std::this_thread::sleep_for(stop_interval);
+    pause_for(stop_interval);
   }
   kill(child.pid, SIGKILL);
   wait_for_exit(child);

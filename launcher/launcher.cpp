@@ -7,6 +7,7 @@
 #include "console.h"
 #include "directories.h"
 #include "host.h"
+#include "pause.h"
 #include "platform.h"
 #include "settings.h"
 #include "supervisor.h"
@@ -124,7 +125,7 @@ bool outlives(Child &hub, int looks) {
     if (reap(hub)) {
       return false;
     }
-    std::this_thread::sleep_for(hub_interval);
+    pause_for(hub_interval);
   }
   return !reap(hub);
 }
@@ -156,7 +157,7 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, Occasion occasion) {
   }
   for (int attempt = 0; attempt < hub_attempts; ++attempt) {
     if (attempt > 0 || occasion == Occasion::port_change) {
-      std::this_thread::sleep_for(hub_interval);
+      pause_for(hub_interval);
     }
     if (occasion == Occasion::start_up && !g_running) {
       break;

@@ -1,27 +1,19 @@
 #include "supervisor.h"
 
-#include <cerrno>
+#include "pause.h"
+
 #include <chrono>
 #include <cstdio>
-#include <ctime>
-#include <thread>
 
 namespace {
 
-constexpr timespec pass_interval{0, 400'000'000};
+constexpr std::chrono::milliseconds pass_interval{400};
 constexpr std::chrono::milliseconds restart_pause{500};
-
-/// Sleeps between two passes; a signal that ends the run ends the sleep too.
-void sleep_between_passes(const std::atomic<bool> &running) {
-  timespec left = pass_interval;
-  // EINTR: a signal was handled here; `left` holds the rest of the time.
-  while (running && nanosleep(&left, &left) == -1 && errno == EINTR) {}
-}
 
 void restart(Child &child) {
   ++child.restarts;
   std::fprintf(stderr, "Tandrel: restarting the %s...\n", child.name.c_str());
-  std::this_thread::sleep_for(restart_pause);
+  pause_for(restart_pause);
   if (!spawn(child)) {
     std::fprintf(stderr, "Tandrel: could not restart the %s\n", child.name.c_str());
   }
@@ -53,7 +45,7 @@ void look_at(Child &child, std::atomic<bool> &running) {
 void supervise(std::vector<Child> &children, std::mutex &children_mutex,
                std::atomic<bool> &running) {
   while (running) {
-    sleep_between_passes(running);
+    pause_while(running, pass_interval); // a signal that ends the run ends the pause too
     if (!running) {
       return; // whoever ended the run may be tearing down the mutex already
     }

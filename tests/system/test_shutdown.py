@@ -8,6 +8,7 @@ from signal import SIGCONT, SIGHUP, SIGINT, SIGSTOP, SIGTERM
 
 import console
 import pytest
+from deadline import DEADLINE
 from history import RESTARTING, SECOND, kill, starts, stops, wait_for_start
 from suite import wait_until
 
@@ -48,8 +49,10 @@ def test_ctrl_c(suite, presses):
 
 def test_a_flood_of_signals_cuts_no_message_short(suite):
     run = start_up(suite, terminal="all")
-    while run.process.poll() is None:
+    end = time.monotonic() + DEADLINE
+    while run.process.poll() is None and time.monotonic() < end:
         run.signal(SIGINT)
+    assert run.process.poll() == 0
     run.wait()
     assert run.output.replace(b"\r\n", b"\n").endswith(console.STOPPED)
 

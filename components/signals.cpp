@@ -37,7 +37,10 @@ int catch_stop_signals() {
   stop_pipe_write_end = ends[1];
   struct sigaction action {};
   action.sa_handler = note_stop_signal;
+  // One at a time: else of two that wait together the later one's handler would run first.
   sigemptyset(&action.sa_mask);
+  sigaddset(&action.sa_mask, SIGTERM);
+  sigaddset(&action.sa_mask, SIGINT);
   sigaction(SIGTERM, &action, nullptr);
   sigaction(SIGINT, &action, nullptr);
   return ends[0];

@@ -6,7 +6,8 @@
 namespace standin {
 
 /// Catches SIGTERM and SIGINT. Returns the pipe's end that becomes readable when one arrives, or -1
-/// with errno set. Call it once, from the thread that polls.
+/// with errno set. Of two that arrive together SIGINT comes first. Call it once, from the thread
+/// that polls.
 int catch_stop_signals();
 
 /// The number of the next signal caught, or 0 when none is waiting. Never blocks.

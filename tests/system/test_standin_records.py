@@ -5,15 +5,10 @@ import signal
 import subprocess
 import time
 
+import psutil
 import pytest
-from standins_support import Place, Terminal, end
-
-
-@pytest.fixture
-def place():
-    made = Place()
-    yield made
-    made.close()
+from standins_support import Terminal, end
+from suite import wait_until
 
 
 def forget_signals():
@@ -87,6 +82,19 @@ def test_record_of_a_stop(place, number):
     assert (stop["event"], stop["signal"]) == ("stop", number)
     assert (last["event"], last["status"]) == ("exit", 5)
     assert before <= stop["time_ns"] <= last["time_ns"]
+
+
+def test_a_ctrl_c_that_waits_with_a_sigterm_comes_first(place):
+    """As at a terminal, where a launcher's SIGTERM follows at once."""
+    place.behave("td_receiver", "record=events.jsonl")
+    process = place.start("td_receiver")
+    place.wait_event("start")
+    process.send_signal(signal.SIGSTOP)
+    wait_until(lambda: psutil.Process(process.pid).status() == psutil.STATUS_STOPPED, "its halt")
+    process.send_signal(signal.SIGINT)
+    process.send_signal(signal.SIGTERM)
+    end(process, signal.SIGCONT)
+    assert [row["signal"] for row in place.events() if row["event"] == "stop"] == [signal.SIGINT]
 
 
 def test_shared_record_keeps_its_lines_whole(place):

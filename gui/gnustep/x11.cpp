@@ -1,8 +1,8 @@
 #include "x11.h"
 
 #include <chrono>
+#include <ctime>
 #include <string>
-#include <thread>
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -16,7 +16,7 @@ constexpr long request_dock_opcode = 0;
 constexpr std::chrono::seconds dock_timeout(2);
 constexpr std::chrono::seconds show_timeout(1);
 constexpr std::chrono::seconds grab_timeout(1);
-constexpr std::chrono::milliseconds poll_interval(5);
+constexpr timespec poll_interval{0, 5'000'000};
 
 /// Asks until the answer is yes; returns false when that takes too long. What other programs do to
 /// a window is not always told to its owner.
@@ -26,7 +26,9 @@ template <typename Ask> bool poll(std::chrono::seconds timeout, Ask ask) {
     if (std::chrono::steady_clock::now() > deadline) {
       return false;
     }
-    std::this_thread::sleep_for(poll_interval);
+    // EINTR: a signal was handled here, and the next question only comes sooner. Taken up again,
+    // the sleep might never end under a flood of them.
+    nanosleep(&poll_interval, nullptr);
   }
   return true;
 }

@@ -8,14 +8,16 @@ void pause_for(std::chrono::milliseconds length) {
 }
 
 void pause_while(const std::atomic<bool> &running, std::chrono::milliseconds length) {
-  using std::chrono::duration_cast;
   using Clock = std::chrono::steady_clock;
   const Clock::time_point end = Clock::now() + length;
-  for (auto left = end - Clock::now(); running && left > Clock::duration::zero();
-       left = end - Clock::now()) {
-    const auto seconds = duration_cast<std::chrono::seconds>(left);
-    const std::chrono::nanoseconds rest = left - seconds;
-    const timespec interval{static_cast<time_t>(seconds.count()), static_cast<long>(rest.count())};
+  while (running) {
+    const std::chrono::nanoseconds left = end - Clock::now();
+    if (left.count() <= 0) {
+      return;
+    }
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+    const timespec interval{static_cast<time_t>(seconds.count()),
+                            static_cast<long>((left - seconds).count())};
     // EINTR: a signal was handled here; the clock says what is left.
     nanosleep(&interval, nullptr);
   }

@@ -10,7 +10,7 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/bench/*.cpp ${PROJECT_SOURCE_DIR}/bench/*.c
   ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h ${PROJECT_SOURCE_DIR}/tests/*.mm)
 file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
-  ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run)
+  ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp)
 
 set(analysed ${formatted})
 list(FILTER analysed INCLUDE REGEX "^(launcher|components)/.*\\.cpp$")

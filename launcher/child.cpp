@@ -69,8 +69,8 @@ bool spawn(Child &child, Inherit inherit) {
   const std::vector<char *> argv = argument_vector(child);
 
   // A signal that reached the new process before it has its own dispositions would run a copy of
-  // our handler there and be lost: a stop right after a start would then take the whole grace
-  // period. So signals wait until the dispositions are set.
+  // our handler there and be lost: a stop right after a start would then last until SIGKILL. So all
+  // signals stay blocked until the dispositions are set.
   sigset_t all;
   sigset_t mask;
   sigfillset(&all);
@@ -93,8 +93,8 @@ bool reap(Child &child) {
     return true;
   }
   int status = 0;
-  // 0 means that it still runs. A failure (ECHILD: somebody else reaped it) proves nothing about
-  // the process, so it counts as running too.
+  // 0: it still runs. A failure (ECHILD: it was reaped elsewhere) does not tell that it has ended,
+  // so it counts as running too.
   if (waitpid(child.pid, &status, WNOHANG) != child.pid) {
     return false;
   }
@@ -106,7 +106,7 @@ void stop(Child &child) {
   if (child.pid == -1) {
     return;
   }
-  // ESRCH: it was reaped elsewhere; the looks below then run to their end.
+  // ESRCH: it was reaped elsewhere; then every poll below fails as well.
   kill(child.pid, SIGTERM);
   for (int attempt = 0; attempt < stop_attempts; ++attempt) {
     if (reap(child)) {

@@ -1,7 +1,8 @@
-/// The record of one component's process, and the only code that forks, waits or signals.
+/// The record of one component's process, and the only code of the launcher that forks, waits or
+/// signals.
 ///
-/// Nothing here takes a lock or prints: callers serialise their use of a record and report failures
-/// in their own words.
+/// Nothing here takes a lock or prints: callers let one thread at a time use a record, and report
+/// failures themselves.
 #pragma once
 
 #include <cstdint>
@@ -28,6 +29,9 @@ struct Child {
   ~Child() = default;
 };
 
+/// Components in start order.
+using Children = std::vector<Child>;
+
 /// Which of the caller's descriptors a new process finds open.
 enum class Inherit {
   standard_streams, ///< 0, 1 and 2 only (on /dev/null for a quiet record)
@@ -50,7 +54,7 @@ bool spawn(Child &child, Inherit inherit = Inherit::standard_streams);
 bool reap(Child &child);
 
 /// Ends the record's process and reaps it; `pid` is -1 afterwards and nothing else has changed.
-/// SIGTERM first; SIGKILL when it is still there after 40 looks 100 ms apart. Blocks for that long
+/// SIGTERM first; SIGKILL when it still runs after 40 polls 100 ms apart. Blocks for that long
 /// at most, plus the time the kernel takes to end a killed process. An idle record returns at once.
 void stop(Child &child);
 

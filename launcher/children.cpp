@@ -4,11 +4,11 @@
 
 namespace {
 
-std::vector<std::string> args_for(const std::string &name, std::uint16_t http, std::uint16_t udp) {
+std::vector<std::string> args_for(const std::string &name, Ports ports) {
   if (name == "hub") {
-    return {"--udp-port", std::to_string(udp), "--http-port", std::to_string(http)};
+    return {"--udp-port", std::to_string(ports.udp), "--http-port", std::to_string(ports.http)};
   }
-  return {"--hub", "127.0.0.1:" + std::to_string(udp)};
+  return {"--hub", "127.0.0.1:" + std::to_string(ports.udp)};
 }
 
 } // namespace
@@ -22,8 +22,7 @@ Child make_child(const std::string &directory, const std::string &name,
   return child;
 }
 
-Children make_children(const std::string &directory, const Options &options, std::uint16_t http,
-                       std::uint16_t udp) {
+Children make_children(const std::string &directory, const Options &options) {
   struct Component {
     const char *name;
     bool critical;
@@ -33,7 +32,7 @@ Children make_children(const std::string &directory, const Options &options, std
   for (const Component &component :
        {Component{"hub", true, true}, Component{"receiver", false, options.run_receiver},
         Component{"sender", false, options.run_sender}}) {
-    Child child = make_child(directory, component.name, args_for(component.name, http, udp));
+    Child child = make_child(directory, component.name, args_for(component.name, options.ports));
     child.critical = component.critical;
     child.supervised = component.supervised;
     child.quiet = !options.verbose;
@@ -51,9 +50,9 @@ Child *find_by_name(Children &children, const std::string &name) {
   return nullptr;
 }
 
-void aim_at_ports(Children &children, std::uint16_t http, std::uint16_t udp) {
+void set_port_arguments(Children &children, Ports ports) {
   for (Child &child : children) {
-    child.args = args_for(child.name, http, udp);
+    child.args = args_for(child.name, ports);
     child.restarts = 0;
   }
 }

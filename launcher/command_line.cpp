@@ -6,12 +6,12 @@
 
 namespace {
 
-/// The option's place in the record when it is one of the two that take a value; otherwise null.
-int *port_option(std::string_view argument, Options &options) {
+/// Where the value of a port option goes; null when `argument` is no port option.
+std::uint16_t *port_option(std::string_view argument, Options &options) {
   if (argument == "--http-port") {
-    return &options.http_port;
+    return &options.ports.http;
   }
-  return argument == "--udp-port" ? &options.udp_port : nullptr;
+  return argument == "--udp-port" ? &options.ports.udp : nullptr;
 }
 
 /// Applies an option that takes no value; false when it is none.
@@ -48,10 +48,10 @@ Mode choose_mode(int argc, const char *const *argv) {
 
 const char *parse_options(int argc, const char *const *argv, Options &options) {
   for (int i = 1; i < argc; ++i) {
-    int *port = port_option(argv[i], options);
+    std::uint16_t *port = port_option(argv[i], options);
     if (port != nullptr && i + 1 < argc) {
       ++i;
-      *port = std::atoi(argv[i]); // what is no number is 0, deliberately
+      *port = static_cast<std::uint16_t>(std::atoi(argv[i])); // no number gives 0, deliberately
     } else if (port != nullptr || !apply_switch(argv[i], options)) {
       return argv[i];
     }

@@ -15,15 +15,13 @@ Mode choose_mode(int argc, const char *const *argv);
 
 /// What an all-in-one run was asked for.
 struct Options {
-  int http_port;            ///< dashboard port as typed, not checked
-  int udp_port;             ///< hub control port as typed, not checked
+  Ports ports;              ///< of a number as typed the low 16 bits, not checked
   bool open_browser;        ///< for this run only
   bool verbose = false;     ///< components keep the terminal
   bool run_sender = true;   ///< false: the sender stays idle
   bool run_receiver = true; ///< false: the receiver stays idle
 
-  explicit Options(const Settings &saved)
-      : http_port(saved.http_port), udp_port(saved.udp_port), open_browser(saved.open_browser) {}
+  explicit Options(const Settings &saved) : ports(saved.ports), open_browser(saved.open_browser) {}
 };
 
 /// Reads the arguments from `argv[1]` on into `options`. Returns null, or the first argument that

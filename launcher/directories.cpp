@@ -16,8 +16,8 @@ bool ends_with(std::string_view text, std::string_view ending) {
   return text.size() >= ending.size() && text.substr(text.size() - ending.size()) == ending;
 }
 
-/// Makes the folder if it is missing; true when it is there now. Why making it failed does not
-/// matter: EEXIST is the normal case, and anything else shows in the look that follows.
+/// Makes the folder if it is missing; true when it is there now. Why mkdir failed does not matter:
+/// EEXIST is the normal case, and after any other failure stat finds no folder.
 bool make_folder(const std::string &path) {
   mkdir(path.c_str(), folder_mode);
   struct stat info {};

@@ -4,32 +4,26 @@
 #include "platform.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
-constexpr int connect_limit_ms = 100;
 constexpr int shell_signal_base = 128; // a shell reports a command's end by signal N as 128 + N
 
-ToolEnd tool_end(int status) {
+ToolResult result_of(int status) {
   if (status == 0) {
-    return ToolEnd::success;
+    return ToolResult::success;
   }
   const bool by_sigint = (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) ||
                          (WIFEXITED(status) && WEXITSTATUS(status) == shell_signal_base + SIGINT);
-  return by_sigint ? ToolEnd::interrupted : ToolEnd::failure;
+  return by_sigint ? ToolResult::interrupted : ToolResult::failure;
 }
 
 /// Whether an IPv4 address, in host byte order, lies in the network of `prefix`/`bits`.
@@ -53,59 +47,20 @@ const in_addr *usable_ipv4(const ifaddrs &entry) {
   return usable ? &reinterpret_cast<const sockaddr_in *>(entry.ifa_addr)->sin_addr : nullptr;
 }
 
-/// How the socket's connection attempt ended: 0 or an errno value.
-int socket_error(int socket) {
-  int error = 0;
-  socklen_t size = sizeof error;
-  getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
-  return error;
-}
-
-/// Whether a non-blocking socket finds a listener on a port of 127.0.0.1.
-bool connects(int socket, std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) {
-    return true;
-  }
-  if (errno != EINPROGRESS) {
-    return false;
-  }
-  // On this machine the answer is there at once. None within the limit means that somebody listens
-  // but is too busy to accept.
-  pollfd ready{socket, POLLOUT, 0};
-  return poll(&ready, 1, connect_limit_ms) != 1 || socket_error(socket) == 0;
-}
-
 } // namespace
 
-ToolEnd run_tool(const std::string &command) {
+ToolResult run_tool(const std::string &command) {
   Child shell;
   shell.name = "sh";
   shell.path = "/bin/sh";
   shell.args = {"-c", command};
-  return spawn(shell) ? tool_end(wait_for_exit(shell)) : ToolEnd::failure;
+  return spawn(shell) ? result_of(wait_for_exit(shell)) : ToolResult::failure;
 }
 
-ToolEnd probe_hub(std::uint16_t http_port) {
-  std::array<char, 256> command{};
-  std::snprintf(command.data(), command.size(),
-                "curl -s -m 2 -o /dev/null http://127.0.0.1:%u/api/health",
-                static_cast<unsigned>(http_port));
-  return run_tool(command.data());
-}
-
-bool answers_on_loopback(std::uint16_t port) {
-  const int connection = socket(AF_INET, SOCK_STREAM, 0);
-  if (connection < 0) {
-    return false;
+void end_run_if_interrupted(ToolResult result, std::atomic<bool> &running) {
+  if (result == ToolResult::interrupted) {
+    running = false;
   }
-  fcntl(connection, F_SETFL, O_NONBLOCK);
-  const bool answers = connects(connection, port);
-  close(connection);
-  return answers;
 }
 
 std::string choose_lan_ipv4(const ifaddrs *list) {
@@ -141,7 +96,7 @@ std::string td_lan_ipv4() {
   return address;
 }
 
-ToolEnd open_browser(const std::string &url) {
+ToolResult open_browser(const std::string &url) {
   return run_tool(platform::browser_command(url));
 }
 

@@ -7,7 +7,7 @@
 #include "console.h"
 #include "directories.h"
 #include "host.h"
-#include "pause.h"
+#include "hub.h"
 #include "platform.h"
 #include "settings.h"
 #include "supervisor.h"
@@ -15,7 +15,6 @@
 
 #include <atomic>
 #include <cctype>
-#include <chrono>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -34,15 +33,12 @@
 namespace {
 
 constexpr const char *version = "1.4.4+412";
-constexpr int hub_attempts = 100;
-constexpr int looks_at_doubtful_hub = 10;
-constexpr std::chrono::milliseconds hub_interval{100};
 
 // True while the run is meant to go on; never set back once cleared.
 std::atomic<bool> g_running{true};
 // The ports in force, 16 bits each, and the saved preference.
-std::atomic<std::uint32_t> g_http_port{default_http_port};
-std::atomic<std::uint32_t> g_udp_port{default_udp_port};
+std::atomic<std::uint32_t> g_http_port{Ports{}.http};
+std::atomic<std::uint32_t> g_udp_port{Ports{}.udp};
 std::atomic<bool> g_open_browser{true};
 // Guards the child list and every record in it from the end of start-up on.
 std::mutex g_kids_mu;
@@ -58,8 +54,7 @@ void on_signal(int /*signal*/) {
   g_running = false;
 }
 
-/// Not by signal(), which leaves it to the system whether a handler cuts a write short: a message
-/// is written whole whatever arrives meanwhile.
+/// SA_RESTART, which signal() need not set, keeps a signal from cutting a message short.
 void handle_signal(int number) {
   struct sigaction action {};
   action.sa_handler = on_signal;
@@ -78,11 +73,16 @@ void install_signal_handlers() {
   }
 }
 
-/// A Ctrl-C that ended an outside tool was meant for the launcher.
-void heed(ToolEnd end) {
-  if (end == ToolEnd::interrupted) {
-    g_running = false;
-  }
+// --- Ports in force -----------------------------------------------------------------------------
+
+Ports current_ports() {
+  return {static_cast<std::uint16_t>(g_http_port.load()),
+          static_cast<std::uint16_t>(g_udp_port.load())};
+}
+
+void publish_ports(Ports ports) {
+  g_http_port = ports.http;
+  g_udp_port = ports.udp;
 }
 
 // --- Settings -----------------------------------------------------------------------------------
@@ -91,93 +91,20 @@ std::string settings_path() {
   return td::config_dir() + "launcher.json";
 }
 
-Settings load_settings() {
-  Settings saved = read_settings(settings_path(), g_open_browser);
-  g_open_browser = saved.open_browser;
-  return saved;
-}
-
+// Two numbers in the order in which the file has them.
+// NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 void save_ports(std::uint16_t http, std::uint16_t udp) {
-  write_settings(settings_path(), Settings{http, udp, g_open_browser});
+  write_settings(settings_path(), Settings{{http, udp}, g_open_browser});
 }
 
-std::uint16_t current_http_port() {
-  return static_cast<std::uint16_t>(g_http_port.load());
-}
-
-std::uint16_t current_udp_port() {
-  return static_cast<std::uint16_t>(g_udp_port.load());
-}
-
-/// Puts two ports in force, each cut to its low 16 bits.
-void publish_ports(int http, int udp) {
-  g_http_port = static_cast<std::uint16_t>(http);
-  g_udp_port = static_cast<std::uint16_t>(udp);
-}
-
-// --- Waiting for the hub ------------------------------------------------------------------------
-
-enum class HubAnswer { ready, silent, gone };
-
-/// Whether the hub is still there after some looks 100 ms apart.
-bool outlives(Child &hub, int looks) {
-  for (int look = 0; look < looks; ++look) {
-    if (reap(hub)) {
-      return false;
-    }
-    pause_for(hub_interval);
-  }
-  return !reap(hub);
-}
-
-/// Asks the hub once. What answers is our hub only if our hub lives. Where the port was taken
-/// before it started, another copy answers while ours may not have come to its end yet, so it is
-/// given some time for that.
-HubAnswer ask_hub(Child &hub, std::uint16_t http_port, bool port_was_taken) {
-  const ToolEnd probe = probe_hub(http_port);
-  heed(probe);
-  const bool answered = probe == ToolEnd::success;
-  if (!outlives(hub, answered && port_was_taken ? looks_at_doubtful_hub : 0)) {
-    return HubAnswer::gone;
-  }
-  return answered ? HubAnswer::ready : HubAnswer::silent;
-}
-
-/// What a start of the hub belongs to. A signal ends start-up, but a port change sees itself
-/// through; start-up asks at once, a port change after the first interval.
-enum class Occasion { start_up, port_change };
-
-enum class HubStart { ready, not_spawned, not_ready };
-
-/// Starts the hub and waits until it answers on its dashboard port.
-HubStart start_hub(Child &hub, std::uint16_t http_port, Occasion occasion) {
-  const bool port_was_taken = answers_on_loopback(http_port);
-  if (!spawn(hub)) {
-    return HubStart::not_spawned;
-  }
-  for (int attempt = 0; attempt < hub_attempts; ++attempt) {
-    if (attempt > 0 || occasion == Occasion::port_change) {
-      pause_for(hub_interval);
-    }
-    if (occasion == Occasion::start_up && !g_running) {
-      break;
-    }
-    const HubAnswer answer = ask_hub(hub, http_port, port_was_taken);
-    if (answer != HubAnswer::silent) {
-      return answer == HubAnswer::ready ? HubStart::ready : HubStart::not_ready;
-    }
-  }
-  return HubStart::not_ready;
-}
-
-// --- Control operations: what the menu calls -----------------------------------------------------
+// --- Control operations: what the menu calls ----------------------------------------------------
 
 Child *find_child(const std::string &name) {
   return g_find_child ? g_find_child(name) : nullptr;
 }
 
-/// Starts an idle record because the user wants it running.
-bool start_wanted(Child &child) {
+/// Starts an idle record and has it supervised, with a fresh allowance of restarts.
+bool start_supervised(Child &child) {
   child.supervised = true;
   child.restarts = 0;
   return spawn(child);
@@ -192,7 +119,7 @@ bool ctl_is_running(const std::string &name) {
 void ctl_start(const std::string &name) {
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   Child *child = find_child(name);
-  if (child != nullptr && child->pid == -1 && !start_wanted(*child)) {
+  if (child != nullptr && child->pid == -1 && !start_supervised(*child)) {
     std::fprintf(stderr, "Tandrel: could not start the %s\n", child->name.c_str());
   }
 }
@@ -212,19 +139,19 @@ void ctl_restart(const std::string &name) {
     return;
   }
   stop(*child);
-  if (!start_wanted(*child)) {
+  if (!start_supervised(*child)) {
     std::fprintf(stderr, "Tandrel: could not restart the %s\n", child->name.c_str());
   }
 }
 
+// The interface's signature. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 bool ctl_set_ports(int http, int udp, std::string &message) {
-  constexpr int highest_port = 65535;
-  constexpr int lowest_free_port = 1024;
+  constexpr int lowest_unprivileged_port = 1024;
   if (http < 1 || http > highest_port || udp < 1 || udp > highest_port) {
     message = "Ports must be between 1 and 65535.";
   } else if (http == udp) {
     message = "The dashboard and control ports must be different.";
-  } else if (http < lowest_free_port || udp < lowest_free_port) {
+  } else if (http < lowest_unprivileged_port || udp < lowest_unprivileged_port) {
     message = "Ports below 1024 need administrator privileges; pick higher ones.";
   } else if (!g_apply_ports) {
     message = "Not ready yet — try again in a moment.";
@@ -235,11 +162,11 @@ bool ctl_set_ports(int http, int udp, std::string &message) {
 }
 
 int ctl_http_port() {
-  return current_http_port();
+  return current_ports().http;
 }
 
 int ctl_udp_port() {
-  return current_udp_port();
+  return current_ports().udp;
 }
 
 bool ctl_open_browser_pref() {
@@ -248,24 +175,26 @@ bool ctl_open_browser_pref() {
 
 void ctl_set_open_browser_pref(bool open) {
   g_open_browser = open;
-  save_ports(current_http_port(), current_udp_port());
+  const Ports ports = current_ports();
+  save_ports(ports.http, ports.udp);
 }
 
 /// Moves every record to the new ports. Nothing is rolled back on failure: the user picks another
 /// port, or starts the components by hand on these.
-bool apply_ports(Children &children, std::uint16_t http, std::uint16_t udp, std::string &message) {
+bool apply_ports(Children &children, Ports ports, std::string &message) {
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   stop_last_to_first(children);
-  aim_at_ports(children, http, udp);
+  set_port_arguments(children, ports);
   Child *hub = find_by_name(children, "hub");
-  const HubStart start =
-      hub == nullptr ? HubStart::not_spawned : start_hub(*hub, http, Occasion::port_change);
+  const HubStart start = hub == nullptr
+                             ? HubStart::not_spawned
+                             : start_hub(*hub, ports.http, StartReason::port_change, g_running);
   if (start == HubStart::not_spawned) {
     message = "Could not restart the hub.";
     return false;
   }
   if (start == HubStart::not_ready) {
-    message = "The hub would not start on port " + std::to_string(http) +
+    message = "The hub would not start on port " + std::to_string(ports.http) +
               ". That port may be in use. Pick another.";
     return false;
   }
@@ -274,30 +203,31 @@ bool apply_ports(Children &children, std::uint16_t http, std::uint16_t udp, std:
       spawn(child);
     }
   }
-  publish_ports(http, udp);
-  save_ports(http, udp);
+  publish_ports(ports);
+  save_ports(ports.http, ports.udp);
   return true;
 }
 
-/// Makes the list reachable for the control operations. The menu's callbacks are plain functions,
-/// so they find it through a static pointer; the list itself stays main's.
+/// Lets the control operations reach the list. The menu's callbacks are plain functions, so they
+/// find it through a static pointer; main still owns it.
 void install_controls(Children &children) {
   static Children *s_children = nullptr;
   s_children = &children;
   g_find_child = [](const std::string &name) { return find_by_name(*s_children, name); };
   g_apply_ports = [](int http, int udp, std::string &message) {
-    return apply_ports(*s_children, static_cast<std::uint16_t>(http),
-                       static_cast<std::uint16_t>(udp), message);
+    const Ports ports{static_cast<std::uint16_t>(http), static_cast<std::uint16_t>(udp)};
+    return apply_ports(*s_children, ports, message);
   };
 }
 
 // --- Start-up -----------------------------------------------------------------------------------
 
-/// Starts the hub and waits until it answers. False when it did not come to that: the user has been
-/// told why, and nothing is left running.
-bool bring_up_hub(Children &children) {
+/// Starts the hub and waits until it answers. On failure the user has been told why and nothing
+/// runs any more.
+bool start_hub_or_report(Children &children) {
   Child &hub = children.front();
-  switch (start_hub(hub, current_http_port(), Occasion::start_up)) {
+  const std::uint16_t port = current_ports().http;
+  switch (start_hub(hub, port, StartReason::start_up, g_running)) {
   case HubStart::ready:
     return true;
   case HubStart::not_spawned:
@@ -307,7 +237,7 @@ bool bring_up_hub(Children &children) {
   case HubStart::not_ready:
     break;
   }
-  fatal_dialog("The hub did not start on port " + std::to_string(current_http_port()) +
+  fatal_dialog("The hub did not start on port " + std::to_string(port) +
                ".\n\nAnother copy of Tandrel may already be running, or that port is in use.");
   for (Child &child : children) {
     stop(child);
@@ -315,8 +245,8 @@ bool bring_up_hub(Children &children) {
   return false;
 }
 
-/// Starts the receiver and the sender as far as this run wants them; it goes on without one that
-/// cannot be started.
+/// Starts the receiver and the sender, each unless an option left it out. The run goes on without
+/// one that cannot be started.
 void start_clients(Children &children) {
   for (auto child = std::next(children.begin()); child != children.end(); ++child) {
     if (child->supervised && !spawn(*child)) {
@@ -327,14 +257,14 @@ void start_clients(Children &children) {
 }
 
 std::string dashboard_url() {
-  return "http://" + td_lan_ipv4() + ":" + std::to_string(current_http_port()) + "/";
+  return "http://" + td_lan_ipv4() + ":" + std::to_string(current_ports().http) + "/";
 }
 
-/// Says that the suite is up, in the console and, when this run wants that, in the browser.
-void announce(const std::string &url, const Options &options) {
+/// Prints the banner and opens the dashboard when this run is to open it.
+void show_dashboard(const std::string &url, const Options &options) {
   print_banner(url, options);
   if (options.open_browser) {
-    heed(open_browser(url));
+    end_run_if_interrupted(open_browser(url), g_running);
   }
   if (options.verbose) {
     print_verbose_note();
@@ -359,8 +289,7 @@ std::thread start_supervisor(Children &children) {
   try {
     return std::thread([&children] { supervise(children, g_kids_mu, g_running); });
   } catch (const std::system_error &error) {
-    // Nothing can watch the components, so none is left behind; then the failure goes on its way
-    // and ends the process.
+    // The exception ends the process, so the components are stopped first.
     const std::lock_guard<std::mutex> lock(g_kids_mu);
     stop_last_to_first(children);
     throw std::system_error(error.code(), "thread constructor failed");
@@ -397,8 +326,9 @@ tdgui::GuiConfig make_gui_config(const Children &children, const std::string &ur
   return config;
 }
 
-/// The interface may end the process from inside its own Quit, so what that needs is static.
-void run_in_menu_bar(platform::Interface run_interface, Children &children,
+/// What Quit needs is static: the interface may end the process from inside Quit, and statics live
+/// until the end of that.
+void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
                      const std::string &url) {
   std::thread supervisor = start_supervisor(children);
   static std::atomic<bool> s_done{false};
@@ -420,19 +350,20 @@ void run_in_menu_bar(platform::Interface run_interface, Children &children,
   }
 }
 
-/// In the console when there is a terminal; otherwise behind the menu-bar icon, or without either
-/// where no icon can be shown.
+/// Runs in the console when there is a terminal, otherwise behind the menu-bar icon; where no icon
+/// can be shown, as in the console.
 void run_until_stopped(const std::string &directory, Children &children, const std::string &url) {
   const bool in_terminal = isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
-  const platform::Interface interface = in_terminal ? nullptr : platform::find_interface(directory);
-  if (interface != nullptr) {
-    run_in_menu_bar(interface, children, url);
+  const platform::RunFunction run_interface =
+      in_terminal ? nullptr : platform::find_interface(directory);
+  if (run_interface != nullptr) {
+    run_in_menu_bar(run_interface, children, url);
   } else {
     run_in_console(children);
   }
 }
 
-/// Runs one component in the launcher's place, as far as its caller can tell.
+/// Pass-through: runs one component with the arguments after its name and returns its status.
 int run_component(const std::string &directory, int argc, char **argv) {
   Child child = make_child(directory, argv[1], {argv + 2, argv + argc});
   child.name = std::string("td_") + argv[1];
@@ -449,13 +380,23 @@ int run_component(const std::string &directory, int argc, char **argv) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
+/// False: an argument is no option; the user has been told which.
+bool parse_or_report(int argc, char **argv, Options &options) {
+  const char *unknown = parse_options(argc, argv, options);
+  if (unknown != nullptr) {
+    std::fprintf(stderr, "Tandrel: unknown option '%s'\n\n", unknown);
+    print_usage();
+  }
+  return unknown == nullptr;
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
-  // Every line appears at once, in a pipe or a log file too.
+  // Every line is written at once, also to a pipe or a log file.
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const std::string directory = td::executable_dir();
-  // A parent that ignores SIGCHLD passes that on, and children would then be reaped unseen.
+  // If the parent ignored SIGCHLD, the kernel would reap the children and their statuses be lost.
   signal(SIGCHLD, SIG_DFL);
 
   switch (choose_mode(argc, argv)) {
@@ -468,23 +409,23 @@ int main(int argc, char **argv) {
     break;
   }
 
-  Options options(load_settings());
-  if (const char *unknown = parse_options(argc, argv, options)) {
-    std::fprintf(stderr, "Tandrel: unknown option '%s'\n\n", unknown);
-    print_usage();
+  const Settings saved = read_settings(settings_path(), g_open_browser);
+  g_open_browser = saved.open_browser;
+  Options options(saved);
+  if (!parse_or_report(argc, argv, options)) {
     return 1;
   }
   install_signal_handlers();
-  publish_ports(options.http_port, options.udp_port);
+  publish_ports(options.ports);
 
-  Children children = make_children(directory, options, current_http_port(), current_udp_port());
+  Children children = make_children(directory, options);
   print_title(version);
-  if (!bring_up_hub(children)) {
+  if (!start_hub_or_report(children)) {
     return 1;
   }
   start_clients(children);
   const std::string url = dashboard_url();
-  announce(url, options);
+  show_dashboard(url, options);
 
   install_controls(children);
   run_until_stopped(directory, children, url);

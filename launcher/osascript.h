@@ -3,6 +3,6 @@
 
 #include <string>
 
-/// The shell command for the alert: `message` as the text of a critical alert headed
-/// "Tandrel", with backslashes and double quotes escaped for the script. No single quote in it.
+/// The shell command that shows `message` in a critical alert headed "Tandrel". Backslashes and
+/// double quotes are escaped for the script; for the shell see platform::alert_command().
 std::string osascript_command(const std::string &message);

@@ -1,6 +1,6 @@
-/// Pauses that last as long as they say, whatever signals arrive meanwhile. A plain sleep that is
-/// taken up again after each signal may never end under a flood of them: each time the rest is
-/// rounded up.
+/// Pauses whose length does not depend on the signals that arrive meanwhile. A sleep that is called
+/// again with the remaining time after each signal may never end under a flood of them, because the
+/// remaining time is rounded up at each call.
 #pragma once
 
 #include <atomic>

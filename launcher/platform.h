@@ -23,15 +23,16 @@ void close_descriptors_from(int first);
 std::string browser_command(const std::string &url);
 
 /// The shell command that shows `message` in a critical alert headed "Tandrel" and ends when the
-/// alert is dismissed, at once where there is nothing to show one with. `message` holds no single
-/// quote and no NUL; every other byte is handed over whole.
+/// alert is dismissed, at once where there is nothing to show one with. `message` stands in single
+/// quotes, so it must hold no single quote, which would end the quoting and let the rest run as a
+/// command, and no NUL. Every other byte is passed on unchanged.
 std::string alert_command(const std::string &message);
 
 /// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.
-using Interface = void (*)(const tdgui::GuiConfig &config);
+using RunFunction = void (*)(const tdgui::GuiConfig &config);
 
-/// The interface that this run can show; null when there is none. `directory` is the launcher's
-/// own, ending in "/". Called once, and only by a run that has no terminal: it may load libraries.
-Interface find_interface(const std::string &directory);
+/// What runs the interface; null when none can be shown here. `directory` is the launcher's own,
+/// ending in "/". Called once, and only by a run that has no terminal: it may load libraries.
+RunFunction find_interface(const std::string &directory);
 
 } // namespace platform

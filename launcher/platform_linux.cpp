@@ -13,13 +13,13 @@ namespace {
 
 constexpr std::size_t path_capacity = 4096; // with the terminating NUL
 
-// Closing one by one stops here: container set-ups have limits of a thousand million descriptors.
+// Closing one by one stops here: in containers the limit on descriptors can be 1,000,000,000.
 constexpr long highest_descriptor_tried = 65536;
 
 using AvailableFunction = bool (*)();
-using RunFunction = void (*)(const tdgui::GuiConfig *);
+using ModuleRunFunction = void (*)(const tdgui::GuiConfig *);
 
-RunFunction g_module_run = nullptr;
+ModuleRunFunction g_module_run = nullptr;
 
 void run_module(const tdgui::GuiConfig &config) {
   g_module_run(&config);
@@ -40,8 +40,8 @@ std::string executable_path() {
 }
 
 void close_descriptors_from(int first) {
-  // The system call itself: it is one step whatever the number of descriptors, and a kernel
-  // without it (before 5.9) is met by the loop.
+  // The system call itself: one step whatever the number of descriptors. A kernel before 5.9 does
+  // not have it; then the loop below closes them one by one.
   if (syscall(SYS_close_range, static_cast<unsigned>(first), ~0U, 0U) == 0) {
     return;
   }
@@ -53,14 +53,14 @@ void close_descriptors_from(int first) {
 }
 
 std::string browser_command(const std::string &url) {
-  // In the background: where no desktop takes the address over, these tools become the browser and
-  // stay for as long as it is open.
+  // In the background: without a desktop these tools run the browser themselves and end only when
+  // it does.
   return "if command -v open >/dev/null; then open \"" + url + "\"; else xdg-open \"" + url +
          "\"; fi &";
 }
 
 std::string alert_command(const std::string &message) {
-  // zenity wants a UTF-8 locale for anything beyond ASCII.
+  // Without a UTF-8 locale zenity shows no message that goes beyond ASCII.
   return "if command -v osascript; then " + osascript_command(message) +
          "; elif command -v zenity; then LC_CTYPE=C.UTF-8 zenity --error --title Tandrel "
          "--no-markup --text '" +
@@ -69,14 +69,14 @@ std::string alert_command(const std::string &message) {
          "'; fi >/dev/null 2>&1";
 }
 
-Interface find_interface(const std::string &directory) {
+RunFunction find_interface(const std::string &directory) {
   // The module stays loaded until the process ends.
   void *module = dlopen((directory + "tdgui.so").c_str(), RTLD_NOW | RTLD_LOCAL);
   if (module == nullptr) {
     return nullptr;
   }
   auto *const available = reinterpret_cast<AvailableFunction>(dlsym(module, "tdgui_available"));
-  g_module_run = reinterpret_cast<RunFunction>(dlsym(module, "tdgui_run"));
+  g_module_run = reinterpret_cast<ModuleRunFunction>(dlsym(module, "tdgui_run"));
   if (available == nullptr || g_module_run == nullptr || !available()) {
     return nullptr;
   }

@@ -33,7 +33,7 @@ std::string alert_command(const std::string &message) {
   return osascript_command(message);
 }
 
-Interface find_interface(const std::string & /*directory*/) {
+RunFunction find_interface(const std::string & /*directory*/) {
   return tdgui::run;
 }
 

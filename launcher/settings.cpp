@@ -8,7 +8,6 @@
 namespace {
 
 constexpr std::size_t bytes_read = 511;
-constexpr int highest_port = 65535;
 
 /// The text from the first colon at or after the first `key` on, that colon included; null when
 /// either is missing. The colon may belong to a later entry.
@@ -39,15 +38,15 @@ Settings parse_settings(std::string_view bytes, bool open_browser) {
   // From here on the text ends at its first NUL, as the C functions see it.
   const std::string text(bytes.substr(0, bytes_read));
   Settings settings;
-  settings.http_port = parse_port(text, "\"http_port\"", default_http_port);
-  settings.udp_port = parse_port(text, "\"udp_port\"", default_udp_port);
+  settings.ports.http = parse_port(text, "\"http_port\"", settings.ports.http);
+  settings.ports.udp = parse_port(text, "\"udp_port\"", settings.ports.udp);
   settings.open_browser = parse_open_browser(text, open_browser);
   return settings;
 }
 
 std::string format_settings(const Settings &settings) {
-  return "{\n  \"http_port\": " + std::to_string(settings.http_port) +
-         ",\n  \"udp_port\": " + std::to_string(settings.udp_port) +
+  return "{\n  \"http_port\": " + std::to_string(settings.ports.http) +
+         ",\n  \"udp_port\": " + std::to_string(settings.ports.udp) +
          ",\n  \"open_browser\": " + (settings.open_browser ? "true" : "false") + "\n}\n";
 }
 

@@ -28,7 +28,7 @@ void give_up(Child &child, std::atomic<bool> &running) {
   child.restarts = restarts_given_up;
 }
 
-void look_at(Child &child, std::atomic<bool> &running) {
+void poll_child(Child &child, std::atomic<bool> &running) {
   const bool watched = child.supervised && child.pid != -1;
   if (!watched || !reap(child)) {
     return;
@@ -42,8 +42,7 @@ void look_at(Child &child, std::atomic<bool> &running) {
 
 } // namespace
 
-void supervise(std::vector<Child> &children, std::mutex &children_mutex,
-               std::atomic<bool> &running) {
+void supervise(Children &children, std::mutex &children_mutex, std::atomic<bool> &running) {
   while (running) {
     pause_while(running, pass_interval); // a signal that ends the run ends the pause too
     if (!running) {
@@ -54,7 +53,7 @@ void supervise(std::vector<Child> &children, std::mutex &children_mutex,
       if (!running) {
         break;
       }
-      look_at(child, running);
+      poll_child(child, running);
     }
   }
 }

@@ -5,7 +5,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <vector>
 
 /// A component is restarted this often; its next exit leaves it stopped. Only a manual start or
 /// restart or a port change sets the count back.
@@ -14,12 +13,11 @@ constexpr int restart_limit = 5;
 /// The count of a component that was given up on.
 constexpr int restarts_given_up = 1000;
 
-/// Looks every 400 ms at each record that is `supervised` and running; restarts, 500 ms later, one
-/// whose process has exited, and leaves it stopped after `restart_limit` restarts, clearing
-/// `running` if it is critical. Returns once `running` is false, at the latest 400 ms and one pass
-/// later. Says on standard error what it does.
+/// Polls, every 400 ms, each record that is `supervised` and running. One whose process has exited
+/// is restarted after 500 ms; after `restart_limit` restarts it is left stopped instead, and
+/// `running` is cleared if it is critical. Returns once `running` is false, at the latest 400 ms
+/// and one pass later. Reports what it does on standard error.
 ///
-/// `children` is touched only with `children_mutex` held, which stays held through a restart with
-/// its pause. Runs on any one thread.
-void supervise(std::vector<Child> &children, std::mutex &children_mutex,
-               std::atomic<bool> &running);
+/// `children` is used only with `children_mutex` held, which stays held through a restart with its
+/// pause. Runs on any one thread.
+void supervise(Children &children, std::mutex &children_mutex, std::atomic<bool> &running);

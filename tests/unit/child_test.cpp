@@ -177,7 +177,7 @@ TEST(Stop, ReapsAnEndedProcessAtOnce) {
   const auto before = std::chrono::steady_clock::now();
   stop(child);
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(100))
-      << "it slept although the first look had found the end";
+      << "it slept although the first poll had found the end";
   EXPECT_EQ(child.pid, -1);
   EXPECT_FALSE(exists(pid));
 }
@@ -210,7 +210,7 @@ TEST(Stop, RightAfterAStartNeedsNoKill) {
   (void)signal(SIGTERM, SIG_DFL);
 }
 
-TEST(Stop, KillsWhatIgnoresSigtermAfterFortyLooks) {
+TEST(Stop, KillsWhatIgnoresSigtermAfterFortyPolls) {
   const TemporaryFolder folder;
   const std::string ready = folder.prefix() + "ready";
   ASSERT_EQ(mkfifo(ready.c_str(), 0600), 0);

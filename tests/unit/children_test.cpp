@@ -1,6 +1,7 @@
 #include "children.h"
 #include "temporary_folder.h"
 
+#include <csignal>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -11,9 +12,9 @@ namespace {
 using testing::ElementsAre;
 
 TEST(MakeChildren, GivesTheThreeRecordsInStartOrder) {
-  Options options{Settings{}};
+  Options options{Settings{{5000, 4000}, true}};
   options.run_receiver = false;
-  const Children children = make_children("/opt/tools/", options, 5000, 4000);
+  const Children children = make_children("/opt/tools/", options);
   ASSERT_EQ(children.size(), 3U);
   EXPECT_EQ(children[0].name, "hub");
   EXPECT_EQ(children[0].path, "/opt/tools/td_hub");
@@ -33,13 +34,13 @@ TEST(MakeChildren, GivesTheThreeRecordsInStartOrder) {
     EXPECT_EQ(child.restarts, 0);
   }
   options.verbose = true;
-  EXPECT_FALSE(make_children("/", options, 1, 2)[1].quiet);
+  EXPECT_FALSE(make_children("/", options)[1].quiet);
 }
 
 TEST(FindByName, TakesTheWholeName) {
   Children none;
   EXPECT_EQ(find_by_name(none, "hub"), nullptr);
-  Children children = make_children("/", Options{Settings{}}, 1, 2);
+  Children children = make_children("/", Options{Settings{}});
   EXPECT_EQ(find_by_name(children, "sender"), &children[2]);
   using std::string_literals::operator""s;
   for (const std::string &name : {""s, "Hub"s, "hu"s, "hub "s, "hub\0"s}) {
@@ -47,20 +48,20 @@ TEST(FindByName, TakesTheWholeName) {
   }
 }
 
-TEST(AimAtPorts, ReplacesArgumentsAndRestarts) {
-  Children children = make_children("/", Options{Settings{}}, 1, 2);
+TEST(SetPortArguments, ReplacesArgumentsAndRestarts) {
+  Children children = make_children("/", Options{Settings{}});
   children[2].restarts = 1000;
-  aim_at_ports(children, 5000, 4000);
+  set_port_arguments(children, {5000, 4000});
   EXPECT_THAT(children[0].args, ElementsAre("--udp-port", "4000", "--http-port", "5000"));
   EXPECT_THAT(children[1].args, ElementsAre("--hub", "127.0.0.1:4000"));
   EXPECT_THAT(children[2].args, ElementsAre("--hub", "127.0.0.1:4000"));
   EXPECT_EQ(children[2].restarts, 0);
 }
 
-// Their order shows in the components' own records: the system tests look at it.
+// The system tests check the order, by the components' own event logs.
 TEST(StopLastToFirst, EndsEveryRecord) {
   const TemporaryFolder folder;
-  Children children = make_children(folder.prefix(), Options{Settings{}}, 1, 2);
+  Children children = make_children(folder.prefix(), Options{Settings{}});
   for (Child &child : children) {
     (void)folder.write(child.path.substr(folder.prefix().size()), "#!/bin/sh\nexec sleep 1000\n",
                        true);

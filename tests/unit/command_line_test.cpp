@@ -42,10 +42,10 @@ TEST(ChooseMode, IsDecidedByTheWholeFirstArgument) {
 }
 
 TEST(ParseOptions, StartFromTheSavedSettings) {
-  const Parsed parsed = parse({}, {5000, 4000, false});
+  const Parsed parsed = parse({}, {{5000, 4000}, false});
   EXPECT_EQ(parsed.unknown, "");
-  EXPECT_EQ(parsed.options.http_port, 5000);
-  EXPECT_EQ(parsed.options.udp_port, 4000);
+  EXPECT_EQ(parsed.options.ports.http, 5000);
+  EXPECT_EQ(parsed.options.ports.udp, 4000);
   EXPECT_FALSE(parsed.options.open_browser);
   EXPECT_FALSE(parsed.options.verbose);
   EXPECT_TRUE(parsed.options.run_sender);
@@ -57,7 +57,7 @@ TEST(ParseOptions, SwitchesSetTheirValues) {
   EXPECT_TRUE(parse({"--no-sender"}).options.run_receiver);
   EXPECT_FALSE(parse({"--no-receiver"}).options.run_receiver);
   EXPECT_TRUE(parse({"--no-receiver"}).options.run_sender);
-  EXPECT_TRUE(parse({"--browser"}, {1, 2, false}).options.open_browser);
+  EXPECT_TRUE(parse({"--browser"}, {{1, 2}, false}).options.open_browser);
   EXPECT_FALSE(parse({"--no-browser"}).options.open_browser);
   EXPECT_TRUE(parse({"--verbose"}).options.verbose);
 }
@@ -65,21 +65,22 @@ TEST(ParseOptions, SwitchesSetTheirValues) {
 TEST(ParseOptions, TheLastOneCounts) {
   EXPECT_TRUE(parse({"--no-browser", "--browser"}).options.open_browser);
   EXPECT_FALSE(parse({"--browser", "--no-browser"}).options.open_browser);
-  EXPECT_EQ(parse({"--http-port", "1", "--http-port", "2"}).options.http_port, 2);
+  EXPECT_EQ(parse({"--http-port", "1", "--http-port", "2"}).options.ports.http, 2);
 }
 
-TEST(ParseOptions, PortsAreTakenAsTyped) {
-  EXPECT_EQ(parse({"--http-port", "5000"}).options.http_port, 5000);
-  EXPECT_EQ(parse({"--udp-port", "70000"}).options.udp_port, 70000);
-  EXPECT_EQ(parse({"--http-port", "-1"}).options.http_port, -1);
-  EXPECT_EQ(parse({"--http-port", "word"}).options.http_port, 0);
-  EXPECT_EQ(parse({"--udp-port", ""}).options.udp_port, 0);
+TEST(ParseOptions, PortsAreCutTo16BitsAndNotChecked) {
+  EXPECT_EQ(parse({"--http-port", "5000"}).options.ports.http, 5000);
+  EXPECT_EQ(parse({"--udp-port", "70000"}).options.ports.udp, 4464);
+  EXPECT_EQ(parse({"--http-port", "-1"}).options.ports.http, 65535);
+  EXPECT_EQ(parse({"--http-port", "65536"}).options.ports.http, 0);
+  EXPECT_EQ(parse({"--http-port", "word"}).options.ports.http, 0);
+  EXPECT_EQ(parse({"--udp-port", ""}).options.ports.udp, 0);
 }
 
 TEST(ParseOptions, ThePortsArgumentIsAlwaysItsValue) {
   const Parsed parsed = parse({"--http-port", "--verbose"});
   EXPECT_EQ(parsed.unknown, "");
-  EXPECT_EQ(parsed.options.http_port, 0);
+  EXPECT_EQ(parsed.options.ports.http, 0);
   EXPECT_FALSE(parsed.options.verbose);
 }
 
@@ -90,7 +91,7 @@ TEST(ParseOptions, RefusesTheFirstArgumentThatIsNoOption) {
   }
   EXPECT_EQ(parse({"--http-port"}).unknown, "--http-port");
   EXPECT_EQ(parse({"--verbose", "--udp-port"}).unknown, "--udp-port");
-  EXPECT_EQ(parse({"--http-port"}).options.http_port, default_http_port);
+  EXPECT_EQ(parse({"--http-port"}).options.ports.http, Ports{}.http);
 }
 
 } // namespace

@@ -12,16 +12,18 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(Ports, AreCutTo16Bits) {
-  publish_ports(65536, 70000);
-  EXPECT_EQ(ctl_http_port(), 0);
-  EXPECT_EQ(ctl_udp_port(), 4464);
-  publish_ports(-1, 4465);
+TEST(PortsInForce, AreReadAs16Bits) {
+  publish_ports({65535, 4464});
   EXPECT_EQ(ctl_http_port(), 65535);
+  EXPECT_EQ(ctl_udp_port(), 4464);
+  g_http_port = 0x10000U + 4466U;
+  g_udp_port = 0xFFFF0000U;
+  EXPECT_EQ(ctl_http_port(), 4466);
+  EXPECT_EQ(ctl_udp_port(), 0);
 }
 
 TEST(GuiConfig, IsFilledFromTheChildren) {
-  Children children = make_children("/", Options{Settings{}}, 4466, 4465);
+  Children children = make_children("/", Options{Settings{}});
   children.push_back(make_child("/", "", {}));
   const tdgui::GuiConfig config = make_gui_config(children, "http://10.0.0.5:4466/");
   EXPECT_EQ(config.url, "http://10.0.0.5:4466/");
@@ -83,7 +85,7 @@ struct Control : testing::Test {
     for (const char *name : {"td_hub", "td_receiver", "td_sender"}) {
       (void)folder.write(name, "#!/bin/sh\nexec sleep 1000\n", true);
     }
-    children = make_children(folder.prefix(), Options{Settings{}}, 4466, 4465);
+    children = make_children(folder.prefix(), Options{Settings{}});
     install_controls(children);
   }
   void TearDown() override {
@@ -150,7 +152,7 @@ TEST_F(Control, FailuresAreSaidOnStandardError) {
 }
 
 TEST_F(Control, APortChangeWithoutAHubAimsEveryRecordAndStoresNothing) {
-  publish_ports(4466, 4465);
+  publish_ports({4466, 4465});
   std::filesystem::remove(children[0].path);
   for (Child &child : children) {
     child.restarts = 3;

@@ -12,7 +12,7 @@ using std::string_literals::operator""s;
 /// The three settings of a text, in a form that a failing test shows.
 std::string read_as(std::string_view text, bool open_browser = true) {
   const Settings settings = parse_settings(text, open_browser);
-  return std::to_string(settings.http_port) + " " + std::to_string(settings.udp_port) +
+  return std::to_string(settings.ports.http) + " " + std::to_string(settings.ports.udp) +
          (settings.open_browser ? " open" : " closed");
 }
 
@@ -88,8 +88,8 @@ TEST(FormatSettings, WritesTheCanonicalText) {
   EXPECT_EQ(format_settings({}), "{\n  \"http_port\": 4466,\n  \"udp_port\": 4465,\n"
                                  "  \"open_browser\": true\n}\n");
   EXPECT_EQ(format_settings({}).size(), 68U);
-  EXPECT_EQ(format_settings({65535, 65534, false}).size(), 71U);
-  EXPECT_THAT(format_settings({0, 7, false}), testing::HasSubstr("\"http_port\": 0,\n"));
+  EXPECT_EQ(format_settings({{65535, 65534}, false}).size(), 71U);
+  EXPECT_THAT(format_settings({{0, 7}, false}), testing::HasSubstr("\"http_port\": 0,\n"));
 }
 
 TEST(FormatSettings, EveryPortAndPreferenceSurvivesAWriteAndARead) {
@@ -97,23 +97,23 @@ TEST(FormatSettings, EveryPortAndPreferenceSurvivesAWriteAndARead) {
     for (const bool open : {false, true}) {
       const auto http = static_cast<std::uint16_t>(port);
       const auto udp = static_cast<std::uint16_t>(65536 - port);
-      const Settings back = parse_settings(format_settings({http, udp, open}), !open);
-      ASSERT_EQ(back.http_port, http);
-      ASSERT_EQ(back.udp_port, udp);
+      const Settings back = parse_settings(format_settings({{http, udp}, open}), !open);
+      ASSERT_EQ(back.ports.http, http);
+      ASSERT_EQ(back.ports.udp, udp);
       ASSERT_EQ(back.open_browser, open);
     }
   }
-  EXPECT_EQ(read_as(format_settings({0, 0, true})), "4466 4465 open");
+  EXPECT_EQ(read_as(format_settings({{0, 0}, true})), "4466 4465 open");
 }
 
 TEST(SettingsFile, IsWrittenInPlaceAndReadBack) {
   const TemporaryFolder folder;
   const std::string path = folder.write("launcher.json", std::string(1000, 'x'));
-  write_settings(path, {5000, 4000, false});
-  EXPECT_EQ(folder.read("launcher.json"), format_settings({5000, 4000, false}));
+  write_settings(path, {{5000, 4000}, false});
+  EXPECT_EQ(folder.read("launcher.json"), format_settings({{5000, 4000}, false}));
   const Settings back = read_settings(path, true);
-  EXPECT_EQ(back.http_port, 5000);
-  EXPECT_EQ(back.udp_port, 4000);
+  EXPECT_EQ(back.ports.http, 5000);
+  EXPECT_EQ(back.ports.udp, 4000);
   EXPECT_FALSE(back.open_browser);
 }
 
@@ -121,11 +121,11 @@ TEST(SettingsFile, ThatCannotBeReadGivesTheDefaults) {
   const TemporaryFolder folder;
   const auto ports = [&](const std::string &path) {
     const Settings settings = read_settings(path, false);
-    return std::pair(settings.http_port, settings.udp_port);
+    return std::pair(settings.ports.http, settings.ports.udp);
   };
-  EXPECT_EQ(ports(folder.prefix() + "missing"), std::pair(default_http_port, default_udp_port));
-  EXPECT_EQ(ports(folder.prefix()), std::pair(default_http_port, default_udp_port));
-  EXPECT_EQ(ports(folder.write("empty", "")), std::pair(default_http_port, default_udp_port));
+  EXPECT_EQ(ports(folder.prefix() + "missing"), std::pair(Ports{}.http, Ports{}.udp));
+  EXPECT_EQ(ports(folder.prefix()), std::pair(Ports{}.http, Ports{}.udp));
+  EXPECT_EQ(ports(folder.write("empty", "")), std::pair(Ports{}.http, Ports{}.udp));
   EXPECT_FALSE(read_settings(folder.prefix() + "missing", false).open_browser);
 }
 

@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 
 struct Supervisor : testing::Test {
   TemporaryFolder folder;
-  std::vector<Child> children;
+  Children children;
   std::mutex mutex;
   std::atomic<bool> running{true};
 
@@ -55,7 +55,7 @@ TEST_F(Supervisor, ReturnsAtOnceWhenTheRunIsOver) {
   running = false;
   ASSERT_TRUE(spawn(add_exiting("hub")));
   EXPECT_EQ(run(), "");
-  EXPECT_NE(children[0].pid, -1) << "nobody looked";
+  EXPECT_NE(children[0].pid, -1) << "not polled";
 }
 
 TEST_F(Supervisor, GivesUpOnTheSixthExitAndACriticalOneEndsTheRun) {
@@ -88,7 +88,7 @@ TEST_F(Supervisor, EndsTheVisitWhenTheCriticalOneIsGivenUp) {
   ASSERT_TRUE(spawn(hub));
   ASSERT_TRUE(spawn(add_exiting("sender")));
   EXPECT_EQ(run(), "Tandrel: the hub keeps exiting; leaving it stopped.\n");
-  EXPECT_NE(children[1].pid, -1) << "not looked at any more";
+  EXPECT_NE(children[1].pid, -1) << "not polled any more";
 }
 
 TEST_F(Supervisor, DoesNotTryAgainWhatCouldNotBeStarted) {

@@ -1,0 +1,36 @@
+/// Starting the hub and waiting until it answers on its dashboard port.
+#pragma once
+
+#include "child.h"
+#include "host.h"
+
+#include <atomic>
+#include <cstdint>
+
+/// What the hub is started for.
+enum class StartReason {
+  start_up,    ///< the first probe comes at once, and the end of the run ends the wait
+  port_change, ///< the first probe comes after 100 ms, and the wait goes on when the run ends
+};
+
+/// How a start of the hub ended.
+enum class HubStart {
+  ready,       ///< the hub runs and answers
+  not_spawned, ///< no process was started; the record is unchanged
+  not_ready,   ///< the hub exited (its record is idle then), was silent for 100 attempts, or the
+               ///< run ended; the caller stops what may still run
+};
+
+/// Starts the idle record `hub` and probes it until it answers on `http_port`, at most 100 times,
+/// 100 ms apart; a probe of a silent port lasts up to 2 s. Clears `running` when Ctrl-C ends a
+/// probe. Prints nothing. After start-up the caller holds the children's mutex.
+HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
+                   std::atomic<bool> &running);
+
+/// Asks the hub on this machine for its health once, for at most about 2 s. `success` means that a
+/// complete HTTP answer came, whatever its status code.
+ToolResult probe_hub(std::uint16_t http_port);
+
+/// Whether anything on this machine takes connections on a TCP port of 127.0.0.1. Blocks for
+/// at most 100 ms.
+bool answers_on_loopback(std::uint16_t port);

@@ -3,10 +3,16 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -70,7 +76,7 @@ std::optional<long> read_number(std::string_view text, long lowest, long highest
 }
 
 /// Fills the word's target. `value` is empty for a word without "=". False: the value is wrong.
-bool apply(const Word &word, std::optional<std::string_view> value) {
+bool fill_target(const Word &word, std::optional<std::string_view> value) {
   if (bool *const *flag = std::get_if<bool *>(&word.target)) {
     **flag = true;
     return !value;
@@ -105,7 +111,7 @@ std::string read_word(const std::string &token, Words &words, Program program) {
   if (std::exchange(word->seen, true)) {
     return "misbehaviour given twice: " + token;
   }
-  return apply(*word, value) ? "" : "wrong value of a misbehaviour: " + token;
+  return fill_target(*word, value) ? "" : "wrong value of a misbehaviour: " + token;
 }
 
 std::string find_contradiction(const Behaviour &behaviour) {

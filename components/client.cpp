@@ -4,11 +4,16 @@
 #include "standin.h"
 
 #include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstring>
 #include <optional>
+#include <string>
+#include <string_view>
 
 #include <netdb.h>
 #include <sys/socket.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace standin {

@@ -4,8 +4,12 @@
 #include "signals.h"
 
 #include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 

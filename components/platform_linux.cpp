@@ -2,6 +2,8 @@
 
 #include <array>
 #include <climits>
+#include <cstddef>
+#include <string>
 
 #include <unistd.h>
 

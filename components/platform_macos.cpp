@@ -1,6 +1,7 @@
 #include "platform.h"
 
 #include <array>
+#include <string>
 
 #include <fcntl.h>
 #include <sys/param.h>

@@ -2,6 +2,9 @@
 
 #include "json.h"
 
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include <fcntl.h>

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <iterator>
 #include <sstream>
+#include <string>
+#include <system_error>
 #include <vector>
 
 namespace standin {

@@ -3,11 +3,13 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <functional>
 #include <thread>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 namespace standin {

@@ -1,6 +1,7 @@
 #include "status_line.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdio>
 
 #include <poll.h>

@@ -3,10 +3,15 @@
 #include "dashboard.h"
 #include "standin.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
+#include <string>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>

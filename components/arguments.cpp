@@ -1,17 +1,17 @@
 #include "arguments.h"
 
+#include "number.h"
+
 #include <algorithm>
-#include <charconv>
-#include <system_error>
 
 namespace standin {
 
-bool asks_for_help(int argc, char **argv) {
+bool has_help_option(int argc, char **argv) {
   return std::any_of(argv + std::min(argc, 1), argv + argc,
                      [](const char *argument) { return std::string_view(argument) == "--help"; });
 }
 
-std::string read_options(int argc, char **argv, const std::vector<Option> &options) {
+std::string parse_options(int argc, char **argv, const std::vector<Option> &options) {
   for (int i = 1; i < argc; i += 2) {
     const std::string name = argv[i];
     const auto option = std::find_if(options.begin(), options.end(),
@@ -32,14 +32,12 @@ std::string read_options(int argc, char **argv, const std::vector<Option> &optio
   return "";
 }
 
-std::optional<int> read_port(std::string_view text) {
-  int port = 0;
-  const char *end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, port);
-  if (error != std::errc{} || stop != end || port < 1 || port > 65535) {
+std::optional<int> parse_port(std::string_view text) {
+  const std::optional<long> port = parse_number(text, 1, 65535);
+  if (!port) {
     return std::nullopt;
   }
-  return port;
+  return static_cast<int>(*port);
 }
 
 } // namespace standin

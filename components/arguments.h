@@ -1,4 +1,4 @@
-/// Reading a stand-in's command line.
+/// Parsing a stand-in's command line.
 #pragma once
 
 #include <optional>
@@ -8,19 +8,20 @@
 
 namespace standin {
 
-/// A required option with a value, "--name VALUE".
+/// A required option with a value: "--name VALUE".
 struct Option {
   std::string_view name; ///< with its dashes
-  std::string *value;    ///< filled; the last one given wins
+  std::string *value;    ///< where to store the value; the last one given wins
 };
 
-/// Whether "--help" is among the arguments.
-bool asks_for_help(int argc, char **argv);
+/// True if "--help" is one of the arguments.
+bool has_help_option(int argc, char **argv);
 
-/// Fills the options' values. Returns what is wrong with the command line, or an empty text.
-std::string read_options(int argc, char **argv, const std::vector<Option> &options);
+/// Stores the values of the options. Returns an error message, or an empty string on success. An
+/// option that is missing, unknown or has no value is an error.
+std::string parse_options(int argc, char **argv, const std::vector<Option> &options);
 
-/// A port in decimal digits, 1 to 65535.
-std::optional<int> read_port(std::string_view text);
+/// A port number, 1 to 65535. Empty if `text` is not one.
+std::optional<int> parse_port(std::string_view text);
 
 } // namespace standin

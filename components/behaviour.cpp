@@ -1,8 +1,9 @@
 #include "behaviour.h"
 
+#include "number.h"
+
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
@@ -12,7 +13,6 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -22,7 +22,7 @@
 namespace standin {
 namespace {
 
-constexpr long longest_wait_ms = 24L * 60 * 60 * 1000;
+constexpr long max_wait_ms = 24L * 60 * 60 * 1000;
 
 using Milliseconds = std::chrono::milliseconds;
 
@@ -30,32 +30,32 @@ using Milliseconds = std::chrono::milliseconds;
 struct Word {
   std::string_view name;
   bool hub_only;
-  /// What the word fills; its type is the kind of value that the word takes.
+  /// What the word sets. The type tells which kind of value the word takes.
   std::variant<bool *, std::optional<int> *, std::optional<Milliseconds> *, std::string *> target;
-  long lowest = 0;  ///< of a number
-  long highest = 0; ///< of a number
+  long minimum = 0; ///< for numbers
+  long maximum = 0; ///< for numbers
   bool seen = false;
 };
 
 using Words = std::array<Word, 10>;
 
-/// All words, to fill `behaviour`, which must outlive them.
-Words words_for(Behaviour &behaviour) {
+/// All words. They point into `behaviour`, which must outlive them.
+Words make_words(Behaviour &behaviour) {
   return {{
       {"exit-at-once", false, &behaviour.exit_at_once},
-      {"exit-after", false, &behaviour.exit_after, 0, longest_wait_ms},
+      {"exit-after", false, &behaviour.exit_after, 0, max_wait_ms},
       {"status", false, &behaviour.status, 0, 255},
       {"signal", false, &behaviour.signal, 1, NSIG - 1},
       {"ignore-sigterm", false, &behaviour.ignore_sigterm},
-      {"record", false, &behaviour.record},
-      {"answer-after", true, &behaviour.answer_after, 0, longest_wait_ms},
-      {"slow-answer", true, &behaviour.slow_answer, 0, longest_wait_ms},
+      {"record", false, &behaviour.event_log_path},
+      {"answer-after", true, &behaviour.answer_after, 0, max_wait_ms},
+      {"slow-answer", true, &behaviour.slow_answer, 0, max_wait_ms},
       {"never-answer", true, &behaviour.never_answer},
       {"answer-404", true, &behaviour.answer_404},
   }};
 }
 
-/// The word of that name, or null when `program` has none.
+/// The word with this name, or null if `program` does not support it.
 Word *find_word(Words &words, std::string_view name, Program program) {
   for (Word &word : words) {
     if (word.name == name && (!word.hub_only || program == Program::hub)) {
@@ -65,17 +65,7 @@ Word *find_word(Words &words, std::string_view name, Program program) {
   return nullptr;
 }
 
-std::optional<long> read_number(std::string_view text, long lowest, long highest) {
-  long value = 0;
-  const char *end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc{} || stop != end || value < lowest || value > highest) {
-    return std::nullopt;
-  }
-  return value;
-}
-
-/// Fills the word's target. `value` is empty for a word without "=". False: the value is wrong.
+/// Sets the word's target. `value` is empty if the word has no "=". Returns false if it is wrong.
 bool fill_target(const Word &word, std::optional<std::string_view> value) {
   if (bool *const *flag = std::get_if<bool *>(&word.target)) {
     **flag = true;
@@ -85,7 +75,7 @@ bool fill_target(const Word &word, std::optional<std::string_view> value) {
     **text = value.value_or("");
     return !(*text)->empty();
   }
-  const std::optional<long> number = read_number(value.value_or(""), word.lowest, word.highest);
+  const std::optional<long> number = parse_number(value.value_or(""), word.minimum, word.maximum);
   if (!number) {
     return false;
   }
@@ -97,8 +87,8 @@ bool fill_target(const Word &word, std::optional<std::string_view> value) {
   return true;
 }
 
-/// Reads one word with its value. Returns what is wrong with it, or an empty text.
-std::string read_word(const std::string &token, Words &words, Program program) {
+/// Parses one word with its value. Returns an error message, or an empty string on success.
+std::string parse_word(const std::string &token, Words &words, Program program) {
   const std::size_t equals = token.find('=');
   std::optional<std::string_view> value;
   if (equals != std::string::npos) {
@@ -114,7 +104,8 @@ std::string read_word(const std::string &token, Words &words, Program program) {
   return fill_target(*word, value) ? "" : "wrong value of a misbehaviour: " + token;
 }
 
-std::string find_contradiction(const Behaviour &behaviour) {
+/// Returns an error message, or an empty string if no words contradict each other.
+std::string find_conflict(const Behaviour &behaviour) {
   if (behaviour.status && behaviour.signal) {
     return "status and signal contradict each other";
   }
@@ -127,7 +118,7 @@ std::string find_contradiction(const Behaviour &behaviour) {
   return "";
 }
 
-/// Appends the file's text. Returns 0 or errno.
+/// Appends the contents of the file to `text`. Returns 0 or an errno value.
 int read_file(const std::string &path, std::string &text) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) {
@@ -165,15 +156,15 @@ const char *variable_name(Program program) {
 
 ParsedBehaviour parse_behaviour(std::string_view text, Program program) {
   ParsedBehaviour parsed;
-  Words words = words_for(parsed.behaviour);
+  Words words = make_words(parsed.behaviour);
   std::istringstream stream{std::string(text)};
   for (std::string token; stream >> token;) {
-    parsed.error = read_word(token, words, program);
+    parsed.error = parse_word(token, words, program);
     if (!parsed.error.empty()) {
       return parsed;
     }
   }
-  parsed.error = find_contradiction(parsed.behaviour);
+  parsed.error = find_conflict(parsed.behaviour);
   return parsed;
 }
 
@@ -188,9 +179,9 @@ ParsedBehaviour load_behaviour(const std::string &folder, Program program) {
     text.append("\n").append(variable);
   }
   ParsedBehaviour parsed = parse_behaviour(text, program);
-  std::string &record = parsed.behaviour.record;
-  if (!record.empty() && record.front() != '/') {
-    record = folder_file(folder, record);
+  std::string &event_log_path = parsed.behaviour.event_log_path;
+  if (!event_log_path.empty() && event_log_path.front() != '/') {
+    event_log_path = folder_file(folder, event_log_path);
   }
   return parsed;
 }

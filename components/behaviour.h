@@ -1,4 +1,4 @@
-/// Named misbehaviours: what a test can ask a stand-in to do wrong. README.md lists the words.
+/// Misbehaviours: what a test can make a stand-in do wrong. README.md lists their words.
 #pragma once
 
 #include "program.h"
@@ -10,34 +10,33 @@
 
 namespace standin {
 
-/// What a stand-in was told to do. Empty: it behaves well.
+/// The misbehaviours of one stand-in. By default it has none.
 struct Behaviour {
-  bool exit_at_once = false;                           ///< end before anything else
-  std::optional<std::chrono::milliseconds> exit_after; ///< end this long after the start
-  std::optional<int> status;                           ///< 0 to 255: what an orderly end returns
-  std::optional<int> signal;                           ///< an orderly end is a death by this signal
-  bool ignore_sigterm = false;                         ///< SIGTERM is recorded, not obeyed
-  std::optional<std::chrono::milliseconds> answer_after; ///< hub: no dashboard port before this
-  std::optional<std::chrono::milliseconds> slow_answer;  ///< hub: every answer takes this long
-  bool never_answer = false;                             ///< hub: accepts, never replies
-  bool answer_404 = false;                               ///< hub: every answer is 404
-  std::string record;                                    ///< file for the events; empty: none
+  bool exit_at_once = false;                             ///< exit before doing anything else
+  std::optional<std::chrono::milliseconds> exit_after;   ///< exit this long after the start
+  std::optional<int> status;                             ///< status of a normal exit, 0 to 255
+  std::optional<int> signal;                             ///< die by this signal at a normal exit
+  bool ignore_sigterm = false;                           ///< log SIGTERM, but do not stop
+  std::optional<std::chrono::milliseconds> answer_after; ///< hub: open the dashboard port later
+  std::optional<std::chrono::milliseconds> slow_answer;  ///< hub: delay every response
+  bool never_answer = false;                             ///< hub: accept, but never respond
+  bool answer_404 = false;                               ///< hub: respond to everything with 404
+  std::string event_log_path;                            ///< file of the event log; empty: none
 };
 
-/// The outcome of reading misbehaviour words: `error` is empty or says which word is wrong, and
-/// then `behaviour` means nothing.
+/// The result of parsing misbehaviour words.
 struct ParsedBehaviour {
-  Behaviour behaviour;
-  std::string error;
+  Behaviour behaviour; ///< valid only if `error` is empty
+  std::string error;   ///< empty, or a message that names the wrong word
 };
 
-/// Reads words separated by white space. An unknown word, a value out of range, a word that
-/// `program` does not have, a repeated word and words that contradict each other are errors.
+/// Parses words separated by white space. Errors are: an unknown word, a value out of range, a word
+/// that `program` does not support, a word given twice, and words that contradict each other.
 ParsedBehaviour parse_behaviour(std::string_view text, Program program);
 
-/// Reads the words in the file "<folder>/<program>.behaviour" and in the program's variable
-/// (TD_STANDIN_HUB and so on), both if both are there. A file that is there but cannot be read is
-/// an error. A relative `record` file is returned as a path in `folder`.
+/// Parses the words in the file "<folder>/<program>.behaviour" and in the program's environment
+/// variable (such as TD_STANDIN_HUB) together. Either may be missing. A file that exists but cannot
+/// be read is an error. A relative event log path is made relative to `folder`.
 ParsedBehaviour load_behaviour(const std::string &folder, Program program);
 
 } // namespace standin

@@ -19,15 +19,15 @@
 namespace standin {
 namespace {
 
-/// A receiver or a sender and what it knows of its hub.
+/// A receiver or a sender, and its connection to the hub.
 struct Client {
   Role role = Role::receiver;
   std::string hub; ///< as given, "host:port"
   sockaddr_storage address{};
   socklen_t address_size = 0;
-  int socket = -1; ///< connected to the hub; -1: not yet, or the network was not there
-  std::optional<Clock::time_point> registered; ///< since when; empty: not registered
-  Clock::time_point acknowledged;              ///< the hub's last word, if registered
+  int socket = -1;                             ///< connected to the hub; -1: not open
+  std::optional<Clock::time_point> registered; ///< start of the registration; empty: none
+  Clock::time_point acknowledged;              ///< time of the last acknowledgement
 };
 
 std::string usage(Role role) {
@@ -44,10 +44,10 @@ std::string help(Role role) {
          "  --help           print this text\n";
 }
 
-/// Fills the hub's address from "host:port". Returns what is wrong with it, or an empty text.
-std::string find_hub(Client &client) {
+/// Resolves "host:port" to the hub's address. Returns an error message, or an empty string.
+std::string resolve_hub(Client &client) {
   const std::size_t colon = client.hub.rfind(':');
-  if (colon == std::string::npos || colon == 0 || !read_port(client.hub.substr(colon + 1))) {
+  if (colon == std::string::npos || colon == 0 || !parse_port(client.hub.substr(colon + 1))) {
     return "not HOST:PORT: " + client.hub;
   }
   addrinfo hints{};
@@ -65,7 +65,8 @@ std::string find_hub(Client &client) {
   return "";
 }
 
-/// A connected socket: only it hears that nobody listens at the hub's port.
+/// Opens a UDP socket. It is connected: only then recv() reports that no hub listens on the port.
+/// Returns -1 on failure.
 int open_socket(const Client &client) {
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
   if (descriptor >= 0 && connect(descriptor, reinterpret_cast<const sockaddr *>(&client.address),
@@ -76,8 +77,8 @@ int open_socket(const Client &client) {
   return descriptor;
 }
 
-/// A datagram that cannot be sent is no matter: the next one follows in a second.
-void announce(Client &client, bool leaving) {
+/// Errors are ignored: the next announcement follows in a second.
+void send_announcement(Client &client, bool leaving) {
   if (client.socket < 0) {
     client.socket = open_socket(client);
   }
@@ -87,8 +88,8 @@ void announce(Client &client, bool leaving) {
   }
 }
 
-/// Takes what came from the hub: its acknowledgement, or the news that nobody is there.
-void take_answers(Client &client, Clock::time_point now) {
+/// Receives one acknowledgement, or the error that no hub listens on the port.
+void receive_acknowledgement(Client &client, Clock::time_point now) {
   std::array<char, 256> datagram{};
   const ssize_t size = recv(client.socket, datagram.data(), datagram.size(), MSG_DONTWAIT);
   if (size < 0) {
@@ -107,49 +108,50 @@ void draw_status(Standin &standin, const Client &client, Clock::time_point now) 
   } else {
     text += "looking for the hub at " + client.hub;
   }
-  draw(standin.status_line, text + "  up " + format_uptime(standin));
+  draw_status_line(standin.status_line, text + "  up " + format_uptime(standin));
 }
 
-/// Registers once a second until the program is told to end.
+/// Announces the client once a second until the program is to stop.
 void keep_registered(Standin &standin, Client &client) {
   Clock::time_point announce_at = Clock::now();
-  Wake wake = Wake::time;
-  while (wake != Wake::end) {
+  WaitResult result = WaitResult::timeout;
+  while (result != WaitResult::stop) {
     const Clock::time_point now = Clock::now();
     if (now >= announce_at) {
-      announce(client, false);
+      send_announcement(client, false);
       announce_at = now + registration_period;
     }
     if (client.registered && now - client.acknowledged >= registration_lifetime) {
       client.registered.reset();
     }
     draw_status(standin, client, now);
-    wake = wait_for(standin, client.socket, announce_at);
-    if (wake == Wake::readable) {
-      take_answers(client, Clock::now());
+    result = wait_for(standin, client.socket, announce_at);
+    if (result == WaitResult::readable) {
+      receive_acknowledgement(client, Clock::now());
     }
   }
-  announce(client, true);
+  send_announcement(client, true);
 }
 
 } // namespace
 
 void run_client(Role role, int argc, char **argv) {
-  Standin standin = begin(role == Role::receiver ? Program::receiver : Program::sender, argc, argv);
-  if (asks_for_help(argc, argv)) {
-    print_and_end(standin, help(role));
+  Standin standin =
+      start_standin(role == Role::receiver ? Program::receiver : Program::sender, argc, argv);
+  if (has_help_option(argc, argv)) {
+    print_and_exit(standin, help(role));
   }
   Client client;
   client.role = role;
-  std::string error = read_options(argc, argv, {{"--hub", &client.hub}});
+  std::string error = parse_options(argc, argv, {{"--hub", &client.hub}});
   if (error.empty()) {
-    error = find_hub(client);
+    error = resolve_hub(client);
   }
   if (!error.empty()) {
     fail(standin, 2, error + "\n" + usage(role));
   }
   keep_registered(standin, client);
-  end(standin);
+  end_standin(standin);
 }
 
 } // namespace standin

@@ -1,11 +1,11 @@
-/// The receiver's and the sender's stand-in: both only register with the hub.
+/// The stand-in for the receiver and the sender. Both only register with the hub.
 #pragma once
 
-#include "registration.h"
+#include "protocol.h"
 
 namespace standin {
 
-/// The whole program of `role`, from main()'s arguments to its end.
+/// Runs the program of `role` with the arguments of main(), and ends the process.
 [[noreturn]] void run_client(Role role, int argc, char **argv);
 
 } // namespace standin

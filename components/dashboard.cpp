@@ -24,9 +24,9 @@ constexpr std::size_t server_threads = 4;
 constexpr const char *json_type = "application/json";
 constexpr const char *html_type = "text/html; charset=utf-8";
 
-/// Takes connections and does nothing with them: they stay open and silent.
+/// Drops every request without a response and leaves its connection open.
 class SilentQueue : public httplib::TaskQueue {
-  // void or bool, depending on the library's version.
+  // The return type is void or bool, depending on the version of the library.
   using Accepted = decltype(std::declval<httplib::TaskQueue &>().enqueue({}));
 
 public:
@@ -34,12 +34,11 @@ public:
   void shutdown() override {}
 };
 
-long long milliseconds(std::chrono::steady_clock::duration time) {
+long long milliseconds(Clock::duration time) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(time).count();
 }
 
-std::string registration_json(const Registration &registration,
-                              std::chrono::steady_clock::time_point now) {
+std::string registration_json(const Registration &registration, Clock::time_point now) {
   const auto since =
       std::chrono::duration_cast<std::chrono::milliseconds>(registration.since.time_since_epoch());
   return R"({"role":)" + json_string(role_name(registration.role)) + R"(,"address":)" +
@@ -50,7 +49,7 @@ std::string registration_json(const Registration &registration,
 }
 
 std::string state_json(const HubState &state) {
-  const auto now = std::chrono::steady_clock::now();
+  const auto now = Clock::now();
   std::string registrations;
   for (const Registration &registration : list_registered(state.registry, now)) {
     registrations += registrations.empty() ? "" : ",";
@@ -63,17 +62,17 @@ std::string state_json(const HubState &state) {
          "]}\n";
 }
 
-/// SO_REUSEADDR lets the hub restart while old connections fade out, and a second live listener
-/// still fails. The library's own default shares the port between hubs.
-void set_exclusive_port(socket_t descriptor) {
+/// With SO_REUSEADDR, a restarted hub can listen while connections of the last one are still in
+/// TIME_WAIT, but two hubs cannot listen at the same time. The library's default would let them.
+void set_reuse_address(socket_t descriptor) {
   const int yes = 1;
   setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
 }
 
-void configure(httplib::Server &server, const Behaviour &behaviour) {
+void configure_server(httplib::Server &server, const Behaviour &behaviour) {
   server.set_address_family(AF_INET);
-  server.set_socket_options(set_exclusive_port);
-  // One answer per connection: the library polls idle ones, which costs CPU and a thread each.
+  server.set_socket_options(set_reuse_address);
+  // No keep-alive: an idle connection would occupy a thread, which polls it.
   server.set_keep_alive_max_count(1);
   server.set_keep_alive_timeout(1);
   server.set_read_timeout(1);
@@ -86,18 +85,19 @@ void configure(httplib::Server &server, const Behaviour &behaviour) {
   });
   const bool silent = behaviour.never_answer;
   server.new_task_queue = [silent]() -> httplib::TaskQueue * {
-    // The library owns what it gets here.
+    // The server takes ownership.
     return silent ? static_cast<httplib::TaskQueue *>(new SilentQueue)
                   : new httplib::ThreadPool(server_threads);
   };
 }
 
-void misbehave(httplib::Server &server, const Behaviour &behaviour) {
+void add_misbehaviours(httplib::Server &server, const Behaviour &behaviour) {
   if (!behaviour.slow_answer && !behaviour.answer_404) {
     return;
   }
-  server.set_pre_routing_handler([delay = behaviour.slow_answer, deny = behaviour.answer_404](
-                                     const httplib::Request & /**/, httplib::Response &response) {
+  server.set_pre_routing_handler([delay = behaviour.slow_answer,
+                                  deny = behaviour.answer_404](const httplib::Request & /*request*/,
+                                                               httplib::Response &response) {
     if (delay) {
       std::this_thread::sleep_for(*delay);
     }
@@ -130,14 +130,14 @@ void add_pages(httplib::Server &server, const HubState &state) {
 int start_dashboard(const HubState &state, const Behaviour &behaviour,
                     std::function<void()> on_failure) {
   auto server = std::make_shared<httplib::Server>();
-  configure(*server, behaviour);
+  configure_server(*server, behaviour);
   errno = 0;
   if (!server->bind_to_port("0.0.0.0", state.http_port)) {
     return errno != 0 ? errno : EADDRINUSE;
   }
-  misbehave(*server, behaviour);
+  add_misbehaviours(*server, behaviour);
   add_pages(*server, state);
-  run_in_sheltered_thread([server, on_failure = std::move(on_failure)] {
+  start_thread_with_signals_blocked([server, on_failure = std::move(on_failure)] {
     server->listen_after_bind();
     on_failure();
   });

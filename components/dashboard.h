@@ -1,29 +1,29 @@
-/// The hub's web server: the dashboard page and the two JSON answers.
+/// The hub's web server: the dashboard page and two JSON resources.
 #pragma once
 
 #include "behaviour.h"
+#include "clock.h"
 #include "registry.h"
 
-#include <chrono>
 #include <functional>
 #include <string_view>
 
 namespace standin {
 
-/// What the dashboard shows. The ports and times are constant; the registry does its own locking.
+/// What the dashboard shows. Only the registry changes once the server runs.
 struct HubState {
   int udp_port = 0;
   int http_port = 0;
-  std::chrono::steady_clock::time_point start;
-  Registry registry;
+  Clock::time_point start;
+  Registry registry; ///< safe to use from any thread
 };
 
-/// The page at "/". Lives as long as the program. Generated from dashboard.html.
+/// The page at "/", a static string. The build generates this function from dashboard.html.
 std::string_view dashboard_page();
 
-/// Listens on the dashboard port of `state` on every interface and serves it in threads of its own
-/// until the process ends. Returns 0, or the errno of a port that cannot be had. `state` must live
-/// as long as the process. `on_failure` is called, from another thread, if serving ends.
+/// Listens on `state.http_port` on every interface and serves the dashboard in background threads
+/// until the process ends. Returns 0, or an errno value if it cannot listen. `state` must live as
+/// long as the process. `on_failure` is called from a background thread if the server stops.
 int start_dashboard(const HubState &state, const Behaviour &behaviour,
                     std::function<void()> on_failure);
 

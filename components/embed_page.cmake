@@ -1,4 +1,4 @@
-# Writes a page into a C++ file: cmake -DPAGE=... -DOUTPUT=... -P embed_page.cmake
+# Writes a page into a C++ source file: cmake -DPAGE=... -DOUTPUT=... -P embed_page.cmake
 file(READ "${PAGE}" text)
 file(WRITE "${OUTPUT}" "#include \"dashboard.h\"
 

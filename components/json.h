@@ -1,4 +1,4 @@
-/// Writing JSON values as text.
+/// Formatting JSON values.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@
 
 namespace standin {
 
-/// A JSON string in its quotes. Every byte outside printable ASCII becomes \u00XX of that byte, so
-/// any bytes come back whole from a reader that encodes the string as Latin-1.
+/// A JSON string with its quotes. Each byte outside printable ASCII becomes \u00XX, where XX is the
+/// byte. A reader gets the bytes back by encoding the parsed string as Latin-1.
 std::string json_string(std::string_view bytes);
 
-/// A JSON array of strings, each as by json_string().
+/// A JSON array of strings, each formatted by json_string().
 std::string json_array(const std::vector<std::string> &strings);
 
 /// A JSON array of numbers.

@@ -1,14 +1,14 @@
-/// What the stand-ins need that each system spells its own way.
+/// What differs between Linux and macOS.
 #pragma once
 
 #include <string>
 
 namespace standin {
 
-/// The folder that lists this process's open descriptors by number.
+/// The folder that has one entry for each open descriptor of this process, named by its number.
 const char *descriptor_folder();
 
-/// What `descriptor` is open on, as the system names it; empty when it is closed or has no name.
+/// The path or name of what `descriptor` is open on. Empty if it is closed or has no name.
 std::string descriptor_target(int descriptor);
 
 } // namespace standin

@@ -1,11 +1,11 @@
 #include "process_facts.h"
 
+#include "clock.h"
 #include "platform.h"
 
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <ctime>
 
 #include <dirent.h>
 #include <unistd.h>
@@ -59,12 +59,6 @@ std::vector<int> list_blocked_signals() {
 }
 
 } // namespace
-
-std::int64_t monotonic_ns() {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  return static_cast<std::int64_t>(now.tv_sec) * 1'000'000'000 + now.tv_nsec;
-}
 
 ProcessFacts gather_process_facts(int argc, char **argv) {
   ProcessFacts facts;

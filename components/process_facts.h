@@ -1,4 +1,4 @@
-/// The state in which a process finds itself: what its starter gave it.
+/// What a process has inherited from the process that started it.
 #pragma once
 
 #include <array>
@@ -11,22 +11,19 @@
 namespace standin {
 
 struct ProcessFacts {
-  std::int64_t time_ns = 0; ///< when the facts were gathered, as by monotonic_ns()
+  std::int64_t time_ns = 0; ///< monotonic_ns() when main() began
   pid_t ppid = 0;
   pid_t pgid = 0;
   pid_t sid = 0;
-  std::vector<std::string> argv; ///< any bytes
+  std::vector<std::string> argv; ///< raw bytes, not always UTF-8
   std::array<bool, 3> is_terminal{};
-  std::vector<std::string> standard_targets; ///< what 0, 1 and 2 are open on; empty: closed
-  std::vector<int> other_descriptors;        ///< open, 3 and above, ascending
+  std::vector<std::string> standard_targets; ///< descriptor_target() of 0, 1 and 2
+  std::vector<int> other_descriptors;        ///< open ones from 3 up, ascending
   std::vector<int> ignored_signals;          ///< ascending
   std::vector<int> blocked_signals;          ///< ascending
 };
 
-/// Gathers the facts and changes nothing. Call it first in main().
+/// Collects the facts and changes nothing. Call it first in main().
 ProcessFacts gather_process_facts(int argc, char **argv);
-
-/// CLOCK_MONOTONIC in nanoseconds.
-std::int64_t monotonic_ns();
 
 } // namespace standin

@@ -1,4 +1,4 @@
-/// The four programs that this folder stands in for.
+/// The four programs of the suite.
 #pragma once
 
 namespace standin {

@@ -6,17 +6,17 @@
 namespace standin {
 namespace {
 
-/// Anyone can send datagrams: the list must not grow without end.
-constexpr std::size_t most_registrations = 64;
+/// Anyone can send datagrams, so the size of the list is limited.
+constexpr std::size_t max_registrations = 64;
 
-bool is_expired(const Registration &registration, std::chrono::steady_clock::time_point now) {
+bool is_expired(const Registration &registration, Clock::time_point now) {
   return now - registration.renewed >= registration_lifetime;
 }
 
 } // namespace
 
-bool announce(Registry &registry, const Announcement &announcement, const std::string &address,
-              std::chrono::steady_clock::time_point now) {
+bool apply_announcement(Registry &registry, const Announcement &announcement,
+                        const std::string &address, Clock::time_point now) {
   const std::lock_guard lock(registry.mutex);
   auto &all = registry.registrations;
   all.erase(std::remove_if(all.begin(), all.end(),
@@ -36,7 +36,7 @@ bool announce(Registry &registry, const Announcement &announcement, const std::s
     known->renewed = now;
     return true;
   }
-  if (all.size() >= most_registrations) {
+  if (all.size() >= max_registrations) {
     return false;
   }
   all.push_back(
@@ -44,8 +44,7 @@ bool announce(Registry &registry, const Announcement &announcement, const std::s
   return true;
 }
 
-std::vector<Registration> list_registered(const Registry &registry,
-                                          std::chrono::steady_clock::time_point now) {
+std::vector<Registration> list_registered(const Registry &registry, Clock::time_point now) {
   const std::lock_guard lock(registry.mutex);
   std::vector<Registration> live;
   std::copy_if(registry.registrations.begin(), registry.registrations.end(),

@@ -1,7 +1,8 @@
-/// The hub's list of who has registered.
+/// The hub's list of registered receivers and senders.
 #pragma once
 
-#include "registration.h"
+#include "clock.h"
+#include "protocol.h"
 
 #include <chrono>
 #include <mutex>
@@ -13,25 +14,24 @@ namespace standin {
 struct Registration {
   Role role = Role::receiver;
   long pid = 0;
-  std::string address; ///< where it registers from, "host:port"
+  std::string address; ///< the client's "host:port"
   std::chrono::system_clock::time_point since;
-  std::chrono::steady_clock::time_point since_steady;
-  std::chrono::steady_clock::time_point renewed;
+  Clock::time_point since_steady; ///< the same moment as `since`
+  Clock::time_point renewed;
 };
 
-/// The registrations, oldest first. Use the functions below, from any thread.
+/// The registrations, oldest first. The functions below lock it, so any thread may call them.
 struct Registry {
   mutable std::mutex mutex;
   std::vector<Registration> registrations;
 };
 
-/// Adds, renews or removes what announced itself from `address`. False when the list is full (64)
-/// and so a newcomer was turned away.
-bool announce(Registry &registry, const Announcement &announcement, const std::string &address,
-              std::chrono::steady_clock::time_point now);
+/// Adds, renews or removes the client that sent `announcement` from `address`. Returns false if it
+/// would have to be added but the list is full (64 entries).
+bool apply_announcement(Registry &registry, const Announcement &announcement,
+                        const std::string &address, Clock::time_point now);
 
-/// The registrations that have not expired at `now`, oldest first.
-std::vector<Registration> list_registered(const Registry &registry,
-                                          std::chrono::steady_clock::time_point now);
+/// A copy of the registrations that have not expired at `now`, oldest first.
+std::vector<Registration> list_registered(const Registry &registry, Clock::time_point now);
 
 } // namespace standin

@@ -15,12 +15,12 @@
 namespace standin {
 namespace {
 
-int stop_pipe_write_end = -1; // set before the handler is, constant from then on
+int stop_pipe_write_end = -1; // set before the handlers are installed, then constant
 
-void note_stop_signal(int signal) {
+void handle_stop_signal(int signal) {
   const int saved_errno = errno;
   const auto byte = static_cast<unsigned char>(signal);
-  // A full pipe holds more signals than anyone needs: losing this one does no harm.
+  // A full pipe already holds thousands of signals, so losing this one does no harm.
   [[maybe_unused]] const ssize_t written = write(stop_pipe_write_end, &byte, 1);
   errno = saved_errno;
 }
@@ -38,8 +38,9 @@ int catch_stop_signals() {
   }
   stop_pipe_write_end = ends[1];
   struct sigaction action {};
-  action.sa_handler = note_stop_signal;
-  // One at a time: else of two that wait together the later one's handler would run first.
+  action.sa_handler = handle_stop_signal;
+  // Both signals are blocked while a handler runs. Otherwise, if both are pending, the second
+  // handler would interrupt the first one before it writes, and their order would be reversed.
   sigemptyset(&action.sa_mask);
   sigaddset(&action.sa_mask, SIGTERM);
   sigaddset(&action.sa_mask, SIGINT);
@@ -48,12 +49,12 @@ int catch_stop_signals() {
   return ends[0];
 }
 
-int next_stop_signal(int pipe_end) {
+int next_stop_signal(int read_end) {
   unsigned char byte = 0;
-  return read(pipe_end, &byte, 1) == 1 ? byte : 0;
+  return read(read_end, &byte, 1) == 1 ? byte : 0;
 }
 
-void run_in_sheltered_thread(std::function<void()> work) {
+void start_thread_with_signals_blocked(std::function<void()> work) {
   sigset_t every;
   sigset_t before;
   sigfillset(&every);

@@ -1,24 +1,24 @@
-/// SIGTERM and SIGINT as bytes in a pipe, so that a loop around poll() can obey them at once.
+/// Signals: a pipe that reports SIGTERM and SIGINT, so that poll() can wait for them.
 #pragma once
 
 #include <functional>
 
 namespace standin {
 
-/// Catches SIGTERM and SIGINT. Returns the pipe's end that becomes readable when one arrives, or -1
-/// with errno set. Of two that arrive together SIGINT comes first. Call it once, from the thread
-/// that polls.
+/// Installs handlers for SIGTERM and SIGINT. Returns the read end of a pipe that becomes readable
+/// when one arrives, or -1 with errno set. The pipe stays open until the process ends. If both
+/// signals are pending at once, SIGINT is reported first. Call it once, from the thread that polls.
 int catch_stop_signals();
 
-/// The number of the next signal caught, or 0 when none is waiting. Never blocks.
-int next_stop_signal(int pipe_end);
+/// Takes the number of the next signal from the pipe. Returns 0 if there is none. Never blocks.
+int next_stop_signal(int read_end);
 
-/// Runs `work` in a new thread that no signal interrupts, nor the threads that it starts. Throws
-/// std::system_error when there can be no such thread.
-void run_in_sheltered_thread(std::function<void()> work);
+/// Runs `work` in a new, detached thread with all signals blocked. Threads that it starts inherit
+/// this. Throws std::system_error if the thread cannot be created.
+void start_thread_with_signals_blocked(std::function<void()> work);
 
-/// Ends the process by `signal` with its default effect and no core file. Returns when that effect
-/// is not an end.
+/// Ends the process by `signal` with its default action, but without a core file. Returns only if
+/// the default action does not end a process.
 void die_by_signal(int signal);
 
 } // namespace standin

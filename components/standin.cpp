@@ -27,15 +27,15 @@ std::string folder_of(const std::string &path) {
   return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
-/// Destructors and other threads are left behind on purpose: a client that is slow to send its
-/// request must not delay the end. What was printed is not lost.
+/// Exits without destructors and without waiting for other threads, because a client that sends its
+/// request slowly must not delay the exit. Printed output is flushed.
 [[noreturn]] void exit_with(const Standin &standin, int status) {
-  record_exit_status(standin.record, status);
+  log_exit_status(standin.event_log, status);
   std::fflush(nullptr);
   std::_Exit(status);
 }
 
-/// The rounding up keeps a wait from ending just before its time and spinning.
+/// Rounds up: a wait that ended just before `until` would be repeated with a timeout of 0.
 int poll_timeout(Clock::time_point until) {
   if (until == Clock::time_point::max()) {
     return -1;
@@ -44,31 +44,31 @@ int poll_timeout(Clock::time_point until) {
   return static_cast<int>(std::clamp<long long>(left, 0, INT_MAX));
 }
 
-/// Whether a stop signal came that is to be obeyed.
-bool told_to_stop(const Standin &standin) {
+/// Takes the signals that have arrived and logs them. True if the program is to stop.
+bool take_stop_request(const Standin &standin) {
   while (const int signal = next_stop_signal(standin.stop_pipe)) {
     if (signal == SIGTERM && standin.behaviour.ignore_sigterm) {
-      record_ignored(standin.record, signal);
+      log_ignored_signal(standin.event_log, signal);
       continue;
     }
-    record_stop(standin.record, signal);
+    log_stop_signal(standin.event_log, signal);
     return true;
   }
   return false;
 }
 
-Clock::time_point own_end(const Standin &standin) {
+Clock::time_point exit_deadline(const Standin &standin) {
   return standin.behaviour.exit_after ? standin.start + *standin.behaviour.exit_after
                                       : Clock::time_point::max();
 }
 
 } // namespace
 
-Standin begin(Program program, int argc, char **argv) {
+Standin start_standin(Program program, int argc, char **argv) {
   const ProcessFacts facts = gather_process_facts(argc, argv);
   Standin standin;
   standin.program = program;
-  standin.record.program = program;
+  standin.event_log.program = program;
   standin.start = Clock::now();
   standin.stop_pipe = catch_stop_signals();
   if (standin.stop_pipe < 0) {
@@ -79,40 +79,42 @@ Standin begin(Program program, int argc, char **argv) {
     fail(standin, unusable_behaviour_status, parsed.error);
   }
   standin.behaviour = parsed.behaviour;
-  const std::optional<Record> record = open_record(program, parsed.behaviour.record);
-  if (!record) {
-    fail(standin, unusable_behaviour_status, parsed.behaviour.record + ": " + std::strerror(errno));
+  const std::optional<EventLog> event_log =
+      open_event_log(program, parsed.behaviour.event_log_path);
+  if (!event_log) {
+    fail(standin, unusable_behaviour_status,
+         parsed.behaviour.event_log_path + ": " + std::strerror(errno));
   }
-  standin.record = *record;
-  record_start(standin.record, facts);
+  standin.event_log = *event_log;
+  log_start(standin.event_log, facts);
   standin.status_line = make_status_line();
   if (standin.behaviour.exit_at_once) {
-    end(standin);
+    end_standin(standin);
   }
   return standin;
 }
 
-Wake wait_for(const Standin &standin, int descriptor, Clock::time_point until) {
+WaitResult wait_for(const Standin &standin, int descriptor, Clock::time_point until) {
   for (;;) {
-    const Clock::time_point first = std::min(until, own_end(standin));
+    const Clock::time_point first = std::min(until, exit_deadline(standin));
     std::array<pollfd, 2> watched{{{standin.stop_pipe, POLLIN, 0}, {descriptor, POLLIN, 0}}};
     const int ready = poll(watched.data(), watched.size(), poll_timeout(first));
-    if (told_to_stop(standin) || Clock::now() >= own_end(standin)) {
-      return Wake::end;
+    if (take_stop_request(standin) || Clock::now() >= exit_deadline(standin)) {
+      return WaitResult::stop;
     }
     if (ready > 0 && watched[1].revents != 0) {
-      return Wake::readable;
+      return WaitResult::readable;
     }
     if (Clock::now() >= until) {
-      return Wake::time;
+      return WaitResult::timeout;
     }
   }
 }
 
-void end(Standin &standin) {
-  leave(standin.status_line);
+void end_standin(Standin &standin) {
+  finish_status_line(standin.status_line);
   if (standin.behaviour.signal) {
-    record_exit_signal(standin.record, *standin.behaviour.signal);
+    log_exit_signal(standin.event_log, *standin.behaviour.signal);
     std::fflush(nullptr);
     die_by_signal(*standin.behaviour.signal);
     fail(standin, unusable_behaviour_status,
@@ -126,7 +128,7 @@ void fail(const Standin &standin, int status, const std::string &message) {
   exit_with(standin, status);
 }
 
-void print_and_end(const Standin &standin, const std::string &text) {
+void print_and_exit(const Standin &standin, const std::string &text) {
   std::fputs(text.c_str(), stdout);
   exit_with(standin, EXIT_SUCCESS);
 }

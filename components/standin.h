@@ -1,52 +1,54 @@
-/// The life that all stand-ins share: a start that is recorded, a wait that obeys signals and
-/// misbehaviours, an end that is recorded.
+/// What all stand-ins share: the start, the main loop's wait, and the end of the process.
 #pragma once
 
 #include "behaviour.h"
+#include "clock.h"
+#include "event_log.h"
 #include "program.h"
-#include "record.h"
 #include "status_line.h"
 
-#include <chrono>
 #include <string>
 
 namespace standin {
 
-using Clock = std::chrono::steady_clock;
-
-/// A stand-in at work. Made by begin(); lives until the process ends.
+/// The state of a running stand-in. start_standin() returns it; keep it until the process ends.
 struct Standin {
   Program program = Program::hub;
   Behaviour behaviour;
-  Record record;
-  int stop_pipe = -1;      ///< readable when a stop signal came
-  Clock::time_point start; ///< when begin() was called
+  EventLog event_log;
+  int stop_pipe = -1;      ///< readable after SIGTERM or SIGINT
+  Clock::time_point start; ///< when start_standin() was called
   StatusLine status_line;
 };
 
-/// Call it first in main(). Ends the process when the misbehaviours cannot be read (status 70) or
-/// say exit-at-once.
-Standin begin(Program program, int argc, char **argv);
+/// Call it first in main(). Catches the stop signals, loads the misbehaviours, opens the event log
+/// and logs the start. Ends the process with status 70 if a misbehaviour is wrong or the event log
+/// cannot be opened, with status 1 if signals cannot be caught, and if the misbehaviour
+/// exit-at-once is set.
+Standin start_standin(Program program, int argc, char **argv);
 
-/// Why wait_for() returned. `end`: a stop signal came (and is recorded) or exit-after is over; the
-/// caller tidies up and calls end().
-enum class Wake { time, readable, end };
+/// Why wait_for() returned.
+enum class WaitResult {
+  timeout,  ///< the time `until` is reached
+  readable, ///< `descriptor` is readable or has an error
+  stop,     ///< a stop signal came and is logged, or exit-after has elapsed
+};
 
-/// Waits until `descriptor` is readable or has an error (-1: no descriptor), `until` is reached
-/// (time_point::max(): never) or the program is to end.
-Wake wait_for(const Standin &standin, int descriptor, Clock::time_point until);
+/// Waits for one of these. No descriptor: -1. No time limit: time_point::max(). After `stop`, clean
+/// up and call end_standin().
+WaitResult wait_for(const Standin &standin, int descriptor, Clock::time_point until);
 
-/// Ends the process the orderly way: status 0, or as the misbehaviours say.
-[[noreturn]] void end(Standin &standin);
+/// A normal exit: status 0, unless a misbehaviour changes it.
+[[noreturn]] void end_standin(Standin &standin);
 
-/// Prints "<program>: <message>" to standard error and ends the process with `status`. From any
+/// Prints "<program>: <message>" to standard error and exits with `status`. Call it from any
 /// thread.
 [[noreturn]] void fail(const Standin &standin, int status, const std::string &message);
 
-/// Prints `text` to standard output and ends the process with status 0.
-[[noreturn]] void print_and_end(const Standin &standin, const std::string &text);
+/// Prints `text` to standard output and exits with status 0.
+[[noreturn]] void print_and_exit(const Standin &standin, const std::string &text);
 
-/// The time since begin(), in whole seconds as format_duration() writes it.
+/// The time since start_standin() in whole seconds, as format_duration() writes it.
 std::string format_uptime(const Standin &standin);
 
 } // namespace standin

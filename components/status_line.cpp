@@ -17,14 +17,14 @@ std::size_t terminal_width() {
   return known ? size.ws_col : 80;
 }
 
-/// A paused terminal (Ctrl-S) must not hold up the program's end.
+/// False while output is paused with Ctrl-S: a write would block and delay the exit.
 bool takes_output() {
   pollfd terminal{STDOUT_FILENO, POLLOUT, 0};
   return poll(&terminal, 1, 0) == 1 && (terminal.revents & POLLOUT) != 0;
 }
 
 void write_terminal(const std::string &text) {
-  // A status line that cannot be shown is nobody's loss.
+  // Errors are ignored: the program works without its status line.
   [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
 }
 
@@ -36,16 +36,16 @@ StatusLine make_status_line() {
   return line;
 }
 
-void draw(StatusLine &line, std::string_view text) {
+void draw_status_line(StatusLine &line, std::string_view text) {
   if (!line.on_terminal || !takes_output()) {
     return;
   }
-  // The last column stays free: a character there would make some terminals wrap.
+  // The last column stays empty, because some terminals wrap after a character there.
   write_terminal("\r\033[K" + std::string(text.substr(0, terminal_width() - 1)));
   line.drawn = true;
 }
 
-void leave(StatusLine &line) {
+void finish_status_line(StatusLine &line) {
   if (line.drawn && takes_output()) {
     write_terminal("\n");
   }

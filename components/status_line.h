@@ -1,4 +1,4 @@
-/// One line on a terminal that is drawn over again.
+/// A status line on the terminal, redrawn in place.
 #pragma once
 
 #include <string>
@@ -6,21 +6,21 @@
 
 namespace standin {
 
-/// A line on standard output. Without a terminal there nothing is ever written.
+/// The state of the line. Nothing is written if standard output is not a terminal.
 struct StatusLine {
   bool on_terminal = false;
   bool drawn = false;
 };
 
-/// The status line of this process.
+/// A status line on standard output, not drawn yet.
 StatusLine make_status_line();
 
-/// Draws `text` (ASCII, no control characters) over what the line showed, cut to the terminal's
-/// width. Skipped when the terminal does not take output now.
-void draw(StatusLine &line, std::string_view text);
+/// Replaces the line's text with `text` (ASCII without control characters), cut to the terminal's
+/// width. Does nothing while the terminal does not accept output.
+void draw_status_line(StatusLine &line, std::string_view text);
 
-/// Leaves the line as it is and moves below it.
-void leave(StatusLine &line);
+/// Ends the line with a newline, so that later output starts on the next one.
+void finish_status_line(StatusLine &line);
 
 /// A duration as "m:ss" or "h:mm:ss".
 std::string format_duration(long long seconds);

@@ -1,4 +1,4 @@
-/// A stand-in for the suite's align tool: it prints what it was given.
+/// A stand-in for the suite's align tool. It prints its arguments.
 #include "standin.h"
 
 #include <cstdio>
@@ -18,9 +18,9 @@ constexpr const char *help = "Usage: td_align [ARGUMENT]...\n"
 
 int main(int argc, char **argv) {
   using namespace standin;
-  Standin standin = begin(Program::align, argc, argv);
+  Standin standin = start_standin(Program::align, argc, argv);
   if (argc == 2 && std::string(argv[1]) == "--help") {
-    print_and_end(standin, help);
+    print_and_exit(standin, help);
   }
   for (int i = 0; i < argc; ++i) {
     std::printf("argv[%d]: %s\n", i, argv[i]);
@@ -29,7 +29,7 @@ int main(int argc, char **argv) {
     fail(standin, EXIT_FAILURE, "cannot print");
   }
   if (standin.behaviour.exit_after) {
-    while (wait_for(standin, -1, Clock::time_point::max()) != Wake::end) {}
+    while (wait_for(standin, -1, Clock::time_point::max()) != WaitResult::stop) {}
   }
-  end(standin);
+  end_standin(standin);
 }

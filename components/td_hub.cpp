@@ -1,4 +1,4 @@
-/// A stand-in for the suite's hub: a list of who is there, on a dashboard.
+/// A stand-in for the suite's hub. It shows the registered clients on a dashboard.
 #include "arguments.h"
 #include "dashboard.h"
 #include "standin.h"
@@ -32,7 +32,8 @@ constexpr const char *description =
     "  --http-port N  dashboard port, 1 to 65535: http://127.0.0.1:N/\n"
     "  --help         print this text\n";
 
-/// A bound control socket, or -1 with errno set. No address sharing: of two hubs one fails.
+/// Opens and binds the control socket. Returns -1 with errno set on failure. Does not set
+/// SO_REUSEADDR, so that two hubs cannot share a port.
 int open_control_port(int port) {
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
   sockaddr_in address{};
@@ -52,10 +53,10 @@ std::string format_address(const sockaddr_in &address) {
   return std::string(host.data()) + ":" + std::to_string(ntohs(address.sin_port));
 }
 
-/// Takes the datagrams that are waiting, but not more than a few, so that a flood of them cannot
-/// keep the hub from obeying a signal.
-void take_announcements(int control, Registry &registry) {
-  for (int taken = 0; taken < 64; ++taken) {
+/// Receives the datagrams that are waiting, but at most 64, so that a flood of datagrams cannot
+/// delay the reaction to a signal.
+void receive_announcements(int control, Registry &registry) {
+  for (int received = 0; received < 64; ++received) {
     std::array<char, 256> datagram{};
     sockaddr_in from{};
     socklen_t from_size = sizeof from;
@@ -64,8 +65,9 @@ void take_announcements(int control, Registry &registry) {
     if (size < 0) {
       return;
     }
-    const auto announcement = read_announcement({datagram.data(), static_cast<std::size_t>(size)});
-    if (announcement && announce(registry, *announcement, format_address(from), Clock::now()) &&
+    const auto announcement = parse_announcement({datagram.data(), static_cast<std::size_t>(size)});
+    if (announcement &&
+        apply_announcement(registry, *announcement, format_address(from), Clock::now()) &&
         !announcement->leaving) {
       sendto(control, acknowledgement.data(), acknowledgement.size(), MSG_DONTWAIT,
              reinterpret_cast<const sockaddr *>(&from), from_size);
@@ -73,7 +75,7 @@ void take_announcements(int control, Registry &registry) {
   }
 }
 
-[[noreturn]] void fail_at_port(const Standin &standin, const char *kind, int port, int error) {
+[[noreturn]] void fail_to_listen(const Standin &standin, const char *kind, int port, int error) {
   fail(standin, EXIT_FAILURE,
        std::string("cannot listen on ") + kind + " port " + std::to_string(port) + ": " +
            std::strerror(error));
@@ -84,8 +86,8 @@ void open_dashboard(Standin &standin, const HubState &state) {
     fail(standin, EXIT_FAILURE, "the dashboard's server has ended");
   });
   if (error != 0) {
-    leave(standin.status_line);
-    fail_at_port(standin, "dashboard", state.http_port, error);
+    finish_status_line(standin.status_line);
+    fail_to_listen(standin, "dashboard", state.http_port, error);
   }
 }
 
@@ -96,26 +98,26 @@ std::string status_text(const Standin &standin, const HubState &state) {
          format_uptime(standin);
 }
 
-/// Serves until the program is told to end.
+/// The main loop. Returns when the program is to stop.
 void serve(Standin &standin, int control, HubState &state) {
   const Clock::time_point never = Clock::time_point::max();
   Clock::time_point dashboard_at =
       standin.start + standin.behaviour.answer_after.value_or(std::chrono::milliseconds(0));
   Clock::time_point draw_at = standin.status_line.on_terminal ? Clock::now() : never;
-  Wake wake = Wake::time;
-  while (wake != Wake::end) {
+  WaitResult result = WaitResult::timeout;
+  while (result != WaitResult::stop) {
     const Clock::time_point now = Clock::now();
     if (now >= dashboard_at) {
       open_dashboard(standin, state);
       dashboard_at = never;
     }
     if (now >= draw_at) {
-      draw(standin.status_line, status_text(standin, state));
+      draw_status_line(standin.status_line, status_text(standin, state));
       draw_at = now + std::chrono::seconds(1);
     }
-    wake = wait_for(standin, control, std::min(dashboard_at, draw_at));
-    if (wake == Wake::readable) {
-      take_announcements(control, state.registry);
+    result = wait_for(standin, control, std::min(dashboard_at, draw_at));
+    if (result == WaitResult::readable) {
+      receive_announcements(control, state.registry);
     }
   }
 }
@@ -123,16 +125,16 @@ void serve(Standin &standin, int control, HubState &state) {
 } // namespace
 
 int main(int argc, char **argv) {
-  Standin standin = begin(Program::hub, argc, argv);
-  if (asks_for_help(argc, argv)) {
-    print_and_end(standin, std::string(usage) + description);
+  Standin standin = start_standin(Program::hub, argc, argv);
+  if (has_help_option(argc, argv)) {
+    print_and_exit(standin, std::string(usage) + description);
   }
   std::string udp_port;
   std::string http_port;
   std::string error =
-      read_options(argc, argv, {{"--udp-port", &udp_port}, {"--http-port", &http_port}});
-  const std::optional<int> udp = read_port(udp_port);
-  const std::optional<int> http = read_port(http_port);
+      parse_options(argc, argv, {{"--udp-port", &udp_port}, {"--http-port", &http_port}});
+  const std::optional<int> udp = parse_port(udp_port);
+  const std::optional<int> http = parse_port(http_port);
   if (error.empty() && (!udp || !http)) {
     error = "not a port: " + (udp ? http_port : udp_port);
   }
@@ -145,8 +147,8 @@ int main(int argc, char **argv) {
   state.start = standin.start;
   const int control = open_control_port(state.udp_port);
   if (control < 0) {
-    fail_at_port(standin, "control", state.udp_port, errno);
+    fail_to_listen(standin, "control", state.udp_port, errno);
   }
   serve(standin, control, state);
-  end(standin);
+  end_standin(standin);
 }

@@ -1,11 +1,13 @@
-#include "registration.h"
+#include "protocol.h"
 
-#include <array>
-#include <charconv>
+#include "number.h"
+
 #include <iterator>
+#include <limits>
+#include <optional>
 #include <sstream>
 #include <string>
-#include <system_error>
+#include <string_view>
 #include <vector>
 
 namespace standin {
@@ -19,7 +21,7 @@ std::string announcement_text(const Announcement &announcement) {
          role_name(announcement.role) + " " + std::to_string(announcement.pid);
 }
 
-std::optional<Announcement> read_announcement(std::string_view datagram) {
+std::optional<Announcement> parse_announcement(std::string_view datagram) {
   std::istringstream stream{std::string(datagram)};
   const std::vector<std::string> words(std::istream_iterator<std::string>(stream), {});
   if (words.size() != 4 || words[0] != "td-standin" ||
@@ -27,14 +29,14 @@ std::optional<Announcement> read_announcement(std::string_view datagram) {
       (words[2] != role_name(Role::receiver) && words[2] != role_name(Role::sender))) {
     return std::nullopt;
   }
-  Announcement announcement;
-  announcement.leaving = words[1] == "leave";
-  announcement.role = words[2] == role_name(Role::sender) ? Role::sender : Role::receiver;
-  const std::string &pid = words[3];
-  const auto [stop, error] = std::from_chars(pid.data(), pid.data() + pid.size(), announcement.pid);
-  if (error != std::errc{} || stop != pid.data() + pid.size() || announcement.pid < 1) {
+  const std::optional<long> pid = parse_number(words[3], 1, std::numeric_limits<long>::max());
+  if (!pid) {
     return std::nullopt;
   }
+  Announcement announcement;
+  announcement.role = words[2] == role_name(Role::sender) ? Role::sender : Role::receiver;
+  announcement.pid = *pid;
+  announcement.leaving = words[1] == "leave";
   return announcement;
 }
 

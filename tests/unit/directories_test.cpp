@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -45,12 +46,24 @@ TEST_F(ConfigDir, OfABundleIsMadeInTheUsersApplicationSupport) {
 }
 
 TEST_F(ConfigDir, IsMadeWithPermissionsThatTheMaskLimits) {
-  const mode_t before = umask(027);
-  td::config_dir_for(bundle, home.c_str());
-  umask(before);
-  struct stat info {};
-  ASSERT_EQ(stat((support + "/Tandrel").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777U, 0750U);
+  const auto mode = [](const std::string &path) {
+    struct stat info {};
+    EXPECT_EQ(stat(path.c_str(), &info), 0);
+    return info.st_mode & 07777U;
+  };
+  const std::pair<mode_t, mode_t> masks_and_modes[] = {
+      {0000, 0755}, {0022, 0755}, {0027, 0750}, {0077, 0700}};
+  for (const auto &[mask, expected] : masks_and_modes) {
+    const mode_t before = umask(mask);
+    td::config_dir_for(bundle, home.c_str());
+    td::config_dir_for(folder.prefix(), home.c_str());
+    umask(before);
+    EXPECT_EQ(mode(support), expected);
+    EXPECT_EQ(mode(support + "/Tandrel"), expected);
+    EXPECT_EQ(mode(folder.prefix() + "config"), expected);
+    fs::remove_all(support);
+    fs::remove(folder.path / "config");
+  }
 }
 
 TEST_F(ConfigDir, OfABundleWithoutAHomeIsBesideTheLauncher) {
@@ -96,6 +109,9 @@ TEST_F(ConfigDir, TheBundleTestIsTheEndOfThePathByteForByte) {
   EXPECT_TRUE(counts("/Contents/MacOS/"));
   EXPECT_TRUE(counts("/no/such/x/Contents/MacOS/"));
   EXPECT_FALSE(counts("/no/such/contents/macos/"));
+  EXPECT_FALSE(counts("/no/such/Contents/MACOS/"));
+  EXPECT_FALSE(counts("/no/such/XContents/MacOS/"));
+  EXPECT_FALSE(counts("/no/such/MacOS/"));
   EXPECT_FALSE(counts("/no/such/Contents/MacOS/x/"));
   EXPECT_FALSE(counts("/no/such/xContents/MacOS/"));
   EXPECT_FALSE(counts("Contents/MacOS/"));

@@ -17,24 +17,24 @@ struct InterfaceList {
   std::deque<sockaddr_in> addresses;
   std::deque<sockaddr_in6> other_addresses;
 
-  InterfaceList &add(const char *address, bool up = true) {
+  InterfaceList &add(const char *address, unsigned flags = IFF_UP) {
     sockaddr_in &ipv4 = addresses.emplace_back();
     ipv4.sin_family = AF_INET;
     EXPECT_EQ(inet_pton(AF_INET, address, &ipv4.sin_addr), 1) << address;
-    return link(reinterpret_cast<sockaddr *>(&ipv4), up);
+    return link(reinterpret_cast<sockaddr *>(&ipv4), flags);
   }
-  InterfaceList &add_ipv6() {
+  InterfaceList &add_ipv6(const char *address) {
     sockaddr_in6 &ipv6 = other_addresses.emplace_back();
     ipv6.sin6_family = AF_INET6;
-    ipv6.sin6_addr = in6addr_loopback;
-    return link(reinterpret_cast<sockaddr *>(&ipv6), true);
+    EXPECT_EQ(inet_pton(AF_INET6, address, &ipv6.sin6_addr), 1) << address;
+    return link(reinterpret_cast<sockaddr *>(&ipv6), IFF_UP);
   }
-  InterfaceList &add_without_address() { return link(nullptr, true); }
+  InterfaceList &add_without_address() { return link(nullptr, IFF_UP); }
 
-  InterfaceList &link(sockaddr *address, bool up) {
+  InterfaceList &link(sockaddr *address, unsigned flags) {
     ifaddrs &entry = entries.emplace_back();
     entry.ifa_addr = address;
-    entry.ifa_flags = up ? unsigned{IFF_UP} : 0U;
+    entry.ifa_flags = flags;
     if (entries.size() > 1) {
       entries[entries.size() - 2].ifa_next = &entry;
     }
@@ -63,10 +63,17 @@ TEST(ChooseLanIpv4, WithoutANetworkIsLoopback) {
 TEST(ChooseLanIpv4, PrefersTheFirstPrivateAddress) {
   EXPECT_EQ(choice_of({"127.0.0.1", "100.64.0.7", "192.168.1.20", "10.0.0.5"}), "192.168.1.20");
   EXPECT_EQ(choice_of({"10.0.0.5", "192.168.1.20"}), "10.0.0.5");
+  EXPECT_EQ(choice_of({"203.0.113.9", "192.168.7.7", "192.168.7.8"}), "192.168.7.7");
+  EXPECT_EQ(InterfaceList().add("192.168.7.7", IFF_UP | IFF_LOOPBACK).add("10.0.0.5").choice(),
+            "192.168.7.7")
+      << "the address decides, not the kind of interface";
 }
 
 TEST(ChooseLanIpv4, ElseTakesTheFirstOther) {
   EXPECT_EQ(choice_of({"169.254.3.4", "203.0.113.9", "198.51.100.1"}), "203.0.113.9");
+  EXPECT_EQ(choice_of({"169.254.3.4", "169.253.3.4"}), "169.253.3.4");
+  EXPECT_EQ(choice_of({"127.1.2.3", "128.0.0.1"}), "128.0.0.1");
+  EXPECT_EQ(choice_of({"100.64.0.7"}), "100.64.0.7");
 }
 
 TEST(ChooseLanIpv4, KnowsTheEdgesOfEachNetwork) {
@@ -88,9 +95,12 @@ TEST(ChooseLanIpv4, KnowsTheEdgesOfEachNetwork) {
 }
 
 TEST(ChooseLanIpv4, SkipsWhatIsDownOrNoIpv4) {
-  EXPECT_EQ(InterfaceList().add("192.168.1.20", false).add("203.0.113.9").choice(), "203.0.113.9");
-  EXPECT_EQ(InterfaceList().add_without_address().add_ipv6().choice(), "127.0.0.1");
-  EXPECT_EQ(InterfaceList().add_ipv6().add_without_address().add("10.1.2.3").choice(), "10.1.2.3");
+  EXPECT_EQ(InterfaceList().add("192.168.1.20", 0).add("203.0.113.9").choice(), "203.0.113.9");
+  EXPECT_EQ(InterfaceList().add("192.168.1.20", 0).choice(), "127.0.0.1");
+  EXPECT_EQ(InterfaceList().add_without_address().add_ipv6("::1").choice(), "127.0.0.1");
+  EXPECT_EQ(InterfaceList().add_ipv6("fd00::1").choice(), "127.0.0.1");
+  EXPECT_EQ(InterfaceList().add_ipv6("fd00::1").add_without_address().add("10.1.2.3").choice(),
+            "10.1.2.3");
 }
 
 } // namespace

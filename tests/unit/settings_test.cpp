@@ -1,3 +1,4 @@
+#include "independent_settings.h"
 #include "settings.h"
 #include "temporary_folder.h"
 
@@ -9,79 +10,140 @@ namespace {
 
 using std::string_literals::operator""s;
 
-/// The three settings of a text, in a form that a failing test shows.
-std::string read_as(std::string_view text, bool open_browser = true) {
-  const Settings settings = parse_settings(text, open_browser);
+/// Settings in a form that a failing test shows: "HTTP UDP open" or "HTTP UDP closed".
+std::string shown(const Settings &settings) {
   return std::to_string(settings.ports.http) + " " + std::to_string(settings.ports.udp) +
          (settings.open_browser ? " open" : " closed");
+}
+
+/// The settings of a text, which the independent reader must agree with.
+std::string read_as(std::string_view text, bool open_browser = true) {
+  const std::string settings = shown(parse_settings(text, open_browser));
+  EXPECT_EQ(shown(read_independently(text, open_browser)), settings) << text;
+  return settings;
 }
 
 std::string with_http_port(const std::string &value) {
   return R"({"http_port": )" + value + R"(, "udp_port": 4000})";
 }
 
+std::string blanks_then(std::size_t count, const std::string &entry) {
+  return std::string(count, ' ') + entry;
+}
+
 TEST(ParseSettings, DefaultsWhereNothingIsSaid) {
   EXPECT_EQ(read_as(""), "4466 4465 open");
   EXPECT_EQ(read_as("{}"), "4466 4465 open");
+  EXPECT_EQ(read_as("{}\n"), "4466 4465 open");
   EXPECT_EQ(read_as("{}", false), "4466 4465 closed");
+}
+
+TEST(ParseSettings, TakesWholeFiles) {
+  EXPECT_EQ(read_as(format_settings({})), "4466 4465 open");
+  EXPECT_EQ(read_as(format_settings({{5000, 5001}, false})), "5000 5001 closed");
+  EXPECT_EQ(read_as(R"({"udp_port":5001,"open_browser":false,"http_port":5000})"),
+            "5000 5001 closed");
+  EXPECT_EQ(read_as(R"(no JSON "http_port" at : 5000 all)"), "5000 4465 open");
+  EXPECT_EQ(read_as("\xff\xfe\x80\"http_port\":5000\xff"), "5000 4465 open");
 }
 
 TEST(ParseSettings, TakesPortsFrom1To65535) {
   EXPECT_EQ(read_as(with_http_port("1")), "1 4000 open");
   EXPECT_EQ(read_as(with_http_port("65535")), "65535 4000 open");
-  for (const char *value : {"0", "-1", "65536", "2147483647", "-2147483648", "x"}) {
+  for (const char *value : {"0", "-1", "65536", "70000", "2147483647", "-2147483648", "x"}) {
     EXPECT_EQ(read_as(with_http_port(value)), "4466 4000 open") << value;
   }
 }
 
 TEST(ParseSettings, ReadsNumbersAsTheCLibraryDoes) {
-  EXPECT_EQ(read_as(with_http_port("\"5000\"")), "4466 4000 open");
-  EXPECT_EQ(read_as(with_http_port("5000abc")), "5000 4000 open");
-  EXPECT_EQ(read_as(with_http_port("+5000")), "5000 4000 open");
-  EXPECT_EQ(read_as(with_http_port("\n\v\f\r\t 5000")), "5000 4000 open");
-  EXPECT_EQ(read_as(with_http_port("- 5000")), "4466 4000 open");
-  EXPECT_EQ(read_as(with_http_port("0005000")), "5000 4000 open");
+  for (const char *value : {"5000abc", "5000.9", "+5000", "\n\v\f\r\t 5000", "0005000",
+                            "4294972296"}) { // 2^32 + 5000: the conversion keeps 32 bits
+    EXPECT_EQ(read_as(with_http_port(value)), "5000 4000 open") << value;
+  }
+  const std::string huge = "1" + std::string(40, '0');
+  for (const std::string &value :
+       {"\"5000\""s, "0x1388"s, "+-5000"s, "- 5000"s, "null"s, "\u00a05000"s, huge, "-" + huge}) {
+    EXPECT_EQ(read_as(with_http_port(value)), "4466 4000 open") << value;
+  }
+}
+
+TEST(ParseSettings, KeyWithoutAValueGivesTheDefault) {
+  for (const char *text : {R"("http_port")", R"({"http_port"})", R"({"http_port")",
+                           R"({"http_port":)", R"({"http_port": })", R"({"http_port":: 5000})"}) {
+    EXPECT_EQ(read_as(text), "4466 4465 open") << text;
+  }
 }
 
 TEST(ParseSettings, TheNextColonCountsWhereverItIs) {
   EXPECT_EQ(read_as("{\"http_port\" 5000,\n\"udp_port\": 4000}"), "4000 4000 open");
+  EXPECT_EQ(read_as(R"({"http_port" "udp_port": 4000})"), "4000 4000 open");
+  EXPECT_EQ(read_as("{\"http_port\"\n\n, \"x\", \"udp_port\" : 4000}"), "4000 4000 open");
   EXPECT_EQ(read_as(R"("udp_port": 4000 "http_port" 5000)"), "4466 4000 open");
-  EXPECT_EQ(read_as(R"("http_port")"), "4466 4465 open");
+  EXPECT_EQ(read_as(R"({"open_browser", "udp_port": false})"), "4466 4465 closed");
 }
 
 TEST(ParseSettings, FindsTheFirstOfEachKeyAnywhere) {
   EXPECT_EQ(read_as(R"("udp_port":1,"http_port":2,"udp_port":3,"http_port":4)"), "2 1 open");
+  EXPECT_EQ(read_as(R"({"http_port": 0, "http_port": 5001})"), "4466 4465 open");
+  EXPECT_EQ(read_as(R"({"open_browser": true, "open_browser": false})"), "4466 4465 open");
   EXPECT_EQ(read_as(R"("note": "say \"udp_port\" here", x: 7)"), "4466 4465 open");
   EXPECT_EQ(read_as(R"("note": "say "udp_port" here", "x": 7)"), "4466 7 open");
-  EXPECT_EQ(read_as(R"(http_port: 5000, "HTTP_PORT": 6000)"), "4466 4465 open");
+  EXPECT_EQ(read_as(R"({"note": "the "http_port" was: 5000"})"), "5000 4465 open");
+  for (const char *text : {R"({"xhttp_port": 5000})", R"({"HTTP_PORT": 6000})",
+                           R"({http_port: 5000})", R"({'http_port': 5000})"}) {
+    EXPECT_EQ(read_as(text), "4466 4465 open") << text;
+  }
 }
 
 TEST(ParseSettings, PreferenceIsOffOnlyForTheWordFalse) {
-  const auto preference = [](const std::string &value, bool otherwise = true) {
-    return parse_settings("{\"open_browser\"" + value + "}", otherwise).open_browser;
+  const auto preference = [](const std::string &value, bool otherwise) {
+    return read_as("{\"open_browser\"" + value + "}", otherwise);
   };
-  for (const char *off : {":false", ": false", ":\t \tfalse", ":: :false", ":falsehood"}) {
-    EXPECT_FALSE(preference(off)) << off;
+  for (const char *off : {":false", ": false", ":\t \tfalse", ":: :false", " \t:: \t:\tfalse",
+                          "\n:false", ":falsehood"}) {
+    EXPECT_EQ(preference(off, true), "4466 4465 closed") << off;
   }
-  for (const char *on : {":true", ":False", ":0", ":null", ":\"false\"", ":\nfalse", ":\rfalse",
-                         ":fals", ":", ": f"}) {
-    EXPECT_TRUE(preference(on, false)) << on;
+  for (const char *on : {":true", ":False", ": FALSE", ":0", ":null", ":\"false\"", ":\nfalse",
+                         ":\rfalse", ":fals", ":", ": f"}) {
+    EXPECT_EQ(preference(on, false), "4466 4465 open") << on;
   }
-  EXPECT_FALSE(preference(" false", false)) << "no colon keeps the value";
-  EXPECT_TRUE(preference(" false", true)) << "no colon keeps the value";
+  EXPECT_EQ(preference(" false", false), "4466 4465 closed") << "no colon keeps the value";
+  EXPECT_EQ(preference(" false", true), "4466 4465 open") << "no colon keeps the value";
 }
 
-TEST(ParseSettings, LooksAtTheFirst511BytesOnly) {
-  const std::string entry = R"("http_port":5000)";
-  EXPECT_EQ(read_as(std::string(511 - entry.size(), ' ') + entry), "5000 4465 open");
-  EXPECT_EQ(read_as(std::string(512 - entry.size(), ' ') + entry), "500 4465 open");
-  EXPECT_EQ(read_as(std::string(511, ' ') + entry), "4466 4465 open");
+TEST(ParseSettings, ReadsTheFirst511BytesOnly) {
+  const std::string port = R"("http_port": 5000)";
+  EXPECT_EQ(read_as(blanks_then(511 - port.size(), port)), "5000 4465 open");
+  EXPECT_EQ(read_as(blanks_then(512 - port.size(), port)), "500 4465 open");
+  EXPECT_EQ(read_as(blanks_then(511 - 13, port)), "4466 4465 open") << "cut after the colon";
+  EXPECT_EQ(read_as(blanks_then(511 - 10, port)), "4466 4465 open") << "cut in the key";
+  EXPECT_EQ(read_as(blanks_then(511, port)), "4466 4465 open");
+  const std::string preference = R"("open_browser":false)";
+  EXPECT_EQ(read_as(blanks_then(511 - preference.size(), preference)), "4466 4465 closed");
+  EXPECT_EQ(read_as(blanks_then(512 - preference.size(), preference)), "4466 4465 open");
+  EXPECT_EQ(read_as(port + blanks_then(100'000, R"("udp_port": 5001)")), "5000 4465 open");
 }
 
 TEST(ParseSettings, EndsAtTheFirstNul) {
-  EXPECT_EQ(read_as("\0\"http_port\":5000"s), "4466 4465 open");
-  EXPECT_EQ(read_as("\"http_port\":50\00000"s), "50 4465 open");
+  EXPECT_EQ(read_as("\0\"http_port\":5000, \"open_browser\": false"s), "4466 4465 open");
+  EXPECT_EQ(read_as("\"http_port\": 50\00000, \"udp_port\": 5001"s), "50 4465 open");
+  EXPECT_EQ(read_as("\"http_port\"\0: 5000"s), "4466 4465 open");
+  EXPECT_EQ(read_as("\"open_browser\": \0false"s), "4466 4465 open");
   EXPECT_EQ(read_as("\"open_browser\":fal\0se"s), "4466 4465 open");
+}
+
+TEST(ParseSettings, ReadsRandomTextsAsTheIndependentReaderDoes) {
+  RandomSettingsTexts texts;
+  int with_port = 0;
+  int with_preference = 0;
+  for (int i = 0; i < 20'000 && !HasFailure(); ++i) {
+    const std::string settings = read_as(texts.next());
+    with_port += settings.find("4466 4465 ") == 0 ? 0 : 1;
+    with_preference += settings.find("closed") == std::string::npos ? 0 : 1;
+  }
+  // The texts say something: they are not all read as the defaults.
+  EXPECT_GT(with_port, 1000);
+  EXPECT_GT(with_preference, 200);
 }
 
 TEST(FormatSettings, WritesTheCanonicalText) {

@@ -1,4 +1,8 @@
-"""The address that the dashboard is announced under, on machines with all kinds of interfaces."""
+"""The dashboard's address on machines with different network interfaces.
+
+Which address is chosen is the unit test's matter (tests/unit/lan_address_test.cpp); here the
+interfaces are the kernel's.
+"""
 
 import os
 import shutil
@@ -58,26 +62,13 @@ def new_network():
     [
         ([], "127.0.0.1"),
         (["en5 up 100.64.0.7/10", "en0 up 192.168.1.20/24", "en1 up 10.0.0.5/8"], "192.168.1.20"),
-        (["en1 up 10.0.0.5/8", "en0 up 192.168.1.20/24"], "10.0.0.5"),
-        (["en1 up 203.0.113.9/24", "en0 up 198.51.100.7/24"], "203.0.113.9"),
-        (["en0 up 100.64.0.7/10"], "100.64.0.7"),
-        (["en0 up 169.254.3.4/16"], "127.0.0.1"),
-        (["en0 up 169.254.3.4/16", "en1 up 169.253.3.4/16"], "169.253.3.4"),
-        (["en0 up 169.255.0.1/16"], "169.255.0.1"),
         (["en0 down 192.168.1.20/24", "en1 up 203.0.113.9/24"], "203.0.113.9"),
-        (["en0 down 192.168.1.20/24"], "127.0.0.1"),
-        (["en0 up 172.32.0.1/16", "en1 up 172.31.255.1/16"], "172.31.255.1"),
-        (["en0 up 172.15.255.1/16", "en1 up 172.16.0.1/16"], "172.16.0.1"),
-        (["en0 up 11.0.0.1/8", "en1 up 9.255.0.1/8", "en2 up 10.255.255.254/8"], "10.255.255.254"),
-        (["en0 up 192.169.0.1/24", "en2 up 192.168.0.1/24"], "192.168.0.1"),
-        (["en0 up 192.167.0.1/24", "en2 up 192.168.255.1/24"], "192.168.255.1"),
         (["en0 up 203.0.113.9/24 192.168.7.7/24 192.168.7.8/24"], "192.168.7.7"),
         (["lo up 192.168.7.7/32", "en0 up 10.0.0.5/8"], "192.168.7.7"),
-        (["en0 up 127.1.2.3/32 128.0.0.1/32"], "128.0.0.1"),
         (["en0 up fd00::1/64"], "127.0.0.1"),
     ],
 )
-def test_the_address_that_others_reach_this_machine_by(suite, new_network, interfaces, address):
+def test_the_dashboards_address_is_chosen_from_the_interfaces(suite, new_network, interfaces, address):
     environment = {**suite.environment, "PATH": f"{suite.bin}:{SYSTEM_PATH}"}
     launcher = [str(suite.launcher), *suite.ports_options, "--no-receiver", "--no-sender"]
     run = suite.start(

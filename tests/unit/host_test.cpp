@@ -1,11 +1,17 @@
 #include "host.h"
+#include "special_messages.h"
 #include "tools.h"
 
+#include <array>
 #include <csignal>
 
 #include <gmock/gmock.h>
 
 namespace {
+
+constexpr std::array messages_with_a_single_quote = {
+    "a';touch pwned;'b", "'", "it's", "'$(touch pwned)'", "'\\''; touch pwned; '",
+};
 
 struct Alert : Tools {
   static std::string dialog(const std::string &message) {
@@ -48,10 +54,31 @@ TEST_F(Alert, GoesToOsascriptWithItsScriptEscaped) {
                                "\"a \\\"b\\\" \\\\c\n$d `e` é\" as critical|");
 }
 
-TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
+TEST_F(Alert, GetsSpecialCharactersUnchanged) {
   add("osascript");
-  EXPECT_EQ(dialog("a';touch pwned;'b"), "a';touch pwned;'b\n");
-  EXPECT_EQ(said("osascript"), "");
+  add("touch");
+  for (const std::string message : special_messages) {
+    std::string escaped;
+    for (const char c : message) {
+      escaped += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
+    }
+    EXPECT_EQ(dialog(message), message + "\n");
+    EXPECT_EQ(said("osascript"),
+              "-e|display alert \"Tandrel\" message \"" + escaped + "\" as critical|");
+  }
+  EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+}
+
+TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
+  for (const char *tool : {"xmessage", "kdialog", "zenity", "osascript"}) {
+    add(tool);
+    add("touch");
+    for (const std::string message : messages_with_a_single_quote) {
+      EXPECT_EQ(dialog(message), message + "\n");
+    }
+    EXPECT_EQ(said(tool), "");
+    EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+  }
 }
 
 TEST_F(Alert, WithoutAToolIsShownInTheTerminalOnly) {

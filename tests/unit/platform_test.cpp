@@ -1,4 +1,5 @@
 #include "platform.h"
+#include "special_messages.h"
 #include "temporary_folder.h"
 
 #include <cerrno>
@@ -57,17 +58,22 @@ TEST_F(PathTools, BrowserOpensWithOpenElseWithXdgOpen) {
 }
 
 TEST_F(PathTools, AlertTakesTheFirstToolFoundAndHandsItTheWholeMessage) {
-  const std::string message = "two\nlines \"q\" \\n $x `y` <b> %s \x80é";
-  const std::string command = platform::alert_command(message);
-  EXPECT_EQ(said_by(command), "");
-  add("xmessage");
-  EXPECT_EQ(said_by(command), "xmessage|-title|Tandrel|-center|" + message + "|");
-  add("kdialog");
-  EXPECT_EQ(said_by(command), "kdialog|--title|Tandrel|--error|" + message + "|");
-  add("zenity");
-  EXPECT_EQ(said_by(command), "zenity|--error|--title|Tandrel|--no-markup|--text|" + message + "|");
+  // Adds a tool that is to be chosen before those added so far.
+  const auto expect_alerts_by = [this](const std::string &tool, const std::string &options) {
+    add(tool);
+    for (const std::string message : special_messages) {
+      std::string said = tool;
+      said += "|" + options + message + "|";
+      EXPECT_EQ(said_by(platform::alert_command(message)), said);
+    }
+  };
+  EXPECT_EQ(said_by(platform::alert_command("text")), "");
+  expect_alerts_by("xmessage", "-title|Tandrel|-center|");
+  expect_alerts_by("kdialog", "--title|Tandrel|--error|");
+  expect_alerts_by("zenity", "--error|--title|Tandrel|--no-markup|--text|");
   add("osascript");
-  EXPECT_THAT(said_by(command), testing::StartsWith("osascript|-e|display alert"));
+  EXPECT_THAT(said_by(platform::alert_command("text")),
+              testing::StartsWith("osascript|-e|display alert"));
 }
 
 TEST(Platform, WithoutAModuleThereIsNoInterface) {

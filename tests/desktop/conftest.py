@@ -1,13 +1,14 @@
-"""Fixtures of the tests on a desktop: a launcher with its menu-bar interface on a private screen."""
+"""Fixtures of the desktop tests: a launcher with its menu-bar interface on a private screen."""
 
 import sys
 from pathlib import Path
 
 import pytest
 
-# What the tests without a desktop use serves here as well.
+# The desktop tests share the support modules of the system tests.
 sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 
+from components import COMPONENTS  # noqa: E402
 from desktop import Desktop  # noqa: E402
 
 
@@ -26,7 +27,7 @@ def desktop(request):
 @pytest.fixture
 def running(desktop):
     """A launcher whose components record what happens to them, its icon shown."""
-    desktop.suite.record("hub", "receiver", "sender")
+    desktop.suite.record(*COMPONENTS)
     desktop.start()
     yield desktop
     if desktop.run.process.poll() is None:

@@ -1,22 +1,21 @@
-"""A launcher started without a terminal on a private screen, and all that it takes."""
+"""A launcher started without a terminal on a private screen."""
 
 import json
 import re
 import shutil
-import signal
 import subprocess
 import tempfile
 from pathlib import Path
 
+import inherited_signals
 import psutil
 import suite as suite_module
+from components import COMPONENTS
 from deadline import DEADLINE
-from menu_bar import COMPONENTS, MenuBar
+from menu_bar import MenuBar
 from screen import Screen
 
-for number in signal.valid_signals():  # an ignored signal would be ignored by what is started, too
-    if signal.getsignal(number) == signal.SIG_IGN:
-        signal.signal(number, lambda *_: None)
+inherited_signals.handle_ignored()
 
 
 class Desktop:
@@ -29,10 +28,10 @@ class Desktop:
         # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
-        place = self._folder / "suite"
-        place.mkdir()
-        self.suite = suite_module.Suite(place, self._ports, self._folder)
-        shutil.copy2(suite_module.BUILD / "tdgui.so", place / "tdgui.so")
+        folder = self._folder / "suite"
+        folder.mkdir()
+        self.suite = suite_module.Suite(folder, self._ports, self._folder)
+        shutil.copy2(suite_module.BUILD / "tdgui.so", folder / "tdgui.so")
         temporary = self._folder / "tmp"
         temporary.mkdir()
         # The pasteboard server is found by a name in the folder for temporary files.
@@ -74,15 +73,15 @@ class Desktop:
             return {}
 
     def dashboard_address(self):
-        """The address that the launcher said its dashboard has."""
+        """The dashboard's address as the launcher has printed it."""
         line = next(row for row in self.run.output.splitlines() if b"Dashboard  :" in row)
         return re.search(rb"http://[0-9.:]+/", line).group().decode()
 
     def clipboard(self):
         """The text on the clipboard; None when there is none.
 
-        Asked while it takes the clipboard over, GNUstep's pasteboard server may leave a question
-        unanswered until the next one.
+        While GNUstep's pasteboard server takes over the clipboard, it may leave one request
+        unanswered.
         """
         try:
             return self.screen.run("xclip", "-o", "-selection", "clipboard", timeout=3).decode()
@@ -102,7 +101,7 @@ class Desktop:
         return found
 
     def close(self):
-        """Ends everything; returns what was still there afterwards, which is killed."""
+        """Ends everything; returns the processes that had to be killed."""
         left = self.suite.close()
         if self.screen:
             self.screen.close()

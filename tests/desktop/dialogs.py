@@ -1,10 +1,10 @@
-"""The launcher's dialogs, as a user reads and answers them."""
+"""The launcher's dialogs, read from pixels and answered by mouse and keyboard."""
 
 from deadline import wait_until
 from menu_bar import bounds
 
 FIELD_HEIGHT = 15  # of a text field's white inside, at least
-LONGEST_PORT = 5  # digits
+PORT_DIGITS = 5  # at most
 
 
 class Dialog:
@@ -58,7 +58,7 @@ class PortsDialog(Dialog):
         """Replaces a field's text: 0 is the dashboard port's, 1 the control port's."""
         place = self._fields[field]
         self.screen.click(place.x + place.width - 4, place.y + place.height // 2)
-        self.screen.press(*["BackSpace"] * LONGEST_PORT)
+        self.screen.press(*["BackSpace"] * PORT_DIGITS)
         wait_until(lambda: not self._ink(field), "an empty field")
         self.screen.type(str(text))
         wait_until(lambda: self._ink(field), "the typed text")

@@ -1,5 +1,6 @@
-"""The launcher's icon and its menu, as a user sees and works them."""
+"""The launcher's icon and its menu, read from pixels and operated by mouse."""
 
+from components import COMPONENTS
 from deadline import wait_until
 from screen import Rect
 
@@ -13,7 +14,6 @@ TEXT_LEFT = 20  # beyond the check marks
 TEXT, LINE = 23, 9  # the heights of an item's row and of a separator
 TOP = 4  # above the first row
 DOT_COLUMN, MARK_COLUMN = (24, 16), (6, 14)  # left edge and width
-COMPONENTS = ("hub", "receiver", "sender")
 ROWS = (
     ["header", "address", None, "open", "copy", None, *COMPONENTS, None, "all", None, None]
     + ["settings", "at launch", None, None, "quit"]

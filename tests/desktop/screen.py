@@ -1,4 +1,4 @@
-"""A private screen: an X server without hardware and a window manager, seen and driven from outside."""
+"""A private screen: an X server without hardware, and a window manager."""
 
 import os
 import subprocess
@@ -179,7 +179,7 @@ class Screen:
 
 
 def _or_none(ask):
-    """The answer, or None when the window that was asked about has gone meanwhile."""
+    """The result of `ask`, or None when its window no longer exists."""
     try:
         return ask()
     except (error.BadWindow, error.BadDrawable, error.BadMatch):

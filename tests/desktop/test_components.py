@@ -1,13 +1,15 @@
-"""What the menu does to the components, by their own records."""
+"""The menu's commands, checked by what the components record."""
 
 from signal import SIGKILL
 
+from components import COMPONENTS, STOP_ORDER
+from console import RESTARTING
 from deadline import wait_until
-from menu_bar import COMPONENTS
 
 
-def started(running, times):
-    """Waits until every component has been started so often; the last starts, by process id."""
+def wait_for_starts(running, times):
+    """Waits until every component has started `times` times; the last starts, by process id."""
+
     def all_there():
         starts = [row for row in running.suite.events("start")]
         return starts if len(starts) == times * len(COMPONENTS) else None
@@ -38,14 +40,14 @@ def test_restart_of_a_component(running):
     assert running.menu_bar.states()["header"] == "green"
 
 
-def test_a_killed_component_is_restarted_also_after_copy(running):
+def test_after_copy_a_killed_component_is_still_restarted(running):
     running.menu_bar.choose("copy")
     wait_until(
         lambda: running.clipboard() == running.dashboard_address(), "the address on the clipboard"
     )
     before = running.suite.kill("receiver", SIGKILL)
     running.suite.wait_for_restart("receiver", before)
-    assert b"Tandrel: restarting the receiver...\n" in running.run.errors
+    assert RESTARTING.format("receiver").encode() in running.run.errors
 
 
 def test_open_dashboard_hands_the_address_to_the_browser(running):
@@ -56,19 +58,19 @@ def test_open_dashboard_hands_the_address_to_the_browser(running):
 
 
 def test_all_components_are_stopped_started_and_restarted_in_order(running):
-    upwards, downwards = list(COMPONENTS), list(reversed(COMPONENTS))
+    start_order = [f"td_{name}" for name in COMPONENTS]
     running.menu_bar.choose("all", "stop")
-    wait_until(lambda: not any(map(running.suite.processes, COMPONENTS)), "the end of every component")
-    assert programs(running, "stop") == [f"td_{name}" for name in downwards]
+    wait_until(lambda: not any(map(running.suite.processes, COMPONENTS)), "the end of them all")
+    assert programs(running, "stop") == STOP_ORDER
     assert set(running.menu_bar.states().values()) == {"orange", "red"}
 
     running.menu_bar.choose("all", "start")
-    second = started(running, 2)
-    assert [program for _, program in second] == [f"td_{name}" for name in upwards]
+    second = wait_for_starts(running, 2)
+    assert [program for _, program in second] == start_order
     assert set(running.menu_bar.states().values()) == {"green"}
 
     running.menu_bar.choose("all", "restart")
-    started(running, 3)
-    assert programs(running, "stop") == 2 * [f"td_{name}" for name in downwards]
+    wait_for_starts(running, 3)
+    assert programs(running, "stop") == 2 * STOP_ORDER
     assert set(running.menu_bar.states().values()) == {"green"}
     assert b"Tandrel: restarting" not in running.run.errors

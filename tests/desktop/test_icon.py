@@ -1,13 +1,13 @@
 """The icon's pixels."""
 
+from menu_bar import TEAL
 from screen import Rect
 
-TEAL = (77, 201, 191)
 BACKDROP = (33, 33, 33)
 SIZE = (18, 16)
 BARS = ((0, 5.5, 5), (4, 3, 10), (8, 1, 14), (12, 3, 10), (16, 5.5, 5))  # x, bottom, height
 WIDTH, RADIUS = 2, 1
-FINE = 8  # samples a pixel, each way
+FINE = 8  # samples per pixel in each direction
 
 
 def inside(x, y):

@@ -1,6 +1,8 @@
 """The icon, the states in the menu, and Quit."""
 
 import pytest
+from components import STOP_ORDER
+from console import LEFT_STOPPED, STOPPED
 
 ALL_UP = {"header": "green", "hub": "green", "receiver": "green", "sender": "green"}
 
@@ -19,10 +21,10 @@ def test_the_menu_shows_which_component_has_stopped(running):
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "receiver": "red"}
 
 
-def test_a_component_that_has_been_given_up_shows_as_stopped(desktop):
-    desktop.suite.behave("sender", "exit-at-once")
+def test_a_component_that_keeps_exiting_shows_as_stopped(desktop):
+    desktop.suite.set_behaviour("sender", "exit-at-once")
     desktop.start()
-    desktop.run.wait_for("Tandrel: the sender keeps exiting; leaving it stopped.", "errors")
+    desktop.run.wait_for(LEFT_STOPPED.format("sender"), "errors")
     assert desktop.menu_bar.states() == {**ALL_UP, "header": "orange", "sender": "red"}
     assert desktop.quit() == 0
 
@@ -30,9 +32,9 @@ def test_a_component_that_has_been_given_up_shows_as_stopped(desktop):
 def test_quit_stops_everything_in_order(running):
     assert running.quit() == 0
     stops = [event["program"] for event in running.suite.events("stop")]
-    assert stops == ["td_sender", "td_receiver", "td_hub"]
+    assert stops == STOP_ORDER
     assert running.run.output.count(b"Tandrel: stopping...") == 1
-    assert running.run.output.endswith(b"\nTandrel: stopping...\nTandrel: stopped.\n")
+    assert running.run.output.endswith(STOPPED)
     assert not running.suite.processes()
 
 
@@ -54,7 +56,7 @@ def test_a_key_equivalent_chooses_its_item(running):
     assert not running.suite.processes()
 
 
-def test_the_menu_is_worked_by_keyboard(running):
+def test_the_menu_is_operated_by_keyboard(running):
     menu = running.menu_bar.open()
     running.screen.press("Down", "Down", "Down", "Right")  # open, copy, hub and into its submenu
     running.screen.press("Down", "Return")

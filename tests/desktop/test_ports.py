@@ -2,6 +2,7 @@
 
 import socket
 
+from components import client_arguments, hub_arguments
 from deadline import wait_until
 from dialogs import Dialog, PortsDialog
 
@@ -16,8 +17,8 @@ def saved_ports(running):
     return saved.get("http_port"), saved.get("udp_port")
 
 
-def answer_refusal(running, message):
-    """Answers the warning that the change was refused, which shows the message."""
+def check_and_close_warning(running, message):
+    """Checks that a warning shows the message, and closes it."""
     warning = Dialog(running.menu_bar, "Could not change the ports")
     assert message in warning.text
     warning.answer("Return")
@@ -28,16 +29,15 @@ def test_other_ports_are_applied_and_saved(running):
     http, udp = running.suite.ports.free(), running.suite.ports.free()
     PortsDialog(running.menu_bar).apply(http, udp)
     wait_until(lambda: saved_ports(running) == (http, udp), "the settings file")
-    client = ["--hub", f"127.0.0.1:{udp}"]
-    started = {
-        "td_hub": ["--udp-port", str(udp), "--http-port", str(http)],
-        "td_receiver": client,
-        "td_sender": client,
+    expected = {
+        "td_hub": hub_arguments(http, udp),
+        "td_receiver": client_arguments(udp),
+        "td_sender": client_arguments(udp),
     }
-    wait_until(lambda: last_arguments(running) == started, "the components on the new ports")
+    wait_until(lambda: last_arguments(running) == expected, "the components on the new ports")
     assert set(running.menu_bar.states().values()) == {"green"}
 
-    # The address stays that of the start.
+    # The address in the menu stays that of the start.
     running.menu_bar.choose("copy")
     wait_until(lambda: running.clipboard() == address, "the address on the clipboard")
     menu = running.menu_bar.open()
@@ -49,11 +49,11 @@ def test_other_ports_are_applied_and_saved(running):
     again.answer("Escape")
 
 
-def test_a_taken_port_is_told_in_a_warning(running):
+def test_a_taken_port_is_shown_in_a_warning(running):
     with socket.create_server(("", 0)) as taken:
         port = taken.getsockname()[1]
         PortsDialog(running.menu_bar).apply(port, running.suite.udp)
-        answer_refusal(
+        check_and_close_warning(
             running,
             f"The hub would not start on port {port}. That port may be in use. Pick another.",
         )
@@ -65,7 +65,7 @@ def test_a_taken_port_is_told_in_a_warning(running):
 def test_a_refused_port_changes_nothing(running):
     before = running.pids()
     PortsDialog(running.menu_bar).apply(80, running.suite.udp)
-    answer_refusal(
+    check_and_close_warning(
         running, "Ports below 1024 need administrator privileges; pick higher ones."
     )
     assert running.pids() == before

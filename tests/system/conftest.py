@@ -1,19 +1,15 @@
 """Fixtures that every system test shares."""
 
 import shutil
-import signal
 import tempfile
 from pathlib import Path
 
+import inherited_signals
 import pytest
 import suite as suite_module
-from standins_support import Place
+from standins import StandIns
 
-# What a nohup or a background job around the tests ignores is not to reach the programs under test:
-# a handler becomes the default at their start, while "ignored" would stay.
-for number in signal.valid_signals():
-    if signal.getsignal(number) == signal.SIG_IGN:
-        signal.signal(number, lambda *_: None)
+inherited_signals.handle_ignored()
 
 
 @pytest.fixture(scope="session")
@@ -32,7 +28,7 @@ def free_ports():
 
 @pytest.fixture
 def suite_in(session_folder, free_ports):
-    """Makes the one suite of a test, in a private folder whose name the test chooses.
+    """Makes a test's suite in a private folder whose name the test chooses.
 
     Fails the test that leaves a process behind.
     """
@@ -53,13 +49,13 @@ def suite_in(session_folder, free_ports):
 
 @pytest.fixture
 def suite(suite_in):
-    """A private folder with everything in it."""
+    """A private folder with the launcher and its components."""
     return suite_in("suite")
 
 
 @pytest.fixture
-def place():
-    """A private folder for a stand-in without a launcher."""
-    made = Place()
+def standins():
+    """The stand-ins in a private folder, without a launcher."""
+    made = StandIns()
     yield made
     made.close()

@@ -1,4 +1,4 @@
-"""What the launcher shows, written out a second time for the tests to compare with."""
+"""What the launcher prints and what it gives to external tools, for the tests to compare with."""
 
 import ipaddress
 import socket
@@ -35,7 +35,17 @@ service units keep working. The individual binaries also still ship.
 """.encode()
 
 TITLE = b"\n\x1b[1mTandrel\x1b[0m \x1b[2m1.4.4+412\x1b[0m\n"
+READY = "Ctrl-C here stops everything."  # the last line of a start-up
 STOPPED = b"\nTandrel: stopping...\nTandrel: stopped.\n"
+RESTARTING = "Tandrel: restarting the {}...\n"
+NOT_RESTARTED = "Tandrel: could not restart the {}\n"
+NOT_STARTED = "Tandrel: could not start the {}\n"
+LEFT_STOPPED = "Tandrel: the {} keeps exiting; leaving it stopped.\n"
+
+
+def restarts_until_left_stopped(name):
+    """All messages about a component that keeps exiting."""
+    return RESTARTING.format(name) * 5 + LEFT_STOPPED.format(name)
 
 
 def announcement(url, running="hub, receiver, sender", no_sender=False, verbose=False):
@@ -78,6 +88,12 @@ def component_missing(name, path):
     )
 
 
+def probe_arguments(port):
+    """What curl is called with to probe the hub, as bytes."""
+    url = f"http://127.0.0.1:{port}/api/health"
+    return [b"-s", b"-m", b"2", b"-o", b"/dev/null", url.encode()]
+
+
 def alert_script(message):
     """What `osascript` is given to show a message."""
     escaped = message.replace("\\", "\\\\").replace('"', '\\"')
@@ -85,7 +101,7 @@ def alert_script(message):
 
 
 def lan_address():
-    """The address in the dashboard's address, worked out from what psutil tells of this machine."""
+    """The address that the launcher should choose, found with psutil."""
     networks = [ipaddress.ip_network(n) for n in ("192.168.0.0/16", "10.0.0.0/8", "172.16.0.0/12")]
     private, other = [], []
     for name, addresses in psutil.net_if_addrs().items():

@@ -1,4 +1,4 @@
-"""A launcher run behind the scripted interface, which calls the launcher's callbacks on command."""
+"""A run with the scripted interface, which calls the launcher's callbacks on command."""
 
 import json
 import os
@@ -6,12 +6,11 @@ import select
 import shutil
 import socket
 
+from component_events import wait_for_start
+from components import COMPONENTS
 from deadline import DEADLINE
-from history import wait_for_start
 from run import Run
 from suite import MODULES
-
-COMPONENTS = ["hub", "receiver", "sender"]
 
 # An application's own Quit ends the process while the supervisor still runs: that is no leak.
 _SANITIZER = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thread_leaks=0"}
@@ -22,7 +21,7 @@ class Interface(Run):
 
     def __init__(self, suite, *arguments, **options):
         self._connection = None
-        shutil.copy2(MODULES / "tdgui.so", suite.folder / "tdgui.so")
+        install_module(suite)
         path = suite.folder / "interface.socket"
         with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as listener:
             listener.bind(str(path))
@@ -56,7 +55,7 @@ class Interface(Run):
         return self.receive()["result"]
 
     def set_ports(self, http, udp):
-        """Changes the ports; returns the result and the message, "untouched" where none was set."""
+        """Changes the ports; returns the result and the message ("untouched" if not set)."""
         self.send("set_ports", http, udp)
         answer = self.receive()
         return answer["result"], answer["message"]
@@ -93,23 +92,16 @@ class Interface(Run):
         super().close()
 
 
-def start_up(suite, *arguments, **options):
-    """An interface run whose wanted components record and have all begun their work."""
+def install_module(suite, module="tdgui.so"):
+    """Puts an interface module beside the launcher."""
+    shutil.copy2(MODULES / module, suite.folder / "tdgui.so")
+
+
+def start_interface(suite, *arguments, **options):
+    """A run whose interface is up and whose wanted components record and have all started."""
     suite.record()
     interface = Interface(suite, *arguments, **options)
     for name in COMPONENTS:
         if f"--no-{name}" not in arguments:
             wait_for_start(suite, name)
     return interface
-
-
-def hub_arguments(http, udp):
-    return ["--udp-port", str(udp), "--http-port", str(http)]
-
-
-def client_arguments(udp):
-    return ["--hub", f"127.0.0.1:{udp}"]
-
-
-def arguments_of_start(suite, name, count):
-    return wait_for_start(suite, name, count)["argv"][1:]

@@ -71,7 +71,7 @@ class Run:
                     return
                 try:
                     data = os.read(descriptor, 65536)
-                except OSError:  # a terminal that nobody holds open any more
+                except OSError:  # a terminal that no process has open any more
                     data = b""
                 with self._changed:
                     self._text[name] += data
@@ -90,6 +90,11 @@ class Run:
     @property
     def output(self):
         return self._text["output"]
+
+    @property
+    def text(self):
+        """The output of a terminal with plain line ends and without its echo of Ctrl-C."""
+        return self.output.replace(b"\r\n", b"\n").replace(b"^C", b"")
 
     @property
     def errors(self):
@@ -134,7 +139,7 @@ class Run:
 
     def hang_up(self):
         """Closes the terminal, as closing its window does."""
-        # A reader that sleeps on a terminal keeps it open, whoever closes it meanwhile.
+        # A read that blocks on a terminal keeps it open even after a close: the reader ends first.
         os.write(self._leaving, b"x")
         if not self.process.stdout:
             self._readers[0].join(DEADLINE)

@@ -1,4 +1,4 @@
-"""Hubs of a few shell lines, for tests about what the launcher reads and what it hands on.
+"""Hubs of a few shell lines, for tests of the settings and arguments that a hub is started with.
 
 They bind no port, so every port number can be tried, and a whole run takes a few milliseconds.
 """
@@ -6,8 +6,14 @@ They bind no port, so every port number can be tried, and a whole run takes a fe
 import os
 import shlex
 
-# Where both scripts meet. A process that is not waited for yet is a zombie ("Z"), and the launcher
-# waits for the probe first.
+from console import READY
+
+DEFAULT_PORTS = ("4466", "4465")  # the dashboard port and the control port, as text
+SAVED = b'{"http_port": 5000, "udp_port": 5001}'
+SAVED_PORTS = ("5000", "5001")
+
+# The hub writes its process id, and the probe reads it. The launcher reaps the probe first, so the
+# probe can see the dead hub as a zombie ("Z").
 _RECORD_ARGUMENTS = """#!/bin/sh
 cd {folder}
 printf '%s\\n' "$@" > hub.arguments
@@ -68,7 +74,7 @@ def end_run(suite, run):
 def settings_of_run(suite, *arguments):
     """The ports of a run on a hub made by `make_running`, and whether it opens the browser."""
     run = suite.start("--no-receiver", "--no-sender", *arguments)
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     assert end_run(suite, run) == 0
     run.close()
     suite.runs.remove(run)

@@ -1,7 +1,7 @@
 """The launcher and its components in a private folder, driven and observed from outside.
 
 A `Suite` is the folder; `Suite.start` runs the launcher in it with pipes or with a terminal. All
-waiting is for events, with `DEADLINE` as the time after which a test fails.
+waiting is for events; a test fails when one does not come within `deadline.DEADLINE`.
 """
 
 import json
@@ -14,7 +14,9 @@ import threading
 from pathlib import Path
 
 import psutil
-from deadline import DEADLINE, wait_until
+from components import ALL_COMPONENTS
+from console import READY
+from deadline import wait_until
 from run import Run
 
 BUILD = Path(os.environ.get("TD_BUILD_DIR", Path(__file__).parents[2] / "build")).resolve()
@@ -22,7 +24,6 @@ BUILD = Path(os.environ.get("TD_BUILD_DIR", Path(__file__).parents[2] / "build")
 STAND_INS = Path(os.environ.get("TD_STANDIN_DIR", BUILD)).resolve()
 # The scripted interfaces are built with the tests, which the launcher that people run is not.
 MODULES = Path(os.environ.get("TD_MODULE_DIR", BUILD / "scripted")).resolve()
-COMPONENTS = ("hub", "receiver", "sender", "align")
 
 RECORDING_TOOL = """#!/bin/sh
 printf '%s\\0' "$#" "$@" >> "$0.calls"
@@ -30,7 +31,7 @@ printf '%s\\0' "$#" "$@" >> "$0.calls"
 
 
 class Ports:
-    """Ports that no other test uses meanwhile: each is held by a name in the kernel."""
+    """Free ports, each reserved for one test by the name of an abstract Unix socket."""
 
     def __init__(self):
         self._holds = []
@@ -71,7 +72,7 @@ class Suite:
 
     def __init__(self, folder, ports, shared):
         self.folder = Path(folder)
-        self.shared = Path(shared)  # a folder of the test session's
+        self.shared = Path(shared)  # a folder that the tests of a session share
         self.ports = ports
         self.http = ports.free()
         self.udp = ports.free()
@@ -81,13 +82,13 @@ class Suite:
         self.bin.mkdir()
         self.home.mkdir()
         shutil.copy2(BUILD / "launcher", self.folder / "launcher")
-        for name in COMPONENTS:
+        for name in ALL_COMPONENTS:
             os.link(self._stand_in(name), self.component(name))
         for tool in ("open", "xdg-open", "osascript", "zenity", "kdialog", "xmessage"):
             self.tool(tool)
 
     def _stand_in(self, name):
-        # One copy per session of tests would do, but a link needs the same file system.
+        # Copied once per session: a hard link needs a source on the same file system.
         source = STAND_INS / f"td_{name}"
         copy = self.shared / f"td_{name}.copy"
         if not copy.exists():
@@ -134,13 +135,13 @@ class Suite:
         self.settings.parent.mkdir(exist_ok=True)
         self.settings.write_bytes(text if isinstance(text, bytes) else text.encode())
 
-    def behave(self, name, words):
-        """Gives a component named misbehaviours; it reads them at each of its starts."""
+    def set_behaviour(self, name, words):
+        """Sets the faults that a component shows from its next start on ("exit-at-once")."""
         (self.folder / f"td_{name}.behaviour").write_text(words + "\n")
 
     def record(self, *names):
-        """Has the named components record what happens to them, for `events`."""
-        for name in names or COMPONENTS:
+        """Makes the named components (by default all) record their starts and ends for `events`."""
+        for name in names or ALL_COMPONENTS:
             path = self.folder / f"td_{name}.behaviour"
             words = path.read_text() if path.exists() else ""
             path.write_text(words + " record=events.jsonl\n")
@@ -196,9 +197,9 @@ class Suite:
         return run
 
     def start_up(self, *arguments, **options):
-        """Starts an all-in-one run on this suite's ports and waits until it is up."""
+        """Starts an all-in-one run on this suite's ports and waits until it is ready."""
         run = self.start(*self.ports_options, *arguments, **options)
-        run.wait_for("Ctrl-C here stops everything.")
+        run.wait_for(READY)
         return run
 
     def processes(self, name=None):
@@ -239,7 +240,7 @@ class Suite:
         )
 
     def close(self):
-        """Ends whatever is left, and says what that was."""
+        """Ends every run and process that is left; returns those processes."""
         for run in self.runs:
             run.close()
         left = self.processes()

@@ -10,6 +10,7 @@ import subprocess
 
 import console
 import pytest
+from console import READY
 
 SYSTEM_PATH = f"{os.environ['PATH']}:/usr/sbin:/sbin"
 
@@ -68,7 +69,7 @@ def new_network():
         (["en0 up fd00::1/64"], "127.0.0.1"),
     ],
 )
-def test_the_dashboards_address_is_chosen_from_the_interfaces(suite, new_network, interfaces, address):
+def test_the_address_is_chosen_from_the_interfaces(suite, new_network, interfaces, address):
     environment = {**suite.environment, "PATH": f"{suite.bin}:{SYSTEM_PATH}"}
     launcher = [str(suite.launcher), *suite.ports_options, "--no-receiver", "--no-sender"]
     run = suite.start(
@@ -77,7 +78,7 @@ def test_the_dashboards_address_is_chosen_from_the_interfaces(suite, new_network
         program=shutil.which(new_network[0]),
         environment=environment,
     )
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     assert run.stop() == 0
     url = f"http://{address}:{suite.http}/"
     shown = console.announcement(url, running="hub", no_sender=True)

@@ -1,6 +1,6 @@
 """Where the launcher looks for its components and for its settings.
 
-Which paths are bundles and which modes folders get is also tested by tests/unit/directories_test.cpp.
+Paths of bundles and modes of folders are also tested by tests/unit/directories_test.cpp.
 """
 
 import os
@@ -12,11 +12,10 @@ from pathlib import Path
 import console
 import pytest
 import scripted_hub
-from suite import wait_until
-
-SAVED = b'{"http_port": 5000, "udp_port": 5001}'
-SAVED_PORTS = ("5000", "5001")
-DEFAULTS = ("4466", "4465")
+from components import COMPONENTS
+from console import READY
+from deadline import wait_until
+from scripted_hub import DEFAULT_PORTS, SAVED, SAVED_PORTS
 
 
 def folder_of_launcher(suite, command, **options):
@@ -28,7 +27,7 @@ def folder_of_launcher(suite, command, **options):
     return path.removesuffix(b"td_align").decode()
 
 
-def test_the_path_is_taken_as_it_was_given(suite):
+def test_the_launchers_path_is_used_as_given(suite):
     folder = suite.folder
     (folder / "inner").mkdir()
     ways = ["{}/launcher", "./launcher", "{}/./inner/../launcher", "inner//..//launcher"]
@@ -36,7 +35,7 @@ def test_the_path_is_taken_as_it_was_given(suite):
         assert folder_of_launcher(suite, [way]) == way.removesuffix("launcher")
 
 
-def test_a_launcher_found_on_the_path_is_where_it_was_found(suite):
+def test_a_launcher_on_the_path_uses_the_folder_of_the_path(suite):
     environment = {**suite.environment, "PATH": f"{suite.folder}:{os.environ['PATH']}"}
     shell = ["/bin/sh", "-c", 'launcher "$@"', "sh"]
     assert folder_of_launcher(suite, shell, cwd="/", env=environment) == f"{suite.folder}/"
@@ -51,7 +50,7 @@ def test_a_path_without_a_slash_means_the_working_folder(suite):
     assert suite.settings.parent.is_dir()
 
 
-def test_the_longest_possible_path_is_taken_whole(suite):
+def test_a_path_of_the_maximum_length_works(suite):
     longest = 4095
     suite.script("td_align", "#!/bin/sh\necho \"argv[0]: $0\"\n")
     folder = str(suite.folder) + "/"
@@ -71,30 +70,30 @@ def linked(suite):
     return folder
 
 
-def test_through_a_link_the_components_are_the_links_neighbours(suite, linked):
+def test_components_are_looked_for_beside_a_link_to_the_launcher(suite, linked):
     assert folder_of_launcher(suite, [linked / "launcher"]) == f"{linked}/"
     run = suite.start("sender", program=linked / "launcher")
     assert run.wait() == 1
     assert run.errors == console.component_missing("sender", linked / "td_sender").encode()
 
 
-def test_through_a_link_the_settings_are_the_links_neighbours(suite, linked):
+def test_settings_are_looked_for_beside_a_link_to_the_launcher(suite, linked):
     scripted_hub.make_failing(suite)
     suite.save_settings(SAVED)
     launcher = linked / "launcher"
-    assert scripted_hub.ports_of_failing_run(suite, program=launcher) == DEFAULTS
+    assert scripted_hub.ports_of_failing_run(suite, program=launcher) == DEFAULT_PORTS
     (linked / "config" / "launcher.json").write_bytes(SAVED)
     assert scripted_hub.ports_of_failing_run(suite, program=launcher) == SAVED_PORTS
 
 
-def test_through_a_linked_folder_the_path_keeps_the_link(suite):
+def test_a_linked_folder_in_the_path_is_not_resolved(suite):
     (suite.folder / "alias").symlink_to(suite.folder)
     launcher = suite.folder / "alias" / "launcher"
     assert folder_of_launcher(suite, [launcher]) == f"{suite.folder}/alias/"
 
 
 def make_config(suite, launcher=None, environment=None, **options):
-    """Has the launcher go as far as reading its settings."""
+    """Runs the launcher up to an unknown option; the settings folder is made before."""
     run = suite.start("--unknown", program=launcher, environment=environment, **options)
     assert run.wait() == 1
     assert run.errors == b"Tandrel: unknown option '--unknown'\n\n"
@@ -107,12 +106,12 @@ def test_the_config_folder_is_made_beside_the_launcher(suite, umask, mode):
     assert list(suite.settings.parent.iterdir()) == []
 
 
-def test_a_loose_launcher_does_not_look_at_home(suite):
+def test_outside_a_bundle_the_home_folder_is_not_used(suite):
     scripted_hub.make_failing(suite)
     support = suite.home / "Library" / "Application Support"
     (support / "Tandrel").mkdir(parents=True)
     (support / "Tandrel" / "launcher.json").write_bytes(SAVED)
-    assert scripted_hub.ports_of_failing_run(suite) == DEFAULTS
+    assert scripted_hub.ports_of_failing_run(suite) == DEFAULT_PORTS
     suite.save_settings(SAVED)
     assert scripted_hub.ports_of_failing_run(suite) == SAVED_PORTS
 
@@ -120,13 +119,13 @@ def test_a_loose_launcher_does_not_look_at_home(suite):
 def test_with_a_file_named_config_the_settings_lie_beside_the_launcher(suite):
     scripted_hub.make_failing(suite)
     (suite.folder / "config").write_bytes(b"a file")
-    assert scripted_hub.ports_of_failing_run(suite) == DEFAULTS
+    assert scripted_hub.ports_of_failing_run(suite) == DEFAULT_PORTS
     (suite.folder / "launcher.json").write_bytes(SAVED)
     assert scripted_hub.ports_of_failing_run(suite) == SAVED_PORTS
     assert (suite.folder / "config").read_bytes() == b"a file"
 
 
-def test_a_link_to_a_folder_will_do_for_config(suite):
+def test_config_may_be_a_link_to_a_folder(suite):
     scripted_hub.make_failing(suite)
     (suite.home / "launcher.json").write_bytes(SAVED)
     (suite.folder / "config").symlink_to(suite.home)
@@ -146,18 +145,18 @@ class Bundle:
         self.support = suite.home / "Library" / "Application Support"
 
     def ports(self, **variables):
-        """The ports of a run with variables set anew, or removed by None."""
+        """The ports of a run with changed environment variables; None removes one."""
         environment = {**self.suite.environment, **variables}
         environment = {name: value for name, value in environment.items() if value is not None}
         return scripted_hub.ports_of_failing_run(
             self.suite, program=self.launcher, environment=environment
         )
 
-    def is_portable(self, **variables):
-        """Whether runs with these variables read config/launcher.json in the bundle."""
-        assert self.ports(**variables) == DEFAULTS
+    def check_portable(self, **variables):
+        """Checks that runs with these variables read config/launcher.json in the bundle."""
+        assert self.ports(**variables) == DEFAULT_PORTS
         (self.folder / "config" / "launcher.json").write_bytes(SAVED)
-        return self.ports(**variables) == SAVED_PORTS
+        assert self.ports(**variables) == SAVED_PORTS
 
 
 @pytest.fixture
@@ -167,7 +166,7 @@ def bundle(suite):
 
 def test_in_a_bundle_the_settings_are_in_the_users_support_folder(suite, bundle):
     (suite.home / "Library").mkdir()
-    assert bundle.ports() == DEFAULTS
+    assert bundle.ports() == DEFAULT_PORTS
     assert list((bundle.support / "Tandrel").iterdir()) == []
     (bundle.support / "Tandrel" / "launcher.json").write_bytes(SAVED)
     assert bundle.ports() == SAVED_PORTS
@@ -181,7 +180,7 @@ def test_both_support_folders_are_made(suite, bundle):
     assert (bundle.support / "Tandrel").stat().st_mode & 0o7777 == 0o750
 
 
-def test_home_is_only_a_prefix(suite, bundle):
+def test_a_relative_home_is_used_as_given(suite, bundle):
     (suite.home / "Library").mkdir()
     make_config(suite, bundle.launcher, {**suite.environment, "HOME": "home"})
     assert (bundle.support / "Tandrel").is_dir()
@@ -189,19 +188,19 @@ def test_home_is_only_a_prefix(suite, bundle):
 
 @pytest.mark.parametrize("home", [None, "/nonexistent/home"])
 def test_in_a_bundle_without_a_home_the_layout_is_portable(suite, bundle, home):
-    assert bundle.is_portable(HOME=home)
+    bundle.check_portable(HOME=home)
     assert list(suite.home.iterdir()) == []
 
 
-def test_only_the_last_two_folders_are_made(suite, bundle):
-    assert bundle.is_portable()  # a home without Library
+def test_the_library_folder_of_the_home_is_not_made(suite, bundle):
+    bundle.check_portable()  # a home without Library
     assert list(suite.home.iterdir()) == []
 
 
-def test_a_file_in_the_support_folders_place_makes_the_layout_portable(suite, bundle):
+def test_with_a_file_instead_of_the_support_folder_the_layout_is_portable(suite, bundle):
     bundle.support.mkdir(parents=True)
     (bundle.support / "Tandrel").write_bytes(b"a file")
-    assert bundle.is_portable()
+    bundle.check_portable()
 
 
 def test_in_a_bundle_with_neither_folder_the_settings_lie_beside_the_launcher(suite, bundle):
@@ -211,19 +210,19 @@ def test_in_a_bundle_with_neither_folder_the_settings_lie_beside_the_launcher(su
 
 
 @pytest.mark.parametrize("inside", ["contents/macos", "Contents/MacOS/more"])
-def test_other_folders_are_no_bundles(suite, inside):
+def test_similar_folder_names_are_no_bundles(suite, inside):
     (suite.home / "Library").mkdir()
-    assert Bundle(suite, inside).is_portable()
+    Bundle(suite, inside).check_portable()
     assert list((suite.home / "Library").iterdir()) == []
 
 
 def test_a_run_in_a_bundle_finds_its_components_there(suite, bundle):
-    for name in ("hub", "receiver", "sender"):
+    for name in COMPONENTS:
         shutil.copy2(suite.component(name), bundle.folder / f"td_{name}")
     (suite.bin / "curl").unlink()
     (bundle.folder / "td_hub.behaviour").write_text("record=events.jsonl")
     run = suite.start(*suite.ports_options, "--no-browser", program=bundle.launcher)
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     wait_until((bundle.folder / "events.jsonl").exists, "the hub's start")
     assert run.stop() == 0
     assert str(bundle.folder / "td_hub") in Path(bundle.folder / "events.jsonl").read_text()

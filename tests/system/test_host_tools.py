@@ -4,13 +4,13 @@ How each kind of message is quoted is also tested by tests/unit/host_test.cpp an
 """
 
 import os
-import shutil
 import signal
 from pathlib import Path
 
 import console
+import probe_tools
 import pytest
-from suite import wait_until
+from deadline import wait_until
 
 ALERT_TOOLS = {
     "zenity": ["--error", "--title", "Tandrel", "--no-markup", "--text"],
@@ -28,8 +28,8 @@ SPECIAL_NAMES = [
 NAMES_WITH_A_SINGLE_QUOTE = ["a';touch pwned;'b", "it's"]
 
 
-def leftovers(suite):
-    """Files that a command in a folder's name would have made."""
+def files_of_injected_commands(suite):
+    """Files that a command in a folder's name has made."""
     return [path for path in suite.folder.parent.rglob("*") if path.name == "pwned"]
 
 
@@ -45,16 +45,12 @@ def run_without_hub(suite, environment=None):
 
 
 def test_the_probes_command_line(suite):
-    suite.tool("curl", f"""#!/bin/sh
-printf '%s\\0' $# "$@" >> "$0.calls"
-exec {shutil.which("curl")} "$@"
-""")
-    suite.behave("hub", "answer-after=1000")
+    probe_tools.record_and_probe(suite)
+    suite.set_behaviour("hub", "answer-after=1000")
     run = suite.start_up("--no-browser")
     assert run.stop() == 0
-    url = f"http://127.0.0.1:{suite.http}/api/health".encode()
     calls = suite.calls("curl")
-    assert calls == [[b"-s", b"-m", b"2", b"-o", b"/dev/null", url]] * len(calls)
+    assert calls == [console.probe_arguments(suite.http)] * len(calls)
     assert len(calls) > 1
 
 
@@ -67,7 +63,7 @@ def test_the_browser_gets_the_address_once(suite):
     assert suite.calls("xdg-open") == []
 
 
-def test_without_open_it_is_xdg_open(suite):
+def test_without_open_xdg_open_is_used(suite):
     environment = suite.sealed_environment("curl")
     suite.tool("xdg-open")
     run = suite.start_up(environment=environment)
@@ -76,7 +72,7 @@ def test_without_open_it_is_xdg_open(suite):
     assert suite.calls("xdg-open") == [[console.dashboard_url(suite.http).encode()]]
 
 
-def test_an_open_that_is_no_program_is_not_taken(suite):
+def test_an_open_that_is_not_executable_is_skipped(suite):
     environment = suite.sealed_environment("curl")
     suite.tool("open").chmod(0o644)
     suite.tool("xdg-open")
@@ -85,25 +81,25 @@ def test_an_open_that_is_no_program_is_not_taken(suite):
     assert suite.calls("xdg-open") == [[console.dashboard_url(suite.http).encode()]]
 
 
-def test_without_any_browser_tool_the_shell_complains_and_the_run_goes_on(suite):
+def test_without_any_browser_tool_there_is_an_error_and_the_run_goes_on(suite):
     run = suite.start_up(environment=suite.sealed_environment("curl"))
     run.wait_for("not found\n", stream="errors")
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)
     assert run.stop() == 0
-    assert b"Tandrel: restarting the receiver...\n" in run.errors
+    assert console.RESTARTING.format("receiver").encode() in run.errors
 
 
-def test_what_the_browser_tool_says_is_shown_and_its_status_ignored(suite):
-    suite.tool("open", "#!/bin/sh\necho a word\necho a complaint >&2\nexit 3\n")
+def test_the_browser_tools_output_is_shown_and_its_status_ignored(suite):
+    suite.tool("open", "#!/bin/sh\necho to output\necho to errors >&2\nexit 3\n")
     run = suite.start_up()
-    run.wait_for("a word\n")
-    run.wait_for("a complaint\n", stream="errors")
+    run.wait_for("to output\n")
+    run.wait_for("to errors\n", stream="errors")
     assert run.stop() == 0
     assert run.output.endswith(console.STOPPED)
 
 
-def test_a_browser_tool_that_stays_does_not_hold_the_launcher(suite):
+def test_a_browser_tool_that_does_not_exit_does_not_block_the_launcher(suite):
     suite.tool("open", '#!/bin/sh\necho $$ > "$0.pid"\nexec sleep 600\n')
     run = suite.start_up()
     pid_file = suite.bin / "open.pid"
@@ -113,7 +109,7 @@ def test_a_browser_tool_that_stays_does_not_hold_the_launcher(suite):
     run.signal(signal.SIGINT)
     assert run.wait_for_process() == 0
     browser = int(pid_file.read_text())
-    assert Path(f"/proc/{browser}/comm").read_text() == "sleep\n"  # not taken along
+    assert Path(f"/proc/{browser}/comm").read_text() == "sleep\n"  # it is not killed
     os.kill(browser, signal.SIGKILL)
     run.wait()
 
@@ -134,7 +130,7 @@ def test_special_characters_reach_the_alert_unchanged(suite_in, name):
     message = run_without_hub(suite)
     script = console.alert_script(os.fsdecode(message))
     assert suite.calls("osascript") == [[b"-e", os.fsencode(script)]]
-    assert leftovers(suite) == []
+    assert files_of_injected_commands(suite) == []
 
 
 def test_quotes_and_backslashes_are_escaped_by_one_backslash_each(suite_in):
@@ -150,18 +146,18 @@ def test_a_message_with_a_single_quote_gets_no_alert_and_no_shell(suite_in, name
     run_without_hub(suite)
     for tool in ("osascript", *ALERT_TOOLS):
         assert suite.calls(tool) == []
-    assert leftovers(suite) == []
+    assert files_of_injected_commands(suite) == []
 
 
 @pytest.mark.parametrize("name", NAMES_WITH_A_SINGLE_QUOTE)
-def test_nor_does_it_without_osascript(suite_in, name):
+def test_a_message_with_a_single_quote_gets_no_other_alert_either(suite_in, name):
     suite = suite_in(name)
     environment = suite.sealed_environment("touch")
     for tool in ALERT_TOOLS:
         suite.tool(tool)
     run_without_hub(suite, environment)
     assert [suite.calls(tool) for tool in ALERT_TOOLS] == [[], [], []]
-    assert leftovers(suite) == []
+    assert files_of_injected_commands(suite) == []
 
 
 @pytest.mark.parametrize(
@@ -183,14 +179,14 @@ def test_without_osascript_the_first_alert_tool_found_is_used(suite_in, name, pr
     options = [option.encode() for option in ALERT_TOOLS[present[0]]]
     assert suite.calls(present[0]) == [[*options, message]]
     assert [suite.calls(tool) for tool in present[1:]] == [[]] * (len(present) - 1)
-    assert leftovers(suite) == []
+    assert files_of_injected_commands(suite) == []
 
 
-def test_without_any_alert_tool_there_is_the_terminal(suite):
+def test_without_any_alert_tool_the_message_is_on_the_terminal(suite):
     run_without_hub(suite, suite.sealed_environment())
 
 
-def test_an_osascript_that_is_no_program_is_not_taken(suite):
+def test_an_osascript_that_is_not_executable_is_skipped(suite):
     environment = suite.sealed_environment()
     suite.tool("osascript").chmod(0o644)
     suite.tool("kdialog")
@@ -200,20 +196,20 @@ def test_an_osascript_that_is_no_program_is_not_taken(suite):
 
 
 @pytest.mark.parametrize("path", ["/nonexistent::/nonexistent", ":/nonexistent", "/nonexistent:"])
-def test_an_empty_element_of_the_path_is_the_working_folder(suite, path):
+def test_an_empty_path_entry_means_the_working_folder(suite, path):
     suite.script("zenity", '#!/bin/sh\n: > "$0.shown"\n')
     run_without_hub(suite, {**suite.environment, "PATH": path})
     assert (suite.folder / "zenity.shown").exists()
 
 
 @pytest.mark.parametrize("end", ["exit 0", "exit 1", "kill -KILL $$", "kill -INT $$"])
-def test_an_alerts_output_and_end_are_ignored(suite, end):
+def test_an_alert_tools_output_and_exit_status_are_ignored(suite, end):
     suite.tool("osascript", f'#!/bin/sh\n: > "$0.shown"\necho noise\necho noise >&2\n{end}\n')
     run_without_hub(suite)
     assert (suite.bin / "osascript.shown").exists()
 
 
-def test_the_terminal_copy_comes_first_and_the_alert_is_waited_for(suite):
+def test_the_message_is_printed_first_and_the_alert_is_waited_for(suite):
     suite.tool("osascript", '#!/bin/sh\nread -r _ < "$0.dismiss"\n')
     os.mkfifo(suite.bin / "osascript.dismiss")
     suite.component("hub").unlink()

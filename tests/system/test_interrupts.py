@@ -1,22 +1,23 @@
-"""Ctrl-C and SIGTERM at every moment of a run: it ends by itself, in time, and leaves nothing."""
+"""Ctrl-C and SIGTERM at many moments of a run: it ends in time and leaves no process behind."""
 
 import errno
 import os
-import shutil
 import time
 from signal import SIGINT, SIGTERM
 
 import console
 import psutil
 import pytest
-from suite import wait_until
+from components import COMPONENTS
+from deadline import wait_until
+from probe_tools import CURL
+from suite import RECORDING_TOOL
 
 # ms after the launcher was executed; a start-up takes about 150.
 START_UP = [0, 1, 2, 3, 4, 6, 8, 10, 15, 20, 30, 50, 80, 100, 120, 140, 170, 200, 300, 600]
 HUB_WAIT = [0, 20, 100, 400, 1900, 2050, 2200]
 # One probe of at most 2 s with its pause, the end of the components, and time for a busy machine.
 LIMIT = 2.1 + 6
-CURL = shutil.which("curl")
 
 
 def press_ctrl_c(run):
@@ -24,12 +25,12 @@ def press_ctrl_c(run):
 
 
 def send_sigterm(run):
-    """To the launcher alone: no tool that it runs is told."""
+    """To the launcher alone, not to the tools that it runs."""
     run.signal(SIGTERM)
 
 
 def send_sigint(run):
-    """To the launcher alone: no tool that it runs is told."""
+    """To the launcher alone, not to the tools that it runs."""
     run.signal(SIGINT)
 
 
@@ -45,23 +46,18 @@ def probes(port):
     return found
 
 
-def has_left_nothing(suite):
-    """Whether nothing runs any more, and every component ended in its own orderly way."""
+def check_nothing_left(suite):
+    """Checks that nothing runs any more, and that no component had to be killed."""
     assert suite.processes() == []
     assert probes(suite.http) == []
-    # Whoever began to work was told to stop in time; a killed one would have no end of its own.
-    begun = {row["pid"] for row in suite.events("start")}
-    assert begun == {row["pid"] for row in suite.events("exit")}
-    return True
+    # A component that was killed would have recorded no exit.
+    started = {row["pid"] for row in suite.events("start")}
+    assert started == {row["pid"] for row in suite.events("exit")}
 
 
-def text_of(run):
-    return run.output.replace(b"\r\n", b"\n").replace(b"^C", b"")
-
-
-def has_ended_properly(suite, run, status):
-    """Whether a run that was interrupted at some moment shows what belongs to its exit status."""
-    text = text_of(run)
+def check_interrupted_run(suite, run, status):
+    """Checks that an interrupted run printed what belongs to its exit status."""
+    text = run.text
     message = console.hub_silent(suite.http).encode()
     if status in (-SIGINT, -SIGTERM):  # before it had handlers
         assert text == b""
@@ -74,14 +70,14 @@ def has_ended_properly(suite, run, status):
         assert text.startswith(console.TITLE)
         assert text.endswith(console.STOPPED)
         assert text.count(b"Tandrel: ") == 2
-    return has_left_nothing(suite)
+    check_nothing_left(suite)
 
 
 def interrupt_after(suite, delay, interrupt, *arguments):
     """Starts a run in a terminal, interrupts it after `delay` ms, and returns it and its status."""
-    suite.record("hub", "receiver", "sender")
+    suite.record(*COMPONENTS)
     run = suite.start(*suite.ports_options, *arguments, terminal="all")
-    time.sleep(delay / 1000)
+    time.sleep(delay / 1000)  # not a wait: what is tested is this moment
     interrupted = time.monotonic()
     interrupt(run)
     status = run.wait()
@@ -91,13 +87,13 @@ def interrupt_after(suite, delay, interrupt, *arguments):
 
 @pytest.mark.parametrize("interrupt", [press_ctrl_c, send_sigterm])
 @pytest.mark.parametrize("delay", START_UP)
-def test_at_any_moment_of_a_start(suite, delay, interrupt):
+def test_interrupts_at_many_moments_of_a_start(suite, delay, interrupt):
     run, status = interrupt_after(suite, delay, interrupt)
-    assert has_ended_properly(suite, run, status)
+    check_interrupted_run(suite, run, status)
 
 
 @pytest.mark.parametrize("delay", [50, 100, 130, 160, 300])
-def test_at_any_moment_of_a_verbose_start(suite, delay):
+def test_interrupts_at_many_moments_of_a_verbose_start(suite, delay):
     run, status = interrupt_after(suite, delay, press_ctrl_c, "--no-browser", "--verbose")
     assert status in (-SIGINT, 0, 1)
     assert run.output.count(b"Tandrel: stopped.") == (status == 0)
@@ -108,38 +104,38 @@ def test_at_any_moment_of_a_verbose_start(suite, delay):
 
 @pytest.mark.parametrize("interrupt", [press_ctrl_c, send_sigint, send_sigterm])
 @pytest.mark.parametrize("delay", HUB_WAIT)
-def test_at_any_moment_of_the_wait_for_a_hub_that_never_answers(suite, delay, interrupt):
-    suite.behave("hub", "never-answer")
+def test_interrupts_at_many_moments_of_the_wait_for_a_silent_hub(suite, delay, interrupt):
+    suite.set_behaviour("hub", "never-answer")
     run, status = interrupt_after(suite, delay, interrupt)
     assert status in (-SIGINT, -SIGTERM, 1)
-    assert has_ended_properly(suite, run, status)
+    check_interrupted_run(suite, run, status)
 
 
 @pytest.mark.parametrize("delay", [100, 300, 500])
-def test_at_any_moment_of_the_wait_for_a_late_hub(suite, delay):
-    suite.behave("hub", "answer-after=600000")
+def test_interrupts_at_many_moments_of_the_wait_for_a_late_hub(suite, delay):
+    suite.set_behaviour("hub", "answer-after=600000")
     run, status = interrupt_after(suite, delay, press_ctrl_c)
     assert status in (-SIGINT, 1)
-    assert has_ended_properly(suite, run, status)
+    check_interrupted_run(suite, run, status)
 
 
-def test_during_a_probe(suite):
-    """Ctrl-C ends the tool as well as the wait, well before the tool's own time is over."""
-    suite.behave("hub", "never-answer")
+def test_ctrl_c_during_a_probe(suite):
+    """Ctrl-C ends curl as well as the wait, before curl's own timeout."""
+    suite.set_behaviour("hub", "never-answer")
     suite.record("hub")
     run = suite.start(*suite.ports_options, terminal="all")
     wait_until(lambda: suite.events("start"), "the hub")
     wait_until(lambda: probes(suite.http), "a probe")
     run.interrupt()
     assert run.wait() == 1
-    assert has_ended_properly(suite, run, 1)
+    check_interrupted_run(suite, run, 1)
 
 
 @pytest.mark.parametrize("end", ["kill -INT $$", "exit 130"])
-def test_a_probe_that_ctrl_c_ended_ends_the_wait(suite, end):
-    """Even when the launcher itself was not told."""
-    suite.tool("curl", f"#!/bin/sh\nprintf '%s\\0' 0 >> \"$0.calls\"\n{end}\n")
-    suite.record("hub", "receiver", "sender")
+def test_a_probe_ended_by_sigint_ends_the_wait(suite, end):
+    """Even when the launcher itself got no signal."""
+    suite.tool("curl", f"{RECORDING_TOOL}{end}\n")
+    suite.record(*COMPONENTS)
     run = suite.start(*suite.ports_options)
     assert run.wait() == 1
     assert len(suite.calls("curl")) == 1
@@ -148,8 +144,8 @@ def test_a_probe_that_ctrl_c_ended_ends_the_wait(suite, end):
     assert suite.processes() == []
 
 
-def test_a_real_probe_that_ctrl_c_ended_ends_the_wait(suite):
-    suite.behave("hub", "never-answer")
+def test_a_sigint_to_curl_alone_ends_the_wait(suite):
+    suite.set_behaviour("hub", "never-answer")
     run = suite.start(*suite.ports_options)
     (probe, *_) = wait_until(
         lambda: [p for p in probes(suite.http) if p.name() == "curl"], "a probe"
@@ -162,7 +158,7 @@ def test_a_real_probe_that_ctrl_c_ended_ends_the_wait(suite):
 @pytest.mark.parametrize(
     "end", ["kill -TERM $$", "kill -KILL $$", "exit 1", "exit 129", "exit 131"]
 )
-def test_a_probe_that_ended_otherwise_does_not(suite, end):
+def test_a_probe_that_ended_otherwise_does_not_end_the_wait(suite, end):
     count_call = "printf '%s\\0' 0 >> \"$0.calls\""
     fourth = '[ "$(wc -c < "$0.calls")" -gt 6 ]'
     suite.tool("curl", f'#!/bin/sh\n{count_call}\n{fourth} && exec {CURL} "$@"\n{end}\n')
@@ -171,23 +167,20 @@ def test_a_probe_that_ended_otherwise_does_not(suite, end):
     assert run.stop() == 0
 
 
-def tool_that_stays(suite, name):
-    """A tool that records its call and stays until `end_tool`, unless a signal ends it before."""
+def add_tool_that_waits(suite, name):
+    """Adds a tool that records its call and waits for `end_tool` or a signal."""
     os.mkfifo(suite.bin / f"{name}.end")
-    suite.tool(
-        name,
-        "#!/bin/sh\nprintf '%s\\0' \"$#\" \"$@\" >> \"$0.calls\"\nread -r _ < \"$0.end\"\n",
-    )
+    suite.tool(name, RECORDING_TOOL + 'read -r _ < "$0.end"\n')
 
 
 def end_tool(suite, name):
-    """Lets a tool end; it may have been ended by the closed terminal before."""
+    """Ends a waiting tool; the closed terminal may have ended it before."""
 
     def open_its_end():
         try:
             os.close(os.open(suite.bin / f"{name}.end", os.O_WRONLY | os.O_NONBLOCK))
         except OSError as error:
-            assert error.errno == errno.ENXIO  # it does not wait, yet or any more
+            assert error.errno == errno.ENXIO  # it does not wait yet, or no longer
             return not runs_tool()
         return True
 
@@ -199,32 +192,32 @@ def end_tool(suite, name):
 
 
 @pytest.mark.parametrize("interrupt", [press_ctrl_c, send_sigterm])
-def test_while_the_browser_is_opened(suite, interrupt):
-    tool_that_stays(suite, "open")
-    suite.record("hub", "receiver", "sender")
+def test_an_interrupt_while_the_browser_is_opened(suite, interrupt):
+    add_tool_that_waits(suite, "open")
+    suite.record(*COMPONENTS)
     run = suite.start(*suite.ports_options, "--browser", terminal="all")
     wait_until(lambda: suite.calls("open"), "the call for the browser")
     interrupt(run)
     assert run.wait() == 0
     end_tool(suite, "open")
-    assert has_ended_properly(suite, run, 0)
+    check_interrupted_run(suite, run, 0)
 
 
 def test_ctrl_c_while_an_alert_is_shown(suite):
-    tool_that_stays(suite, "osascript")
-    suite.behave("hub", "exit-at-once")
+    add_tool_that_waits(suite, "osascript")
+    suite.set_behaviour("hub", "exit-at-once")
     suite.record("hub")
     run = suite.start(*suite.ports_options, terminal="all")
     wait_until(lambda: suite.calls("osascript"), "the alert")
     run.interrupt()
     assert run.wait() == 1
-    assert has_ended_properly(suite, run, 1)
+    check_interrupted_run(suite, run, 1)
 
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM])
 def test_an_alert_stays_until_it_is_dismissed(suite, number):
-    tool_that_stays(suite, "osascript")
-    suite.behave("hub", "answer-after=600000")
+    add_tool_that_waits(suite, "osascript")
+    suite.set_behaviour("hub", "answer-after=600000")
     suite.record("hub")
     run = suite.start(*suite.ports_options, terminal="all")
     wait_until(lambda: suite.events("start"), "the hub")
@@ -234,4 +227,4 @@ def test_an_alert_stays_until_it_is_dismissed(suite, number):
     assert suite.processes("hub") != []  # it is stopped after the alert
     end_tool(suite, "osascript")
     assert run.wait() == 1
-    assert has_ended_properly(suite, run, 1)
+    check_interrupted_run(suite, run, 1)

@@ -1,14 +1,15 @@
-"""One component in the launcher's place: the same arguments, streams, signals and exit status."""
+"""`launcher COMPONENT ...`: arguments, streams, signals and exit status are the component's."""
 
 import os
 import shutil
 import signal
 import subprocess
-from pathlib import Path
 
 import console
 import pytest
-from suite import COMPONENTS, wait_until
+from component_events import process_state
+from components import ALL_COMPONENTS
+from deadline import DEADLINE, wait_until
 
 ENV = shutil.which("env")
 
@@ -19,8 +20,8 @@ def received(suite, name):
     return [argument.encode("latin-1") for argument in start["argv"]]
 
 
-@pytest.mark.parametrize("name", COMPONENTS)
-def test_each_word_runs_its_component(suite, name):
+@pytest.mark.parametrize("name", ALL_COMPONENTS)
+def test_each_name_runs_its_component(suite, name):
     suite.record()
     run = suite.start(name, "--help")
     assert run.wait() == 0
@@ -57,7 +58,7 @@ def test_every_argument_is_handed_over_unchanged(suite, arguments):
     assert received(suite, "align") == [os.fsencode(argument) for argument in expected]
 
 
-def test_all_exit_statuses_come_through(suite):
+def test_every_exit_status_is_returned(suite):
     suite.script("td_align", '#!/bin/sh\nexit "$1"\n')
     for first in range(0, 256, 16):
         batch = range(first, first + 16)
@@ -73,9 +74,9 @@ def test_a_component_killed_by_a_signal_gives_1(suite, number):
     assert run.output == run.errors == b""
 
 
-def test_statuses_and_signals_of_the_real_components(suite):
-    suite.behave("sender", "exit-at-once status=3")
-    suite.behave("receiver", "exit-at-once signal=9")
+def test_a_status_is_returned_and_a_signal_gives_1(suite):
+    suite.set_behaviour("sender", "exit-at-once status=3")
+    suite.set_behaviour("receiver", "exit-at-once signal=9")
     assert suite.start("sender", "--hub", "127.0.0.1:1").wait() == 3
     assert suite.start("receiver", "--hub", "127.0.0.1:1").wait() == 1
 
@@ -89,12 +90,12 @@ def forbid(path):
 
 
 @pytest.mark.parametrize("make_unusable", [remove, forbid])
-@pytest.mark.parametrize("name", COMPONENTS)
-def test_a_missing_component_is_named_with_its_place(suite, name, make_unusable):
+@pytest.mark.parametrize("name", ALL_COMPONENTS)
+def test_a_missing_component_is_reported_with_its_path(suite, name, make_unusable):
     shutil.copy2(suite.component(name), suite.folder / "copy")
     os.replace(suite.folder / "copy", suite.component(name))  # not the link that others share
     make_unusable(suite.component(name))
-    suite.tool(f"td_{name}")  # one on the PATH is not looked for
+    suite.tool(f"td_{name}")  # one on the PATH is not used
     run = suite.start(name, "--http-port", "1")
     assert run.wait() == 1
     assert run.output == b""
@@ -139,7 +140,7 @@ def test_the_component_shares_terminal_session_and_group(suite):
     assert [row["signal"] for row in suite.events("stop")] == [signal.SIGINT]
 
 
-def test_no_signal_is_handled_or_ignored_on_the_components_behalf(suite):
+def test_the_launcher_changes_no_signal_handling(suite):
     suite.record("sender")
     options = ["--default-signal", str(suite.launcher), "sender", "--hub", "127.0.0.1:1"]
     run = suite.start(*options, program=ENV)
@@ -152,7 +153,7 @@ def test_no_signal_is_handled_or_ignored_on_the_components_behalf(suite):
     run.wait()
 
 
-def test_inherited_dispositions_and_mask_come_through_except_for_int_and_term(suite):
+def test_signal_dispositions_and_mask_are_inherited_except_for_int_and_term(suite):
     suite.record("align")
     run = suite.start(
         "--default-signal",
@@ -168,40 +169,36 @@ def test_inherited_dispositions_and_mask_come_through_except_for_int_and_term(su
     assert start["blocked"] == [signal.SIGUSR2]
 
 
-def test_a_parent_that_ignores_the_end_of_children_still_gets_the_status(suite):
-    suite.behave("align", "status=3")
+def test_with_an_ignored_sigchld_the_status_is_still_returned(suite):
+    suite.set_behaviour("align", "status=3")
     run = suite.start("--ignore-signal=CHLD", str(suite.launcher), "align", program=ENV)
     assert run.wait() == 3
 
 
-def test_a_suspended_launcher_still_gets_the_status(suite):
+def test_after_a_suspension_the_status_is_still_returned(suite):
     suite.script("td_align", "#!/bin/sh\nread -r status\nexit $status\n")
     run = subprocess.Popen([suite.launcher, "align"], stdin=subprocess.PIPE)
     wait_until(lambda: suite.processes("align"), "the component's start")
     run.send_signal(signal.SIGSTOP)
     wait_until(lambda: process_state(run.pid) == "T", "the suspension")
     run.send_signal(signal.SIGCONT)
-    wait_until(lambda: process_state(run.pid) == "S", "the continuation")
+    wait_until(lambda: process_state(run.pid) == "S", "the launcher to go on")
     run.communicate(b"5\n")
     assert run.returncode == 5
-
-
-def process_state(pid):
-    return Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
 
 
 def test_only_the_component_itself_is_waited_for(suite):
     suite.script("td_align", "#!/bin/sh\nsleep 600 &\necho $!\nexit 4\n")
     run = subprocess.Popen([suite.launcher, "align"], stdout=subprocess.PIPE)
-    lasting = int(run.stdout.readline())
+    background = int(run.stdout.readline())
     try:
-        assert run.wait(timeout=30) == 4
+        assert run.wait(timeout=DEADLINE) == 4
     finally:
-        os.kill(lasting, signal.SIGKILL)
+        os.kill(background, signal.SIGKILL)
         run.stdout.close()
 
 
-def test_descriptors_come_through(suite):
+def test_descriptors_are_inherited(suite):
     suite.record("align")
     reading, writing = os.pipe()
     run = suite.start("align", pass_fds=[reading, writing])
@@ -211,7 +208,7 @@ def test_descriptors_come_through(suite):
     assert suite.events("start")[0]["descriptors"] == [reading, writing]
 
 
-def test_the_environment_and_the_working_folder_come_through(suite):
+def test_the_environment_and_the_working_folder_are_inherited(suite):
     suite.script("td_align", "#!/bin/sh\npwd\ncat /proc/$$/environ\n")
     environment = {"HOME": "", "ODD": "a=b\n", "PATH": suite.environment["PATH"], "LAST": ""}
     run = suite.start("align", environment=environment, cwd=suite.home)
@@ -221,6 +218,6 @@ def test_the_environment_and_the_working_folder_come_through(suite):
     assert variables == b"HOME=\0ODD=a=b\n\0PATH=" + environment["PATH"].encode() + b"\0LAST=\0"
 
 
-def test_the_settings_are_neither_looked_for_nor_made(suite):
+def test_no_settings_folder_is_made(suite):
     assert suite.start("align").wait() == 0
     assert not suite.settings.parent.exists()

@@ -1,25 +1,26 @@
-"""Moving the suite to other ports."""
+"""Changing the ports of a running suite."""
 
 from signal import SIGTERM
 
-from history import (
-    RESTARTING,
+from component_events import (
     SECOND,
-    given_up,
+    arguments_of_start,
     kill,
-    see_two_passes,
     starts,
     stops,
     wait_for_start,
+    wait_for_supervisor_pass,
 )
-from interface import COMPONENTS, arguments_of_start, client_arguments, hub_arguments, start_up
+from components import COMPONENTS, STOP_ORDER, client_arguments, hub_arguments
+from console import RESTARTING, restarts_until_left_stopped
+from interface import start_interface
 
 SAVED = '{"open_browser": false}'
 
 
 def test_a_change_that_succeeds(suite):
     suite.save_settings(SAVED)
-    interface = start_up(suite)
+    interface = start_interface(suite)
     url = interface.ask("config")["url"]
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp) == (True, "untouched")
@@ -28,13 +29,13 @@ def test_a_change_that_succeeds(suite):
     assert suite.settings.read_text() == (
         f'{{\n  "http_port": {http},\n  "udp_port": {udp},\n  "open_browser": false\n}}\n'
     )
-    assert stops(suite) == ["td_sender", "td_receiver", "td_hub"]
+    assert stops(suite) == STOP_ORDER
     assert arguments_of_start(suite, "hub", 2) == hub_arguments(http, udp)
     for name in ("receiver", "sender"):
         assert arguments_of_start(suite, name, 2) == client_arguments(udp)
         assert starts(suite, name)[1]["time_ns"] > starts(suite, "hub")[1]["time_ns"]
     assert interface.ask("config")["url"] == url
-    # A restart keeps to the new ports.
+    # A restart uses the new ports.
     for name in COMPONENTS:
         kill(suite, name)
         assert arguments_of_start(suite, name, 3) == starts(suite, name)[1]["argv"][1:]
@@ -43,26 +44,26 @@ def test_a_change_that_succeeds(suite):
 
 
 def test_the_same_ports_again_restart_everything(suite):
-    interface = start_up(suite)
+    interface = start_interface(suite)
     assert interface.set_ports(suite.http, suite.udp) == (True, "untouched")
     assert [len(starts(suite, "hub")), len(stops(suite))] == [2, 3]
     assert interface.quit() == 0
 
 
-def test_the_two_ports_can_change_places(suite):
-    interface = start_up(suite)
+def test_the_two_ports_can_be_swapped(suite):
+    interface = start_interface(suite)
     assert interface.set_ports(suite.udp, suite.http) == (True, "untouched")
     assert interface.ports() == (suite.udp, suite.http)
     assert interface.quit() == 0
 
 
 def test_what_was_stopped_by_hand_stays_stopped(suite):
-    interface = start_up(suite, "--no-sender")
+    interface = start_interface(suite, "--no-sender")
     interface.ask("stop", "receiver")
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp)[0]
     assert interface.running() == ["hub"]
-    see_two_passes(suite)
+    wait_for_supervisor_pass(suite)
     assert len(starts(suite, "receiver")) == 1 and not starts(suite, "sender")
     for name, count in (("receiver", 2), ("sender", 1)):
         interface.ask("start", name)
@@ -70,19 +71,19 @@ def test_what_was_stopped_by_hand_stays_stopped(suite):
     assert interface.quit() == 0
 
 
-def test_a_hub_stopped_by_hand_is_started_but_not_watched(suite):
-    interface = start_up(suite)
+def test_a_hub_stopped_by_hand_is_started_but_not_supervised(suite):
+    interface = start_interface(suite)
     interface.ask("stop", "hub")
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp)[0]
     assert interface.running() == COMPONENTS
     wait_for_start(suite, "hub", 2)
-    interface.ask("start", "hub")  # of a running one: it is not watched for that either
+    interface.ask("start", "hub")  # of a running one: it is still not supervised
     kill(suite, "hub")
     wait_for_start(suite, "receiver", 2)
-    see_two_passes(suite, "receiver")
+    wait_for_supervisor_pass(suite, "receiver")
     assert len(starts(suite, "hub")) == 2
-    # Restarted by hand, it is wanted again.
+    # Restarted by hand, it is supervised again.
     interface.ask("restart", "hub")
     wait_for_start(suite, "hub", 3)
     kill(suite, "hub")
@@ -92,19 +93,20 @@ def test_a_hub_stopped_by_hand_is_started_but_not_watched(suite):
 
 
 def test_a_change_gives_five_restarts_again(suite):
-    interface = start_up(suite)
+    interface = start_interface(suite)
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)
-    suite.behave("receiver", "exit-at-once record=events.jsonl")
+    suite.set_behaviour("receiver", "exit-at-once record=events.jsonl")
     assert interface.set_ports(suite.ports.free(), suite.ports.free())[0]
     interface.wait_for("leaving it stopped", "errors")
     assert interface.quit() == 0
-    assert interface.errors.decode() == RESTARTING.format("receiver") + given_up("receiver")
+    messages = RESTARTING.format("receiver") + restarts_until_left_stopped("receiver")
+    assert interface.errors.decode() == messages
 
 
 def test_a_change_waits_for_a_late_hub(suite):
-    interface = start_up(suite)
-    suite.behave("hub", "answer-after=800 answer-404 record=events.jsonl")
+    interface = start_interface(suite)
+    suite.set_behaviour("hub", "answer-after=800 answer-404 record=events.jsonl")
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp) == (True, "untouched")
     restarted = wait_for_start(suite, "receiver", 2)["time_ns"]
@@ -113,7 +115,7 @@ def test_a_change_waits_for_a_late_hub(suite):
 
 
 def test_a_client_that_cannot_be_started_does_not_fail_the_change(suite):
-    interface = start_up(suite)
+    interface = start_interface(suite)
     suite.component("receiver").unlink()
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp) == (True, "untouched")
@@ -122,10 +124,10 @@ def test_a_client_that_cannot_be_started_does_not_fail_the_change(suite):
     assert interface.errors == b""
 
 
-def test_a_change_after_the_end_of_supervision_sees_itself_through(suite):
-    interface = start_up(suite)
+def test_a_change_after_the_end_of_supervision_is_completed(suite):
+    interface = start_interface(suite)
     interface.signal(SIGTERM)
-    suite.behave("hub", "answer-after=500 record=events.jsonl")
+    suite.set_behaviour("hub", "answer-after=500 record=events.jsonl")
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp) == (True, "untouched")
     assert interface.running() == COMPONENTS

@@ -1,4 +1,4 @@
-"""What a component's process finds: streams, session, signals, descriptors, arguments."""
+"""What a component's process inherits: streams, session, signals, descriptors, environment."""
 
 import os
 import shutil
@@ -9,40 +9,41 @@ from signal import SIGHUP, SIGINT, SIGPIPE, SIGTERM, SIGUSR1, SIGUSR2
 import console
 import psutil
 import pytest
-from suite import wait_until
+from component_events import start_recording, wait_for_components
+from components import COMPONENTS, PROGRAMS
+from console import READY
+from deadline import wait_until
 
 ENV = shutil.which("env")
-NAMES = ("hub", "receiver", "sender")
 
 
-def starts(suite, count=3):
-    """The start records of an all-in-one run's components, by program."""
-    rows = wait_until(
-        lambda: (rows := suite.events("start")) and len(rows) == count and rows, "the starts"
-    )
+def starts(suite):
+    """The only start record of each component, by program."""
+    wait_for_components(suite)
+    rows = suite.events("start")
+    assert len(rows) == len(COMPONENTS)
     return {row["program"]: row for row in rows}
 
 
-def started(suite, *options, **run_options):
+def start_with_records(suite, *options, **run_options):
     """A run whose components have all started, and their start records."""
-    suite.record()
-    run = suite.start_up("--no-browser", *options, **run_options)
+    run = start_recording(suite, *options, **run_options)
     return run, starts(suite)
 
 
-def started_by_env(suite, *env_options, verbose=False):
-    """The same for a launcher started with given signal dispositions."""
+def start_by_env(suite, *env_options, verbose=False):
+    """The same for a launcher started with the signal dispositions that env(1) sets."""
     suite.record()
     launcher = [str(suite.launcher), *suite.ports_options, "--no-browser"]
     launcher += ["--verbose"] if verbose else []
     run = suite.start("--default-signal", *env_options, *launcher, program=ENV)
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     return run, starts(suite)
 
 
 @pytest.mark.parametrize("terminal", ["input", "all"])
 def test_quiet_components_have_no_terminal_and_a_session_each(suite, terminal):
-    run, rows = started(suite, terminal=terminal)
+    run, rows = start_with_records(suite, terminal=terminal)
     for row in rows.values():
         assert row["ppid"] == run.pid
         assert row["pgid"] == row["sid"] == row["pid"]
@@ -53,7 +54,7 @@ def test_quiet_components_have_no_terminal_and_a_session_each(suite, terminal):
 
 
 def test_verbose_components_share_the_launchers_terminal_session_and_group(suite):
-    run, rows = started(suite, "--verbose", terminal="all")
+    run, rows = start_with_records(suite, "--verbose", terminal="all")
     for row in rows.values():
         assert row["ppid"] == row["pgid"] == row["sid"] == run.pid
         assert row["isatty"] == [True] * 3
@@ -95,7 +96,7 @@ def test_quiet_components_read_nothing(suite):
 @pytest.mark.parametrize("verbose", [False, True])
 def test_no_descriptor_of_the_launcher_reaches_a_component(suite, verbose):
     reading, writing = os.pipe()
-    run, rows = started(
+    run, rows = start_with_records(
         suite, *(["--verbose"] if verbose else []), pass_fds=[reading, writing], terminal="all"
     )
     os.close(reading)
@@ -104,7 +105,7 @@ def test_no_descriptor_of_the_launcher_reaches_a_component(suite, verbose):
     assert run.stop() == 0
 
 
-def test_components_of_a_launcher_without_streams_have_theirs(suite):
+def test_components_of_a_launcher_without_streams_get_dev_null(suite):
     suite.record()
     options = " ".join([*suite.ports_options, "--no-browser"])
     run = suite.start("-c", f"exec ./launcher {options} <&- >&- 2>&-", program="/bin/sh")
@@ -115,15 +116,15 @@ def test_components_of_a_launcher_without_streams_have_theirs(suite):
 
 
 @pytest.mark.parametrize("verbose", [False, True])
-def test_components_find_default_signals_except_for_an_ignored_sigpipe(suite, verbose):
-    run, rows = started_by_env(suite, verbose=verbose)
+def test_components_inherit_default_signals_except_for_an_ignored_sigpipe(suite, verbose):
+    run, rows = start_by_env(suite, verbose=verbose)
     assert [row["ignored"] for row in rows.values()] == [[SIGPIPE]] * 3
     assert [row["blocked"] for row in rows.values()] == [[], [], []]
     assert run.stop() == 0
 
 
-def test_int_and_term_are_default_even_where_the_launcher_found_them_ignored(suite):
-    run, rows = started_by_env(suite, "--ignore-signal=INT,TERM,USR1", "--block-signal=USR2")
+def test_int_and_term_are_default_even_when_the_launcher_was_started_with_them_ignored(suite):
+    run, rows = start_by_env(suite, "--ignore-signal=INT,TERM,USR1", "--block-signal=USR2")
     assert [row["ignored"] for row in rows.values()] == [[SIGUSR1, SIGPIPE]] * 3
     assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
     assert run.stop(SIGTERM) == 0
@@ -138,7 +139,7 @@ def dispositions(pid):
 
 
 def test_under_nohup_a_hangup_changes_nothing(suite):
-    run, rows = started_by_env(suite, "--ignore-signal=HUP")
+    run, rows = start_by_env(suite, "--ignore-signal=HUP")
     assert [row["ignored"] for row in rows.values()] == [[SIGHUP, SIGPIPE]] * 3
     ignored, handled = dispositions(run.pid)
     assert SIGHUP in ignored
@@ -158,32 +159,32 @@ def test_a_hangup_ends_the_run_like_ctrl_c(suite):
 
 @pytest.mark.parametrize("verbose", [False, True])
 def test_closing_the_terminal_leaves_nothing_running(suite, verbose):
-    run, _ = started(suite, *(["--verbose"] if verbose else []), terminal="all")
+    run, _ = start_with_records(suite, *(["--verbose"] if verbose else []), terminal="all")
     run.hang_up()
     assert run.wait_for_process() == 0
     wait_until(lambda: not suite.processes(), "the end of everything")
-    if not verbose:  # a hang-up kills what shares the terminal
+    if not verbose:  # a hang-up kills the processes that share the terminal
         assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
 
 
 def test_ctrl_c_reaches_quiet_components_only_as_the_launchers_stop(suite):
-    run, _ = started(suite, terminal="all")
+    run, _ = start_with_records(suite, terminal="all")
     run.interrupt()
     assert run.wait() == 0
     assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
 
 
 def test_ctrl_c_reaches_verbose_components_directly(suite):
-    run, _ = started(suite, "--verbose", terminal="all")
+    run, _ = start_with_records(suite, "--verbose", terminal="all")
     run.interrupt()
     assert run.wait() == 0
-    # The hub is told to stop last, long after the terminal told everybody.
+    # The launcher stops the hub last, long after the terminal has signalled all of them.
     assert suite.events("stop", "td_hub")[0]["signal"] == SIGINT
 
 
-def test_a_component_that_ignores_sigterm_is_killed_after_40_looks(suite):
-    suite.behave("sender", "ignore-sigterm")
-    run, _ = started(suite)
+def test_a_component_that_ignores_sigterm_is_killed_after_4_seconds(suite):
+    suite.set_behaviour("sender", "ignore-sigterm")
+    run, _ = start_with_records(suite)
     sender = suite.process("sender")
     stopping = time.monotonic()
     assert run.stop() == 0
@@ -196,27 +197,27 @@ def test_a_component_that_ignores_sigterm_is_killed_after_40_looks(suite):
 
 def test_the_environment_and_the_working_folder_are_the_launchers(suite):
     environment = {**suite.environment, "ODD": "a=b\n", "EMPTY": ""}
-    run, _ = started(suite, environment=environment, cwd=suite.home)
-    for name in NAMES:
+    run, _ = start_with_records(suite, environment=environment, cwd=suite.home)
+    for name in COMPONENTS:
         process = suite.process(name)
         assert process.environ() == environment
         assert process.cwd() == str(suite.home)
     assert run.stop() == 0
 
 
-def test_components_come_from_the_launchers_folder_and_not_from_the_path(suite):
-    for name in NAMES:
+def test_components_are_started_from_the_launchers_folder_and_not_from_the_path(suite):
+    for name in COMPONENTS:
         suite.tool(f"td_{name}")
-    run, rows = started(suite)
+    run, rows = start_with_records(suite)
     assert {row["argv"][0] for row in rows.values()} == {
-        str(suite.component(name)) for name in NAMES
+        str(suite.component(name)) for name in COMPONENTS
     }
     assert run.stop() == 0
-    assert [suite.calls(f"td_{name}") for name in NAMES] == [[], [], []]
+    assert [suite.calls(f"td_{name}") for name in COMPONENTS] == [[], [], []]
 
 
-def test_each_component_is_one_process_of_the_launchers(suite):
-    run, _ = started(suite)
+def test_each_component_is_one_child_of_the_launcher(suite):
+    run, _ = start_with_records(suite)
     children = psutil.Process(run.pid).children(recursive=True)
-    assert sorted(child.name() for child in children) == ["td_hub", "td_receiver", "td_sender"]
+    assert sorted(child.name() for child in children) == PROGRAMS[:3]
     assert run.stop() == 0

@@ -6,7 +6,7 @@ How each text is read is the unit test's matter (tests/unit/settings_test.cpp).
 import pytest
 import scripted_hub
 
-DEFAULTS = ("4466", "4465", True)
+DEFAULTS = (*scripted_hub.DEFAULT_PORTS, True)
 SAVED = '{\n  "http_port": 4466,\n  "udp_port": 4465,\n  "open_browser": true\n}\n'
 OTHERS = '{\n  "http_port": 5000,\n  "udp_port": 5001,\n  "open_browser": false\n}\n'
 

@@ -1,4 +1,4 @@
-"""How a console run ends: by Ctrl-C, signals, a closed terminal; and what it leaves behind."""
+"""The end of a console run: by Ctrl-C, by signals, by a closed terminal."""
 
 import os
 import shutil
@@ -8,58 +8,52 @@ from signal import SIGCONT, SIGHUP, SIGINT, SIGSTOP, SIGTERM
 
 import console
 import pytest
-from deadline import DEADLINE
-from history import RESTARTING, SECOND, kill, starts, stops, wait_for_start
-from suite import wait_until
-
-COMPONENTS = ["hub", "receiver", "sender"]
-STOP_ORDER = ["td_sender", "td_receiver", "td_hub"]
-GRACE = 4 * SECOND  # that a component has after its SIGTERM
-
-
-def start_up(suite, *arguments, **options):
-    """A run whose components record and have all begun their work."""
-    suite.record()
-    run = suite.start_up("--no-browser", *arguments, **options)
-    for name in COMPONENTS:
-        wait_for_start(suite, name)
-    return run
+from component_events import (
+    KILL_DELAY,
+    kill,
+    start_recording,
+    starts,
+    stops,
+    wait_for_components,
+    wait_for_start,
+)
+from components import COMPONENTS, STOP_ORDER
+from console import RESTARTING
+from deadline import DEADLINE, wait_until
 
 
-def has_stopped_in_order(suite):
-    """Whether each component ended before the next was told to."""
+def check_stopped_in_order(suite):
+    """Checks that each component ended before the next one got its SIGTERM."""
     ends = [(row["event"], row["program"]) for row in suite.events() if row["event"] != "start"]
     assert ends == [(event, name) for name in STOP_ORDER for event in ("stop", "exit")]
     assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
     assert suite.processes() == []
-    return True
 
 
 @pytest.mark.parametrize("presses", [1, 2, 5])
-def test_ctrl_c(suite, presses):
-    run = start_up(suite, terminal="all")
+def test_ctrl_c_stops_everything_in_order(suite, presses):
+    run = start_recording(suite, terminal="all")
     for _ in range(presses):
         run.interrupt()
     assert run.wait() == 0
-    text = run.output.replace(b"\r\n", b"\n").replace(b"^C", b"")
-    assert text.endswith(console.STOPPED)
-    assert text.count(b"Tandrel: stop") == 2
-    assert has_stopped_in_order(suite)
+    assert run.text.endswith(console.STOPPED)
+    assert run.text.count(b"Tandrel: stop") == 2
+    check_stopped_in_order(suite)
 
 
-def test_a_flood_of_signals_cuts_no_message_short(suite):
-    run = start_up(suite, terminal="all")
+def test_many_signals_cut_no_message_short(suite):
+    run = start_recording(suite, terminal="all")
     end = time.monotonic() + DEADLINE
     while run.process.poll() is None and time.monotonic() < end:
         run.signal(SIGINT)
     assert run.process.poll() == 0
     run.wait()
-    assert run.output.replace(b"\r\n", b"\n").endswith(console.STOPPED)
+    assert run.text.endswith(console.STOPPED)
 
 
-def test_ctrl_c_while_it_is_stopping(suite):
-    suite.behave("receiver", "ignore-sigterm")
-    run = start_up(suite, terminal="all")
+def test_ctrl_c_while_the_run_is_stopping(suite):
+    suite.set_behaviour("receiver", "ignore-sigterm")
+    run = start_recording(suite, terminal="all")
     run.interrupt()
     wait_until(lambda: suite.events("ignored"), "the receiver to get its signal")
     run.interrupt()
@@ -72,45 +66,46 @@ def test_ctrl_c_while_it_is_stopping(suite):
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP])
 def test_a_signal_ends_the_run_like_ctrl_c(suite, number):
-    run = start_up(suite)
+    run = start_recording(suite)
     assert run.stop(number) == 0
     assert run.output.endswith(console.STOPPED)
     assert run.output.count(b"Tandrel: stop") == 2
     assert run.errors == b""
-    assert has_stopped_in_order(suite)
+    check_stopped_in_order(suite)
 
 
 def test_several_kinds_of_signals_end_the_run_once(suite):
-    run = start_up(suite)
+    run = start_recording(suite)
     for number in (SIGTERM, SIGINT, SIGHUP, SIGTERM):
         run.signal(number)
     assert run.wait() == 0
     assert run.output.count(b"Tandrel: stop") == 2
-    assert has_stopped_in_order(suite)
+    check_stopped_in_order(suite)
 
 
 def test_closing_the_terminal_ends_the_run(suite):
-    run = start_up(suite, terminal="all")
+    run = start_recording(suite, terminal="all")
     run.hang_up()
     assert run.wait() == 0
-    assert has_stopped_in_order(suite)
+    check_stopped_in_order(suite)
 
 
 def test_closing_the_terminal_of_a_verbose_run_ends_it(suite):
-    run = start_up(suite, "--verbose", terminal="all")
+    run = start_recording(suite, "--verbose", terminal="all")
     run.hang_up()
     assert run.wait() == 0
     wait_until(lambda: not suite.processes(), "the end of the components")
 
 
-def test_nohup_keeps_the_run_through_a_hangup(suite):
+def test_under_nohup_a_run_goes_on_after_its_terminal_closes(suite):
     nohup = shutil.which("nohup")
     suite.record()
     run = suite.start(
         suite.launcher, *suite.ports_options, "--no-browser", program=nohup, terminal="all"
     )
-    for name in COMPONENTS:
-        assert SIGHUP in wait_for_start(suite, name)["ignored"]
+    wait_for_components(suite)
+    for start in suite.events("start"):
+        assert SIGHUP in start["ignored"]
     log = suite.folder / "nohup.out"
     wait_until(lambda: b"Ctrl-C here" in log.read_bytes(), "the end of the start-up")
     run.hang_up()
@@ -125,47 +120,47 @@ def test_nohup_keeps_the_run_through_a_hangup(suite):
     assert stops(suite) == STOP_ORDER
 
 
-def test_a_component_that_ignores_its_signal_is_killed(suite):
-    suite.behave("receiver", "ignore-sigterm")
-    run = start_up(suite)
+def test_a_component_that_ignores_sigterm_is_killed(suite):
+    suite.set_behaviour("receiver", "ignore-sigterm")
+    run = start_recording(suite)
     assert run.stop(SIGTERM) == 0
     assert stops(suite) == ["td_sender", "td_hub"]
     (ignored,) = suite.events("ignored")
     hub_stop = suite.events("stop", "td_hub")[0]
-    # Both times are taken where the signal arrives, the first of them a little late.
-    assert hub_stop["time_ns"] - suite.events("exit", "td_sender")[0]["time_ns"] >= GRACE
+    # The sender's end is recorded just before the receiver gets its SIGTERM.
+    assert hub_stop["time_ns"] - suite.events("exit", "td_sender")[0]["time_ns"] >= KILL_DELAY
     assert ignored["program"] == "td_receiver"
     assert suite.processes() == []
     assert run.output.endswith(console.STOPPED)
 
 
-def test_a_component_that_is_stopped_by_its_user_is_killed(suite):
-    """A process that job control has stopped does not see SIGTERM, but SIGKILL."""
-    run = start_up(suite)
+def test_a_suspended_component_is_killed(suite):
+    """SIGTERM does not reach a process that SIGSTOP has suspended; SIGKILL does."""
+    run = start_recording(suite)
     os.kill(starts(suite, "sender")[0]["pid"], SIGSTOP)
     begin = time.monotonic_ns()
     assert run.stop(SIGTERM) == 0
-    assert time.monotonic_ns() - begin >= GRACE
+    assert time.monotonic_ns() - begin >= KILL_DELAY
     assert stops(suite) == ["td_receiver", "td_hub"]
     assert suite.processes() == []
 
 
-def test_components_that_died_unseen_are_no_trouble(suite):
-    run = start_up(suite)
+def test_components_that_died_unnoticed_do_not_disturb_the_end(suite):
+    run = start_recording(suite)
     run.signal(SIGSTOP)
     for name in COMPONENTS:
         kill(suite, name)
     run.signal(SIGTERM)
     run.signal(SIGCONT)
     assert run.wait() == 0
-    # It was stopped between two looks or, rarely, in one, which it then finishes.
+    # It was suspended between two polls or, rarely, during one, which it then finishes.
     assert run.errors.decode() in ("", *map(RESTARTING.format, COMPONENTS))
     assert run.output.endswith(console.STOPPED)
     assert suite.processes() == []
 
 
-def test_a_verbose_run_shares_its_terminal(suite):
-    run = start_up(suite, "--verbose", terminal="all")
+def test_ctrl_c_reaches_a_verbose_run_and_its_components(suite):
+    run = start_recording(suite, "--verbose", terminal="all")
     for start in suite.events("start"):
         assert start["isatty"] == [True] * 3
         assert start["pgid"] == start["sid"] == run.pid
@@ -173,39 +168,38 @@ def test_a_verbose_run_shares_its_terminal(suite):
     run.interrupt()
     assert run.wait() == 0
     assert sorted(stops(suite)) == sorted(STOP_ORDER)
-    # The terminal told each of them, so none died of anything else, and none was restarted.
+    # The terminal signals all of them; none died of anything else, and none was restarted.
     assert {row["signal"] for row in suite.events("stop")} <= {SIGINT, SIGTERM}
     assert suite.events("stop", "td_hub")[0]["signal"] == SIGINT
     assert len(suite.events("start")) == 3
-    text = run.output.replace(b"\r\n", b"\n")
-    assert b"restarting" not in text
-    assert text.count(b"Tandrel: stopping...") == text.count(b"Tandrel: stopped.") == 1
+    assert b"restarting" not in run.output
+    assert run.output.count(b"Tandrel: stopping...") == 1
+    assert run.output.count(b"Tandrel: stopped.") == 1
     assert suite.processes() == []
 
 
-def test_a_verbose_run_restarts_on_the_terminal(suite):
-    run = start_up(suite, "--verbose", terminal="all")
+def test_a_verbose_run_restarts_components_on_the_terminal(suite):
+    run = start_recording(suite, "--verbose", terminal="all")
     kill(suite, "sender")
     assert wait_for_start(suite, "sender", 2)["isatty"] == [True] * 3
     assert run.stop(SIGTERM) == 0
     assert stops(suite) == STOP_ORDER
 
 
-def test_a_run_can_follow_another_at_once(suite):
+def test_a_new_run_can_start_right_after_another(suite):
     suite.record()
     for count in (1, 2, 3):
         run = suite.start_up("--no-browser", terminal="all")
-        for name in COMPONENTS:
-            wait_for_start(suite, name, count)
+        wait_for_components(suite, count)
         run.interrupt()
         assert run.wait() == 0
     assert stops(suite) == STOP_ORDER * 3
 
 
 def test_an_idle_console_run_uses_no_cpu(suite):
-    run = start_up(suite)
+    run = start_recording(suite)
     before = cpu_ticks(run.pid)
-    time.sleep(10)  # the measurement itself
+    time.sleep(10)  # not a wait: the processor time of this period is measured
     assert cpu_ticks(run.pid) - before <= 1
     assert run.stop() == 0
 

@@ -1,4 +1,4 @@
-"""An all-in-one run from its first line to its last: what it prints and what it starts."""
+"""An all-in-one run: what it prints and which components it starts."""
 
 import shlex
 import shutil
@@ -9,7 +9,10 @@ from signal import SIGINT, SIGTERM
 import console
 import psutil
 import pytest
-from suite import wait_until
+from component_events import start_recording
+from components import COMPONENTS, client_arguments, hub_arguments
+from console import READY
+from deadline import DEADLINE, wait_until
 
 PID_COUNT = int(Path("/proc/sys/kernel/pid_max").read_text())
 
@@ -28,7 +31,7 @@ def programs(suite):
     ],
 )
 @pytest.mark.parametrize("verbose", [False, True])
-def test_every_byte_of_a_run(suite, options, running, started, verbose):
+def test_the_whole_output_of_a_run(suite, options, running, started, verbose):
     suite.record()
     run = suite.start_up(*options, *(["--verbose"] if verbose else []))
     wait_until(lambda: len(programs(suite)) == len(started), "the components' starts")
@@ -48,18 +51,13 @@ def test_every_byte_of_a_run(suite, options, running, started, verbose):
 
 
 def test_the_arguments_of_all_components(suite):
-    suite.record()
-    run = suite.start_up("--no-browser")
-    wait_until(lambda: len(programs(suite)) == 3, "the components' starts")
+    run = start_recording(suite)
     assert run.stop() == 0
-    hub_at = f"127.0.0.1:{suite.udp}"
+    clients = client_arguments(suite.udp)
     assert {row["program"]: row["argv"] for row in suite.events("start")} == {
-        "td_hub": [
-            str(suite.component("hub")),
-            *("--udp-port", str(suite.udp), "--http-port", str(suite.http)),
-        ],
-        "td_receiver": [str(suite.component("receiver")), "--hub", hub_at],
-        "td_sender": [str(suite.component("sender")), "--hub", hub_at],
+        "td_hub": [str(suite.component("hub")), *hub_arguments(suite.http, suite.udp)],
+        "td_receiver": [str(suite.component("receiver")), *clients],
+        "td_sender": [str(suite.component("sender")), *clients],
     }
 
 
@@ -68,31 +66,31 @@ def test_the_clients_get_the_control_port_cut_to_16_bits(suite):
     run = suite.start(
         *("--http-port", suite.http + 65536, "--udp-port", suite.udp - 65536, "--no-browser")
     )
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     wait_until(lambda: len(programs(suite)) == 3, "the components' starts")
     assert run.stop() == 0
     arguments = {row["program"]: row["argv"][1:] for row in suite.events("start")}
     assert arguments["td_hub"][1::2] == [str(suite.udp), str(suite.http)]
-    assert arguments["td_receiver"] == arguments["td_sender"] == ["--hub", f"127.0.0.1:{suite.udp}"]
+    assert arguments["td_receiver"] == arguments["td_sender"] == client_arguments(suite.udp)
 
 
 def test_the_clients_start_in_order_once_the_hub_answers(suite):
     suite.record()
-    suite.behave("hub", "answer-after=400 record=events.jsonl")
+    suite.set_behaviour("hub", "answer-after=400 record=events.jsonl")
     run = suite.start_up("--no-browser")
     wait_until(lambda: len(programs(suite)) == 3, "the components' starts")
     time = {row["program"]: row["time_ns"] for row in suite.events("start")}
     assert min(time["td_receiver"], time["td_sender"]) - time["td_hub"] > 400e6
-    hub, receiver, sender = (suite.process(name) for name in ("hub", "receiver", "sender"))
+    hub, receiver, sender = (suite.process(name) for name in COMPONENTS)
     assert hub.create_time() <= receiver.create_time() <= sender.create_time()
-    assert (sender.pid - receiver.pid) % PID_COUNT < PID_COUNT // 2  # pids start anew at the last
+    assert (sender.pid - receiver.pid) % PID_COUNT < PID_COUNT // 2  # pids wrap around
     assert run.stop() == 0
 
 
 def test_the_title_comes_before_the_hub_answers_and_the_rest_after(suite):
-    suite.behave("hub", "answer-after=600000")
+    suite.set_behaviour("hub", "answer-after=600000")
     run = suite.start(*suite.ports_options)
-    run.wait_for("1.4.4+412\x1b[0m\n")  # at once, through a pipe
+    run.wait_for("1.4.4+412\x1b[0m\n")  # not buffered, although it is a pipe
     assert run.stop() == 1
     assert run.output == console.TITLE
 
@@ -101,7 +99,7 @@ def test_the_ports_come_from_the_settings_unless_an_option_says_otherwise(suite)
     suite.record("hub")
     suite.save_settings(f'{{"http_port": {suite.http}, "udp_port": 4999}}')
     run = suite.start("--udp-port", suite.udp, "--no-browser")
-    run.wait_for("Ctrl-C here stops everything.")
+    run.wait_for(READY)
     assert console.dashboard_url(suite.http).encode() in run.output
     assert run.stop() == 0
     assert suite.events("start")[0]["argv"][2::2] == [str(suite.udp), str(suite.http)]
@@ -194,20 +192,20 @@ def module_without_functions(session_folder):
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM])
 @pytest.mark.parametrize("terminal", [None, "input", "output", "all"])
-def test_only_a_run_without_any_terminal_looks_for_an_interface(
+def test_only_a_run_without_any_terminal_loads_an_interface(
     suite, module_without_functions, terminal, number
 ):
     shutil.copy2(module_without_functions, suite.folder / "tdgui.so")
     run = suite.start_up("--no-browser", terminal=terminal)
-    looked_for = suite.folder / "module-loaded"
+    loaded = suite.folder / "module-loaded"
     if terminal is None:
-        wait_until(looked_for.exists, "the look for an interface")
+        wait_until(loaded.exists, "the module to be loaded")
     # Without an interface, and with a terminal, the run lasts until a signal.
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)
     assert run.stop(number) == 0
     assert run.output.replace(b"\r", b"").endswith(console.STOPPED)
-    assert looked_for.exists() == (terminal is None)
+    assert loaded.exists() == (terminal is None)
 
 
 def test_a_run_without_terminal_and_interface_prints_the_same(suite):
@@ -238,7 +236,7 @@ def test_output_in_a_file_and_input_from_a_terminal_is_console_use(suite, module
     assert not (suite.folder / "module-loaded").exists()
 
 
-def test_a_reader_of_the_output_that_leaves_does_not_end_the_run(suite):
+def test_a_closed_output_pipe_does_not_end_the_run(suite):
     suite.record()
     command = [suite.launcher, *suite.ports_options, "--no-browser"]
     run = subprocess.Popen(
@@ -249,23 +247,23 @@ def test_a_reader_of_the_output_that_leaves_does_not_end_the_run(suite):
         wait_until(lambda: len(programs(suite)) == 3, "the components' starts")
     finally:
         run.send_signal(SIGINT)
-    assert run.wait(timeout=30) == 0
+    assert run.wait(timeout=DEADLINE) == 0
 
 
-def test_two_runs_on_their_own_ports_do_not_meet(suite):
+def test_two_runs_on_different_ports_do_not_disturb_each_other(suite):
     first = suite.start_up("--no-browser")
     second = suite.start(
         *("--http-port", suite.ports.free(), "--udp-port", suite.ports.free(), "--no-browser")
     )
-    second.wait_for("Ctrl-C here stops everything.")
+    second.wait_for(READY)
     wait_until(lambda: len(suite.processes("sender")) == 2, "both senders")
     assert second.stop() == 0
-    for name in ("hub", "receiver", "sender"):
+    for name in COMPONENTS:
         assert suite.process(name).parent() == psutil.Process(first.pid)
     assert first.stop() == 0
 
 
-def test_a_run_can_follow_at_once(suite):
+def test_a_new_run_can_start_right_after_another(suite):
     for _ in range(3):
         run = suite.start_up("--no-browser")
         assert run.stop() == 0

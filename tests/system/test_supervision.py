@@ -1,91 +1,84 @@
-"""A component that exits is started again, five times; its sixth exit leaves it stopped."""
+"""A component that exits is restarted up to five times; its sixth exit leaves it stopped."""
 
 from signal import SIGTERM
 
 import console
 import pytest
-from history import (
-    LEFT_STOPPED,
-    NOT_RESTARTED,
-    RESTARTING,
+from blocked_stderr import BlockedStderr
+from component_events import (
     SECOND,
-    BlockedErrors,
     exits,
-    given_up,
-    is_gone,
     kill,
-    see_two_passes,
+    kill_until_reaped,
+    start_recording,
     starts,
     stops,
     wait_for_start,
+    wait_for_supervisor_pass,
 )
-from suite import wait_until
+from components import COMPONENTS
+from console import LEFT_STOPPED, NOT_RESTARTED, RESTARTING, restarts_until_left_stopped
 
-PAUSE = SECOND // 2
-FIRST_LOOK = 2 * SECOND // 5
+RESTART_DELAY = SECOND // 2
+FIRST_POLL = 2 * SECOND // 5  # after the start of the supervisor
 
 
 @pytest.mark.parametrize(
     "name, behaviour",
     [
         ("receiver", "exit-at-once"),  # with status 0
-        # Living on for longer than it takes to look does not win restarts back.
+        # Running for longer than a poll interval does not reset the count.
         ("sender", "exit-after=700 signal=11"),
     ],
 )
 def test_a_component_is_restarted_five_times(suite, name, behaviour):
-    suite.behave(name, behaviour)
+    suite.set_behaviour(name, behaviour)
     suite.record()
     run = suite.start_up("--no-browser")
     run.wait_for(LEFT_STOPPED.format(name), "errors")
-    see_two_passes(suite)
+    wait_for_supervisor_pass(suite)
     others = ["td_receiver", "td_sender", "td_hub"]
     others.remove(f"td_{name}")
     assert run.stop() == 0
-    assert run.errors.decode() == given_up(name) + RESTARTING.format("hub") * 2
+    assert run.errors.decode() == restarts_until_left_stopped(name) + RESTARTING.format("hub") * 2
     assert run.output.endswith(console.STOPPED)
     assert stops(suite) == sorted(others, reverse=True)
     assert len(starts(suite, name)) == len(exits(suite, name)) == 6
     for end, start in zip(exits(suite, name), starts(suite, name)[1:]):
-        assert start["time_ns"] - end["time_ns"] >= PAUSE
+        assert start["time_ns"] - end["time_ns"] >= RESTART_DELAY
 
 
 @pytest.mark.parametrize("contents", ["", "#!/no/such/interpreter\n"])
-def test_a_program_that_cannot_be_executed_is_one_that_exits(suite, contents):
+def test_a_program_that_cannot_be_executed_counts_as_exiting(suite, contents):
     suite.script("td_receiver", contents)
     suite.record("sender", "hub")
     run = suite.start_up("--no-browser")
     wait_for_start(suite, "sender")
     run.wait_for(LEFT_STOPPED.format("receiver"), "errors")
     assert run.stop() == 0
-    assert run.errors.decode() == given_up("receiver")
+    assert run.errors.decode() == restarts_until_left_stopped("receiver")
     assert stops(suite) == ["td_sender", "td_hub"]
 
 
 def test_a_hub_that_keeps_exiting_ends_the_run(suite):
-    suite.record()
-    run = suite.start_up("--no-browser")
-    wait_for_start(suite, "sender")
-    wait_for_start(suite, "receiver")
-    suite.behave("hub", "exit-at-once status=1 record=events.jsonl")
+    run = start_recording(suite)
+    suite.set_behaviour("hub", "exit-at-once status=1 record=events.jsonl")
     kill(suite, "hub")
     assert run.wait() == 0
-    assert run.errors.decode() == given_up("hub")
+    assert run.errors.decode() == restarts_until_left_stopped("hub")
     assert run.output.endswith(console.STOPPED)
     assert len(starts(suite, "hub")) == 6
     assert stops(suite) == ["td_sender", "td_receiver"]
 
 
 def test_a_restarted_component_gets_the_same_arguments(suite):
-    suite.record()
-    run = suite.start_up("--no-browser")
-    for name in ("hub", "receiver", "sender"):
-        wait_for_start(suite, name)
+    run = start_recording(suite)
+    for name in COMPONENTS:
         kill(suite, name)
         wait_for_start(suite, name, 2)
     assert run.stop() == 0
-    assert run.errors.decode() == "".join(map(RESTARTING.format, ("hub", "receiver", "sender")))
-    for name in ("hub", "receiver", "sender"):
+    assert run.errors.decode() == "".join(map(RESTARTING.format, COMPONENTS))
+    for name in COMPONENTS:
         before, after = starts(suite, name)
         for fact in ("argv", "stdio", "descriptors", "ignored", "blocked"):
             assert before[fact] == after[fact]
@@ -93,18 +86,18 @@ def test_a_restarted_component_gets_the_same_arguments(suite):
         assert after["sid"] == after["pgid"] == after["pid"]
 
 
-def test_the_first_look_comes_after_a_pause(suite):
-    suite.behave("receiver", "exit-at-once")
+def test_the_first_poll_comes_after_a_delay(suite):
+    suite.set_behaviour("receiver", "exit-at-once")
     suite.record()
     run = suite.start_up("--no-browser")
     restart = wait_for_start(suite, "receiver", 2)
     run.stop()
-    # The supervisor starts its work later than the hub.
-    assert restart["time_ns"] - starts(suite, "hub")[0]["time_ns"] >= FIRST_LOOK + PAUSE
+    # The supervisor starts later than the hub.
+    assert restart["time_ns"] - starts(suite, "hub")[0]["time_ns"] >= FIRST_POLL + RESTART_DELAY
 
 
 @pytest.mark.parametrize("name", ["receiver", "sender"])
-def test_a_component_whose_file_has_gone_is_not_tried_again(suite, name):
+def test_a_component_whose_file_is_missing_is_not_retried(suite, name):
     suite.record()
     run = suite.start_up("--no-browser")
     wait_for_start(suite, name)
@@ -112,18 +105,15 @@ def test_a_component_whose_file_has_gone_is_not_tried_again(suite, name):
     kill(suite, name)
     run.wait_for(NOT_RESTARTED.format(name), "errors")
     (suite.folder / "elsewhere").rename(suite.component(name))
-    see_two_passes(suite)
+    wait_for_supervisor_pass(suite)
     assert run.stop() == 0
-    said = RESTARTING.format(name) + NOT_RESTARTED.format(name) + RESTARTING.format("hub") * 2
-    assert run.errors.decode() == said
+    messages = [RESTARTING.format(name), NOT_RESTARTED.format(name), RESTARTING.format("hub") * 2]
+    assert run.errors.decode() == "".join(messages)
     assert len(starts(suite, name)) == 1
 
 
-def test_a_hub_whose_file_has_gone_leaves_the_others_running(suite):
-    suite.record()
-    run = suite.start_up("--no-browser")
-    wait_for_start(suite, "receiver")
-    wait_for_start(suite, "sender")
+def test_a_hub_whose_file_is_missing_leaves_the_others_running(suite):
+    run = start_recording(suite)
     suite.component("hub").unlink()
     kill(suite, "hub")
     run.wait_for(NOT_RESTARTED.format("hub"), "errors")
@@ -137,18 +127,18 @@ def test_a_hub_whose_file_has_gone_leaves_the_others_running(suite):
 def test_a_component_left_out_is_never_started(suite, option, name):
     suite.record()
     run = suite.start_up("--no-browser", option)
-    see_two_passes(suite)
+    wait_for_supervisor_pass(suite)
     assert run.stop() == 0
     assert run.errors.decode() == RESTARTING.format("hub") * 2
     assert starts(suite, name) == []
 
 
-def test_a_component_that_could_not_be_started_is_left_alone(suite):
+def test_a_component_that_could_not_be_started_is_not_supervised(suite):
     suite.record()
     suite.component("sender").rename(suite.folder / "elsewhere")
     run = suite.start_up("--no-browser")
     (suite.folder / "elsewhere").rename(suite.component("sender"))
-    see_two_passes(suite)
+    wait_for_supervisor_pass(suite)
     assert run.stop() == 0
     path = suite.component("sender")
     message = f"Tandrel: could not start the sender ({path})\n"
@@ -156,35 +146,27 @@ def test_a_component_that_could_not_be_started_is_left_alone(suite):
     assert starts(suite, "sender") == []
 
 
-def test_components_are_looked_at_in_start_order(suite):
-    errors = BlockedErrors()
-    suite.record()
-    run = suite.start_up("--no-browser", stderr=errors.writing)
-    wait_for_start(suite, "sender")
-    wait_for_start(suite, "receiver")
-    hub = kill(suite, "hub")
-    wait_until(lambda: is_gone(hub), "the supervisor to find the hub")
+def test_components_are_polled_in_start_order(suite):
+    errors = BlockedStderr()
+    run = start_recording(suite, stderr=errors.writing)
+    kill_until_reaped(suite, "hub")
     kill(suite, "sender")
     kill(suite, "receiver")
     errors.release()
     wait_for_start(suite, "sender", 2)
     assert run.stop() == 0
-    assert errors.text() == "".join(map(RESTARTING.format, ("hub", "receiver", "sender")))
+    assert errors.text() == "".join(map(RESTARTING.format, COMPONENTS))
 
 
-def test_the_end_of_the_run_ends_a_look_at_the_components(suite):
-    errors = BlockedErrors()
-    suite.record()
-    run = suite.start_up("--no-browser", stderr=errors.writing)
-    wait_for_start(suite, "sender")
-    receiver = wait_for_start(suite, "receiver")["pid"]
-    kill(suite, "receiver")
-    wait_until(lambda: is_gone(receiver), "the supervisor to find the receiver")
+def test_the_end_of_the_run_ends_a_poll_of_the_components(suite):
+    errors = BlockedStderr()
+    run = start_recording(suite, stderr=errors.writing)
+    kill_until_reaped(suite, "receiver")
     kill(suite, "sender")
     run.signal(SIGTERM)
     errors.release()
     assert run.wait() == 0
-    # A restart that was under way by then is finished; what comes after the receiver is not looked at.
+    # A restart that was under way is finished; the sender, next in order, is not polled.
     assert errors.text() in ("", RESTARTING.format("receiver"))
     assert len(starts(suite, "sender")) == 1
     assert run.output.endswith(console.STOPPED)

@@ -1,4 +1,4 @@
-"""A launcher at the very top of the file system, in a root folder made for the test."""
+"""A launcher in the root folder or right below it, in a root folder made for the test."""
 
 import shutil
 import subprocess
@@ -6,10 +6,8 @@ import tempfile
 
 import pytest
 import scripted_hub
+from scripted_hub import DEFAULT_PORTS, SAVED, SAVED_PORTS
 
-SAVED = b'{"http_port": 5000, "udp_port": 5001}'
-SAVED_PORTS = ("5000", "5001")
-DEFAULTS = ("4466", "4465")
 
 # Takes the new root folder and the command. What the real root holds is there as well.
 IN_NEW_ROOT = """
@@ -69,7 +67,7 @@ class TopLevel:
         )
 
 
-def test_contents_macos_at_the_top_counts_as_a_bundle(suite, new_root):
+def test_contents_macos_below_the_root_folder_is_a_bundle(suite, new_root):
     top = TopLevel(suite, new_root, "Contents/MacOS")
     support = suite.home / "Library" / "Application Support" / "Tandrel"
     support.mkdir(parents=True)
@@ -78,17 +76,17 @@ def test_contents_macos_at_the_top_counts_as_a_bundle(suite, new_root):
     assert not (top.folder / "config").exists()
 
 
-def test_an_empty_home_is_not_the_top_folder(suite, new_root):
+def test_an_empty_home_is_not_the_root_folder(suite, new_root):
     top = TopLevel(suite, new_root, "Contents/MacOS")
     (top.root / "Library").mkdir()
-    assert top.ports("") == DEFAULTS
+    assert top.ports("") == DEFAULT_PORTS
     (top.folder / "config" / "launcher.json").write_bytes(SAVED)
     assert top.ports("") == SAVED_PORTS
     assert list((top.root / "Library").iterdir()) == []
 
 
-def test_a_launcher_in_the_top_folder_itself(suite, new_root):
+def test_a_launcher_in_the_root_folder_itself(suite, new_root):
     top = TopLevel(suite, new_root, "")
-    assert top.ports(suite.home) == DEFAULTS
+    assert top.ports(suite.home) == DEFAULT_PORTS
     (top.root / "config" / "launcher.json").write_bytes(SAVED)
     assert top.ports(suite.home) == SAVED_PORTS

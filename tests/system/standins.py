@@ -15,12 +15,12 @@ import termios
 import time
 from pathlib import Path
 
-from suite import DEADLINE, STAND_INS, Ports, wait_until
+from components import PROGRAMS, client_arguments, hub_arguments
+from deadline import DEADLINE, wait_until
+from suite import STAND_INS, Ports
 
-PROGRAMS = ("td_hub", "td_receiver", "td_sender", "td_align")
 
-
-class Place:
+class StandIns:
     """A private folder that holds the stand-ins, and the processes started there."""
 
     def __init__(self):
@@ -33,14 +33,14 @@ class Place:
         for name in PROGRAMS:
             (self.folder / name).symlink_to(STAND_INS / name)
 
-    def behave(self, name, words):
+    def set_behaviour(self, name, words):
         (self.folder / f"{name}.behaviour").write_text(words)
 
     def usual_arguments(self, name):
         """What the launcher would call the program with."""
         if name == "td_hub":
-            return ["--udp-port", str(self.udp), "--http-port", str(self.http)]
-        return [] if name == "td_align" else ["--hub", f"127.0.0.1:{self.udp}"]
+            return hub_arguments(self.http, self.udp)
+        return [] if name == "td_align" else client_arguments(self.udp)
 
     def start(self, name, *arguments, environment=None, **options):
         """Starts a program, with its usual arguments unless others are given."""

@@ -1,4 +1,4 @@
-"""Other programs on the ports of the suite."""
+"""Servers other than the hub, for tests of ports that are in use."""
 
 import socket
 import threading
@@ -8,7 +8,7 @@ from http.server import BaseHTTPRequestHandler, HTTPServer
 
 @contextmanager
 def answering_server(port):
-    """A program that is no hub of ours and answers every request."""
+    """An HTTP server that answers every request with 200."""
 
     class Answer(BaseHTTPRequestHandler):
         def do_GET(self):
@@ -29,13 +29,14 @@ def answering_server(port):
 
 @contextmanager
 def silent_server(port):
-    """A program that takes connections and says nothing."""
+    """A server that accepts connections and sends nothing."""
     with socket.create_server(("", port)):
         yield
 
 
 @contextmanager
 def datagram_port(port):
+    """A socket that occupies a UDP port."""
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as holder:
         holder.bind(("", port))
         yield

@@ -1,0 +1,37 @@
+"""Replacements of curl, with which the launcher probes the hub."""
+
+import shutil
+
+from suite import RECORDING_TOOL
+
+CURL = shutil.which("curl")
+
+# Waits until hub number {count} to record its end is a zombie: dead, and not reaped yet.
+_WAIT_FOR_HUB_EXIT = """#!/bin/sh
+exits() {{ grep '"event":"exit","program":"td_hub"' "${{0%/*}}/../events.jsonl" 2>/dev/null; }}
+until [ "$(exits | wc -l)" -ge {count} ]; do sleep 0.01; done
+pid=$(exits | sed -n '{count}s/.*"pid":\\([0-9]*\\).*/\\1/p')
+until [ "$(cut -d ' ' -f 3 "/proc/$pid/stat")" = Z ]; do sleep 0.01; done
+"""
+
+
+def succeed_after_hub_exit(suite):
+    """Every probe waits for the first exit of a recording hub, and succeeds."""
+    suite.tool("curl", _WAIT_FOR_HUB_EXIT.format(count=1))
+
+
+def probe_after_hub_exit(suite, count=1):
+    """Every probe waits for exit number `count` of a recording hub and then probes the port.
+
+    An earlier probe could be answered by the port's owner while the hub still runs.
+    """
+    suite.tool("curl", _WAIT_FOR_HUB_EXIT.format(count=count) + f'exec {CURL} "$@"\n')
+
+
+def record_and_probe(suite):
+    suite.tool("curl", RECORDING_TOOL + f'exec {CURL} "$@"\n')
+
+
+def record_and_fail(suite):
+    """Every probe is recorded and fails at once, as curl does when the connection is refused."""
+    suite.tool("curl", RECORDING_TOOL + "exit 7\n")

@@ -67,6 +67,7 @@ TEST_F(PathTools, AlertTakesTheFirstToolFoundAndHandsItTheWholeMessage) {
       EXPECT_EQ(said_by(platform::alert_command(message)), said);
     }
   };
+  (void)folder.write("touch", "#!/bin/sh\n: > " + folder.prefix() + "touched\n", true);
   EXPECT_EQ(said_by(platform::alert_command("text")), "");
   expect_alerts_by("xmessage", "-title|Tandrel|-center|");
   expect_alerts_by("kdialog", "--title|Tandrel|--error|");
@@ -74,6 +75,8 @@ TEST_F(PathTools, AlertTakesTheFirstToolFoundAndHandsItTheWholeMessage) {
   add("osascript");
   EXPECT_THAT(said_by(platform::alert_command("text")),
               testing::StartsWith("osascript|-e|display alert"));
+  EXPECT_FALSE(std::filesystem::exists(folder.path / "touched"))
+      << "a command in a message was run";
 }
 
 TEST(Platform, WithoutAModuleThereIsNoInterface) {

@@ -7,14 +7,17 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/launcher/*.cpp ${PROJECT_SOURCE_DIR}/launcher/*.h
   ${PROJECT_SOURCE_DIR}/gui/*.cpp ${PROJECT_SOURCE_DIR}/gui/*.h ${PROJECT_SOURCE_DIR}/gui/*.mm
   ${PROJECT_SOURCE_DIR}/components/*.cpp ${PROJECT_SOURCE_DIR}/components/*.h
-  ${PROJECT_SOURCE_DIR}/bench/*.cpp ${PROJECT_SOURCE_DIR}/bench/*.c
   ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h ${PROJECT_SOURCE_DIR}/tests/*.mm)
 file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp)
 
+# What this system compiles.
 set(analysed ${formatted})
-list(FILTER analysed INCLUDE REGEX "^(launcher|components)/.*\\.cpp$")
+list(FILTER analysed INCLUDE REGEX "^(launcher|components|gui)/.*\\.(cpp|mm)$")
 list(FILTER analysed EXCLUDE REGEX "_macos\\.cpp$")
+if(NOT TARGET tdgui_objects)
+  list(FILTER analysed EXCLUDE REGEX "^gui/")
+endif()
 set(headers ${formatted})
 list(FILTER headers INCLUDE REGEX "\\.h$")
 
@@ -43,27 +46,16 @@ check_files(shell FILES ${scripts} COMMAND ${SHELLCHECK} ${scripts})
 foreach(source ${analysed})
   string(REPLACE "/" "_" name ${source})
   check_files(tidy_${name} FILES ${PROJECT_SOURCE_DIR}/${source}
-    DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy
+    DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy ${PROJECT_SOURCE_DIR}/gui/.clang-tidy
     # Its standard error only counts the warnings of system headers.
     COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR} ${source})
 endforeach()
-# The interface, where GNUstep can compile it. It never releases what it makes, and has one language.
-if(TANDREL_GUI AND NOT APPLE)
-  include(${PROJECT_SOURCE_DIR}/gui/gnustep/gnustep.cmake)
-endif()
-if(TDGUI_UNIT_SOURCES AND NOT TDGUI_GNUSTEP_MISSING)
-  foreach(source ${TDGUI_UNIT_SOURCES})
-    get_filename_component(name ${source} NAME)
-    td_clang_flags(flags ${source})
-    check_files(tidy_gui_${name} FILES ${source}
-      DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy
-      COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet
-        --checks=-clang-analyzer-osx.cocoa.*,-clang-analyzer-optin.osx.cocoa.localizability.*
-        ${source} -- ${flags})
-  endforeach()
-endif()
-# The file for the other platform, against a stub of the one header that this system lacks.
-check_files(macos FILES ${PROJECT_SOURCE_DIR}/launcher/platform_macos.cpp DEPENDS ${headers}
-  COMMAND ${CMAKE_CXX_COMPILER} -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only
-    -Itests/macos_stub -Ilauncher -Igui launcher/platform_macos.cpp)
 add_custom_target(check DEPENDS ${stamps})
+
+# The file for the other platform, compiled against a stub of the one header that this system lacks.
+if(NOT APPLE)
+  add_library(platform_macos OBJECT EXCLUDE_FROM_ALL ${PROJECT_SOURCE_DIR}/launcher/platform_macos.cpp)
+  target_include_directories(platform_macos PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/macos_stub
+    ${PROJECT_SOURCE_DIR}/launcher ${PROJECT_SOURCE_DIR}/gui)
+  add_dependencies(check platform_macos)
+endif()

@@ -1,6 +1,6 @@
 // What the launcher finds in tdgui.so.
 
-#include "process_traps.h"
+#include "process/process_guards.h"
 #include "tdgui.h"
 
 #include <cstdio>

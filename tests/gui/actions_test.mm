@@ -1,7 +1,7 @@
 // What choosing an item does, with its callback present and absent.
 
 #include "interface.h"
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // tdgui::alert and the styles of the alerts.
 
 #include "interface.h"
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "interface.h"
 
 #include "config_layout.h"
-#include "replace_method.h"
-#include "window_device.h"
+#include "runtime/replace_method.h"
+#include "x11/window_device.h"
 #include "x_events.h"
 
 #include <deque>

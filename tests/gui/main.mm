@@ -1,4 +1,4 @@
-#include "process_traps.h"
+#include "process/process_guards.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 // The menu on the screen: opened, drawn, and chosen from by pointer and keyboard.
 
 #include "interface.h"
-#include "menu_text.h"
-#include "menu_view.h"
-#include "popup_menu.h"
+#include "menu/menu_text.h"
+#include "menu/menu_view.h"
+#include "menu/popup_menu.h"
 
 #include <deque>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What the window system's libraries must leave alone: signals, children, arguments.
 
-#include "detached.h"
 #include "interface.h"
+#include "process/detached.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,7 +1,7 @@
 // What the X server tells is taken up at once, whenever it came.
 
 #include "interface.h"
-#include "window_device.h"
+#include "x11/window_device.h"
 #include "x_events.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #include <cstdio>
 #include <cstdlib>

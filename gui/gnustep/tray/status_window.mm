@@ -2,10 +2,10 @@
 // events about it is wrong at times, and stays wrong, so each of them only leads to a look at the X
 // server's account.
 
-#include "status_window.h"
+#include "tray/status_window.h"
 
-#include "window_device.h"
-#include "x11.h"
+#include "x11/window_device.h"
+#include "x11/x_window.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 /// The windows of an open menu: the menu itself and the submenus open beside it.
 #pragma once
 
-#include "menu_view.h"
+#include "menu/menu_view.h"
 
 namespace td {
 

@@ -1,7 +1,7 @@
 // GNUstep has no -clearContents, and puts a string on the pasteboard only when its type has been
 // declared first; AppKit declares it by itself.
 
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #import <AppKit/AppKit.h>
 

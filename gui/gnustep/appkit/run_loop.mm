@@ -3,7 +3,7 @@
 // an exposure lies in the application's queue until something else happens. Here what was taken
 // over counts as input, which ends the wait.
 
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #import <Foundation/Foundation.h>
 

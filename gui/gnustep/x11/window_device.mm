@@ -1,4 +1,4 @@
-#include "window_device.h"
+#include "x11/window_device.h"
 
 #import <GNUstepGUI/GSDisplayServer.h>
 

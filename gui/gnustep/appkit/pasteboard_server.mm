@@ -2,8 +2,8 @@
 // waits for by way of another server process, gdnc, which it also starts. Here gpbs alone is
 // started, as nobody's child, and is there before GNUstep looks for it.
 
-#include "detached.h"
-#include "replace_method.h"
+#include "process/detached.h"
+#include "runtime/replace_method.h"
 
 #import <AppKit/AppKit.h>
 #import <GNUstepBase/NSTask+GNUstepBase.h>

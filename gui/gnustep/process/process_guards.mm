@@ -1,7 +1,7 @@
-#include "process_traps.h"
+#include "process/process_guards.h"
 
-#include "detached.h"
-#include "replace_method.h"
+#include "process/detached.h"
+#include "runtime/replace_method.h"
 
 #import <AppKit/AppKit.h>
 #include <array>

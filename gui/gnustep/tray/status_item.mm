@@ -1,8 +1,8 @@
 // GNUstep's status bar is a placeholder without a status item. This one is a button in a small
 // window of its own (status_window.mm).
 
-#include "popup_menu.h"
-#include "status_window.h"
+#include "menu/popup_menu.h"
+#include "tray/status_window.h"
 
 #import <AppKit/AppKit.h>
 

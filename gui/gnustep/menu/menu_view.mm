@@ -1,6 +1,6 @@
-#include "menu_view.h"
+#include "menu/menu_view.h"
 
-#include "menu_text.h"
+#include "menu/menu_text.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // GNUstep looks for an application of its own for a URL and blocks in an alert when it has none;
 // the desktop's command for it is asked instead.
 
-#include "detached.h"
+#include "process/detached.h"
 
 #import <AppKit/AppKit.h>
 

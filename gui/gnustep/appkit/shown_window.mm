@@ -3,9 +3,9 @@
 // window's focus be heard of in between, the application takes itself for inactive and from then on
 // drops the keys typed into the window. So showing a window lasts until it is there.
 
-#include "replace_method.h"
-#include "window_device.h"
-#include "x11.h"
+#include "runtime/replace_method.h"
+#include "x11/window_device.h"
+#include "x11/x_window.h"
 
 #import <AppKit/AppKit.h>
 

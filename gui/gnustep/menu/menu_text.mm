@@ -1,4 +1,4 @@
-#include "menu_text.h"
+#include "menu/menu_text.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 @implementation NSApplication (TDMissing)
 
 /// GNUstep has no Dock and no main menu of its own, and the icon window is already off (see
-/// process_traps.mm): an accessory application is all this process can be.
+/// process_guards.mm): an accessory application is all this process can be.
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
   return policy == NSApplicationActivationPolicyAccessory;
 }

@@ -1,4 +1,4 @@
-#include "detached.h"
+#include "process/detached.h"
 
 #include <cerrno>
 #include <csignal>

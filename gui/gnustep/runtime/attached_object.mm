@@ -1,6 +1,6 @@
-#include "attached_object.h"
+#include "runtime/attached_object.h"
 
-#include "replace_method.h"
+#include "runtime/replace_method.h"
 
 #include <map>
 

@@ -1,4 +1,4 @@
-#include "menu_windows.h"
+#include "menu/menu_windows.h"
 
 #include <algorithm>
 

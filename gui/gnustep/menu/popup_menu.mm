@@ -1,8 +1,8 @@
-#include "popup_menu.h"
+#include "menu/popup_menu.h"
 
-#include "menu_windows.h"
-#include "window_device.h"
-#include "x11.h"
+#include "menu/menu_windows.h"
+#include "x11/window_device.h"
+#include "x11/x_window.h"
 
 #include <vector>
 

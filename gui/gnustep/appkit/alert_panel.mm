@@ -1,8 +1,8 @@
 // GNUstep's alert has no accessory view, and its panel is the dark grey of another age. Both are
 // seen to right after the alert has made its panel.
 
-#include "attached_object.h"
-#include "replace_method.h"
+#include "runtime/attached_object.h"
+#include "runtime/replace_method.h"
 
 #import <AppKit/AppKit.h>
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "x11.h"
+#include "x11/x_window.h"
 
 #include <chrono>
 #include <ctime>

@@ -1,6 +1,6 @@
 // GNUstep's menu item keeps only the text of an attributed title and returns nil for it.
 
-#include "attached_object.h"
+#include "runtime/attached_object.h"
 
 #import <AppKit/AppKit.h>
 

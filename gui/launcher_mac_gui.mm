@@ -4,8 +4,9 @@
 
 #include "tdgui.h"
 
-#import <AppKit/AppKit.h>
 #include <algorithm>
+
+#import <AppKit/AppKit.h>
 
 namespace {
 
@@ -110,7 +111,9 @@ NSAttributedString *text_piece(NSString *text, NSColor *colour, NSFont *font) {
   return [[NSAttributedString alloc] initWithString:text attributes:attributes];
 }
 
-NSAttributedString *state_dot(NSColor *colour) { return text_piece(@"●  ", colour, nil); }
+NSAttributedString *state_dot(NSColor *colour) {
+  return text_piece(@"●  ", colour, nil);
+}
 
 NSAttributedString *header_title() {
   NSColor *colour = all_running() ? [NSColor systemGreenColor] : [NSColor systemOrangeColor];
@@ -199,7 +202,9 @@ NSMenuItem *open_at_launch_item(id target) {
   return item;
 }
 
-void add_separator(NSMenu *menu) { [menu addItem:[NSMenuItem separatorItem]]; }
+void add_separator(NSMenu *menu) {
+  [menu addItem:[NSMenuItem separatorItem]];
+}
 
 void add_status_items(NSMenu *menu, id target) {
   [menu addItem:header_item()];

@@ -3,11 +3,12 @@
 
 #include "tdgui.h"
 
-#import <AppKit/AppKit.h>
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
+
+#import <AppKit/AppKit.h>
 
 namespace gui_test {
 

@@ -6,6 +6,7 @@
 #include "x_events.h"
 
 #include <deque>
+
 #include <gtest/gtest.h>
 
 namespace gui_test {
@@ -18,7 +19,9 @@ std::deque<std::function<void(NSWindow *)>> g_answers;
 int g_alerts, g_answered_alerts; // that have been run, and as many when one was answered last
 IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
 
-void expect_main_thread() { EXPECT_TRUE([NSThread isMainThread]); }
+void expect_main_thread() {
+  EXPECT_TRUE([NSThread isMainThread]);
+}
 
 void note(const std::string &call) {
   expect_main_thread();
@@ -30,10 +33,18 @@ bool is_running(const std::string &name) {
   ++g_record.questions;
   return g_record.running.at(name);
 }
-void start(const std::string &name) { note("start " + name); }
-void stop(const std::string &name) { note("stop " + name); }
-void restart(const std::string &name) { note("restart " + name); }
-void quit() { note("quit"); }
+void start(const std::string &name) {
+  note("start " + name);
+}
+void stop(const std::string &name) {
+  note("stop " + name);
+}
+void restart(const std::string &name) {
+  note("restart " + name);
+}
+void quit() {
+  note("quit");
+}
 bool set_ports(int http, int udp, std::string &error) {
   note("set_ports " + std::to_string(http) + " " + std::to_string(udp) + " '" + error + "'");
   if (!g_record.ports_accepted) {
@@ -179,7 +190,9 @@ Pulse::~Pulse() {
   [timer_ release];
 }
 
-Record &record() { return g_record; }
+Record &record() {
+  return g_record;
+}
 
 tdgui::GuiConfig full_config() {
   watch_calls();
@@ -242,11 +255,17 @@ void turn_loop(NSString *mode) {
     [[NSRunLoop currentRunLoop] runMode:mode beforeDate:[NSDate dateWithTimeIntervalSinceNow:1]];
 }
 
-void choose(NSMenuItem *item) { [NSApp sendAction:[item action] to:[item target] from:item]; }
+void choose(NSMenuItem *item) {
+  [NSApp sendAction:[item action] to:[item target] from:item];
+}
 
-void when_alert_runs(const std::function<void(NSWindow *)> &answer) { g_answers.push_back(answer); }
+void when_alert_runs(const std::function<void(NSWindow *)> &answer) {
+  g_answers.push_back(answer);
+}
 
-std::size_t unanswered_alerts() { return g_answers.size(); }
+std::size_t unanswered_alerts() {
+  return g_answers.size();
+}
 
 static void collect(NSView *view, Class cls, std::vector<NSView *> &found) {
   if ([view isKindOfClass:cls]) {

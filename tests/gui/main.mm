@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 

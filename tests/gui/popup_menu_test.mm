@@ -6,6 +6,7 @@
 #include "menu/popup_menu.h"
 
 #include <deque>
+
 #include <gtest/gtest.h>
 
 using namespace gui_test;

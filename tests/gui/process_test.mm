@@ -8,8 +8,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
+
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,7 +20,9 @@ using namespace gui_test;
 namespace {
 
 volatile std::sig_atomic_t g_last_signal;
-void note_signal(int number) { g_last_signal = number; }
+void note_signal(int number) {
+  g_last_signal = number;
+}
 
 constexpr int handled_signals[] = {SIGINT, SIGTERM, SIGHUP};
 

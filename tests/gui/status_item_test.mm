@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+
 #include <gtest/gtest.h>
 
 using namespace gui_test;
@@ -60,7 +61,9 @@ struct Difference {
   int ink = 0, paper = 0, wrong = 0;
 };
 
-bool near(CGFloat found, CGFloat wanted) { return std::fabs(found - wanted) < 0.01; }
+bool near(CGFloat found, CGFloat wanted) {
+  return std::fabs(found - wanted) < 0.01;
+}
 
 bool is_teal(NSColor *pixel) {
   return near([pixel redComponent], 0.3) && near([pixel greenComponent], 0.79) &&

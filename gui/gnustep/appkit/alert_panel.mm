@@ -4,8 +4,9 @@
 #include "runtime/attached_object.h"
 #include "runtime/replace_method.h"
 
-#import <AppKit/AppKit.h>
 #include <algorithm>
+
+#import <AppKit/AppKit.h>
 
 namespace {
 

@@ -1,8 +1,9 @@
 /// How an open menu looks: attributed titles, separators, check marks, key equivalents.
 #pragma once
 
-#import <AppKit/AppKit.h>
 #include <vector>
+
+#import <AppKit/AppKit.h>
 
 @interface TDMenuView : NSView {
   NSMenu *_shownMenu;

@@ -13,9 +13,15 @@ constexpr CGFloat row_pad = 8; // above and below a text, in all
 constexpr CGFloat separator_height = 9;
 constexpr CGFloat edge_pad = 4; // above the first and below the last row
 
-NSColor *background_colour() { return [NSColor colorWithCalibratedWhite:0.98 alpha:1]; }
-NSColor *edge_colour() { return [NSColor colorWithCalibratedWhite:0.62 alpha:1]; }
-NSColor *line_colour() { return [NSColor colorWithCalibratedWhite:0.82 alpha:1]; }
+NSColor *background_colour() {
+  return [NSColor colorWithCalibratedWhite:0.98 alpha:1];
+}
+NSColor *edge_colour() {
+  return [NSColor colorWithCalibratedWhite:0.62 alpha:1];
+}
+NSColor *line_colour() {
+  return [NSColor colorWithCalibratedWhite:0.82 alpha:1];
+}
 
 /// Pale, so that dots and grey words keep their own colours and stay readable on it.
 NSColor *highlight_colour() {
@@ -93,7 +99,9 @@ void draw_item(NSMenuItem *item, NSRect row) {
 
 } // namespace
 
-bool td::selectable(NSMenuItem *item) { return ![item isSeparatorItem] && [item isEnabled]; }
+bool td::selectable(NSMenuItem *item) {
+  return ![item isSeparatorItem] && [item isEnabled];
+}
 
 @implementation TDMenuView
 

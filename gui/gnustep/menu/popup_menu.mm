@@ -212,8 +212,7 @@ NSMenuItem *track(NSMenu *menu, NSRect anchor) {
   tracking.windows.push_back(td::open_menu_at(menu, anchor));
   NSWindow *window = tracking.windows[0];
   td::grab_input(td::display_of(window), td::x_window_of(window));
-  while (next_step(tracking) == Outcome::Open) {
-  }
+  while (next_step(tracking) == Outcome::Open) {}
   td::release_input(td::display_of(window));
   close_beyond(tracking, 0);
   td::close_menu(window);

@@ -3,9 +3,10 @@
 #include "process/detached.h"
 #include "runtime/replace_method.h"
 
-#import <AppKit/AppKit.h>
 #include <array>
 #include <csignal>
+
+#import <AppKit/AppKit.h>
 #include <unistd.h>
 
 namespace {

@@ -25,7 +25,9 @@
 namespace {
 
 /// Dark, as the bars of desktops mostly are.
-NSColor *backdrop_colour() { return [NSColor colorWithCalibratedWhite:0.13 alpha:1]; }
+NSColor *backdrop_colour() {
+  return [NSColor colorWithCalibratedWhite:0.13 alpha:1];
+}
 
 /// The status item's image, twice as large, on a tile. Autoreleased. The blocks runtime does not
 /// retain what a block captures, hence the retain; both images live as long as the process.

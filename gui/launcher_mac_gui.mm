@@ -45,7 +45,7 @@ NSString *string_from(const std::string &text) {
   return [NSString stringWithUTF8String:text.c_str()];
 }
 
-// State ------------------------------------------------------------------------------------------
+// --- State --------------------------------------------------------------------------------------
 
 Callbacks callbacks_of(const tdgui::GuiConfig &config) {
   return {config.is_running,
@@ -79,7 +79,7 @@ std::string component_name(NSMenuItem *item) {
   return [(NSString *)[item representedObject] UTF8String];
 }
 
-// Icon -------------------------------------------------------------------------------------------
+// --- Icon ---------------------------------------------------------------------------------------
 
 NSImage *tdMenuBarIcon() { // NOLINT(readability-identifier-naming)
   return [NSImage imageWithSize:NSMakeSize(18, 16)
@@ -97,7 +97,7 @@ NSImage *tdMenuBarIcon() { // NOLINT(readability-identifier-naming)
                  }];
 }
 
-// Attributed titles ------------------------------------------------------------------------------
+// --- Attributed titles --------------------------------------------------------------------------
 
 /// `colour` and `font` may be nil: that attribute is then absent.
 NSAttributedString *text_piece(NSString *text, NSColor *colour, NSFont *font) {
@@ -136,7 +136,7 @@ NSAttributedString *row_title(const tdgui::Component &component, bool running) {
   return title;
 }
 
-// Menu items: each is complete before it joins its menu -------------------------------------------
+// --- Menu items: each is complete before it joins its menu --------------------------------------
 
 NSMenuItem *plain_item(NSString *title) {
   return [[NSMenuItem alloc] initWithTitle:title action:nullptr keyEquivalent:@""];
@@ -234,7 +234,7 @@ void add_application_items(NSMenu *menu, id target) {
   [menu addItem:action_item(@"Quit Tandrel", @selector(quitNow:), @"q", target)];
 }
 
-// Ports dialog -----------------------------------------------------------------------------------
+// --- Ports dialog -------------------------------------------------------------------------------
 
 void add_label(NSView *view, NSString *text, NSRect frame) {
   NSTextField *label = [NSTextField labelWithString:text];
@@ -408,7 +408,9 @@ void install_status_item(TDStatusController *controller) {
 
 } // namespace
 
-void tdgui::run(const GuiConfig &config) {
+namespace tdgui {
+
+void run(const GuiConfig &config) {
   g_url = config.url;
   g_status = config.status;
   g_components = config.components;
@@ -425,7 +427,7 @@ void tdgui::run(const GuiConfig &config) {
   }
 }
 
-void tdgui::alert(const std::string &title, const std::string &text) {
+void alert(const std::string &title, const std::string &text) {
   @autoreleasepool {
     [NSApplication sharedApplication];
     NSAlert *alert = [[NSAlert alloc] init];
@@ -436,3 +438,5 @@ void tdgui::alert(const std::string &title, const std::string &text) {
     [alert runModal];
   }
 }
+
+} // namespace tdgui

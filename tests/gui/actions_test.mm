@@ -122,11 +122,13 @@ TEST(Actions, WithoutAnyCallbackDoNothing) {
   none.url = all.url;
   none.components = all.components;
   run_interface(none, [](Interface interface) {
-    for (NSString *title in [NSArray arrayWithObjects:@"Start", @"Stop", @"Restart", nil])
+    for (NSString *title in [NSArray arrayWithObjects:@"Start", @"Stop", @"Restart", nil]) {
       EXPECT_EQ(calls_of(interface, title, @"Hub"), Calls{});
+    }
     for (NSString *title in
-         [NSArray arrayWithObjects:@"Start All", @"Stop All", @"Restart All", nil])
+         [NSArray arrayWithObjects:@"Start All", @"Stop All", @"Restart All", nil]) {
       EXPECT_EQ(calls_of(interface, title, @"All Components"), Calls{});
+    }
     EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
     EXPECT_EQ(calls_of(interface, @"Quit Tandrel"), Calls{"terminate"});
   });

@@ -14,8 +14,9 @@ std::vector<std::string> g_events; // in order: "activate", "alert <style> <butt
 
 NSInteger note_alert(NSAlert *alert, SEL selector) {
   std::string event = "alert " + std::to_string([alert alertStyle]);
-  for (NSButton *button in [alert buttons])
+  for (NSButton *button in [alert buttons]) {
     event += std::string(" ") + [[button title] UTF8String];
+  }
   g_events.push_back(event);
   return reinterpret_cast<NSInteger (*)(id, SEL)>(g_run_modal)(alert, selector);
 }
@@ -70,8 +71,9 @@ TEST(Alert, OfThePortsDialogActivatesFirstAndWarnsOnRefusal) {
     record().refusal = "no";
     record().http = 1;
     when_alert_runs([](NSWindow *panel) {
-      for (NSTextField *field : editable_fields(panel))
+      for (NSTextField *field : editable_fields(panel)) {
         [field setStringValue:@"2"];
+      }
       click(panel, @"Apply");
     });
     when_alert_runs([](NSWindow *panel) { click(panel, @"OK"); });

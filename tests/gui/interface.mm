@@ -181,8 +181,9 @@ Pulse::Pulse() {
                                   userInfo:nil
                                    repeats:YES] retain];
   for (NSString *mode in [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode,
-                                                   NSEventTrackingRunLoopMode, nil])
+                                                   NSEventTrackingRunLoopMode, nil]) {
     [[NSRunLoop currentRunLoop] addTimer:timer_ forMode:mode];
+  }
 }
 
 Pulse::~Pulse() {
@@ -234,8 +235,9 @@ void run_interface(const tdgui::GuiConfig &config, const std::function<void(Inte
 std::vector<NSMenuItem *> filled(Interface interface) {
   [interface.controller menuNeedsUpdate:interface.menu];
   std::vector<NSMenuItem *> items;
-  for (NSMenuItem *item in [interface.menu itemArray])
+  for (NSMenuItem *item in [interface.menu itemArray]) {
     items.push_back(item);
+  }
   return items;
 }
 
@@ -251,8 +253,9 @@ NSMenuItem *item_titled(NSMenu *menu, NSString *title) {
 }
 
 void turn_loop(NSString *mode) {
-  for (int round = 0; round < 5; ++round)
+  for (int round = 0; round < 5; ++round) {
     [[NSRunLoop currentRunLoop] runMode:mode beforeDate:[NSDate dateWithTimeIntervalSinceNow:1]];
+  }
 }
 
 void choose(NSMenuItem *item) {
@@ -271,8 +274,9 @@ static void collect(NSView *view, Class cls, std::vector<NSView *> &found) {
   if ([view isKindOfClass:cls]) {
     found.push_back(view);
   }
-  for (NSView *subview in [view subviews])
+  for (NSView *subview in [view subviews]) {
     collect(subview, cls, found);
+  }
 }
 
 std::vector<NSView *> views_of_class(NSWindow *panel, Class cls) {

@@ -89,8 +89,9 @@ void expect_row_submenu(NSMenuItem *row, const char *name, bool running, id targ
   EXPECT_EQ([[menu itemAtIndex:0] isEnabled], !running);
   EXPECT_EQ([[menu itemAtIndex:1] isEnabled], running);
   EXPECT_EQ([[menu itemAtIndex:2] isEnabled], running);
-  for (NSMenuItem *item in [menu itemArray])
+  for (NSMenuItem *item in [menu itemArray]) {
     EXPECT_STREQ([[item representedObject] UTF8String], name);
+  }
 }
 
 void expect_all_submenu(NSMenuItem *item, id target) {

@@ -107,8 +107,9 @@ TEST(PortsDialog, PartsNeitherOverlapNorLeaveThePanel) {
       NSArray *parts = [[panel contentView] subviews];
       for (NSView *one in parts) {
         EXPECT_TRUE(NSContainsRect([[panel contentView] bounds], NSIntegralRect([one frame])));
-        for (NSView *other in parts)
+        for (NSView *other in parts) {
           EXPECT_TRUE(one == other || !NSIntersectsRect([one frame], [other frame]));
+        }
       }
       click(panel, @"Cancel");
     });

@@ -30,8 +30,7 @@ TEST(RunLoop, DoesNotWaitForTheNextEventWithOneReadAlready) {
     [window setReleasedWhenClosed:NO];
     [window orderFrontRegardless];
     NSString *mode = NSConnectionReplyMode; // in which no pulse wakes the loop
-    while ([NSApp nextEventMatchingMask:NSAnyEventMask untilDate:nil inMode:mode dequeue:YES])
-      continue;
+    while ([NSApp nextEventMatchingMask:NSAnyEventMask untilDate:nil inMode:mode dequeue:YES]) {}
     NSTimer *timer = [NSTimer timerWithTimeInterval:0
                                              target:[[[RunLoopTestClick alloc] init] autorelease]
                                            selector:@selector(press:)

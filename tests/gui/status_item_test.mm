@@ -111,8 +111,9 @@ TEST(StatusItem, IsCompleteBeforeTheLoopRuns) {
 
 TEST(StatusItem, HasTheOnlyWindow) {
   run_interface(full_config(), [](Interface interface) {
-    for (NSWindow *window in [NSApp windows])
+    for (NSWindow *window in [NSApp windows]) {
       EXPECT_TRUE(![window isVisible] || window == [[interface.item button] window]);
+    }
   });
 }
 

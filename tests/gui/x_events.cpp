@@ -2,7 +2,9 @@
 
 #include <X11/Xlib.h>
 
-void gui_test::send_exposure(Display *display, Window window) {
+namespace gui_test {
+
+void send_exposure(Display *display, Window window) {
   XEvent event = {};
   event.xexpose.type = Expose;
   event.xexpose.window = window;
@@ -10,7 +12,7 @@ void gui_test::send_exposure(Display *display, Window window) {
   XFlush(display);
 }
 
-void gui_test::send_press(Display *display, Window window) {
+void send_press(Display *display, Window window) {
   XEvent event = {};
   event.xbutton.type = ButtonPress;
   event.xbutton.window = window;
@@ -20,3 +22,5 @@ void gui_test::send_press(Display *display, Window window) {
   XSendEvent(display, window, False, ButtonPressMask, &event);
   XSync(display, False);
 }
+
+} // namespace gui_test

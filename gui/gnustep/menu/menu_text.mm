@@ -29,7 +29,9 @@ NSString *key_words(NSMenuItem *item) {
 
 } // namespace
 
-NSAttributedString *td::shown_title(NSMenuItem *item) {
+namespace td {
+
+NSAttributedString *shown_title(NSMenuItem *item) {
   NSMutableAttributedString *text = [[[item attributedTitle] mutableCopy] autorelease];
   if (text == nil) {
     text = [[[NSMutableAttributedString alloc] initWithString:[item title]] autorelease];
@@ -39,10 +41,12 @@ NSAttributedString *td::shown_title(NSMenuItem *item) {
   return text;
 }
 
-NSAttributedString *td::shown_key(NSMenuItem *item) {
+NSAttributedString *shown_key(NSMenuItem *item) {
   NSDictionary *attributes = [NSDictionary
       dictionaryWithObjectsAndKeys:[NSFont menuFontOfSize:0], NSFontAttributeName,
                                    default_colour(item), NSForegroundColorAttributeName, nil];
   return [[[NSAttributedString alloc] initWithString:key_words(item)
                                           attributes:attributes] autorelease];
 }
+
+} // namespace td

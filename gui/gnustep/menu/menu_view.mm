@@ -99,16 +99,21 @@ void draw_item(NSMenuItem *item, NSRect row) {
 
 } // namespace
 
-bool td::selectable(NSMenuItem *item) {
+namespace td {
+
+bool selectable(NSMenuItem *item) {
   return ![item isSeparatorItem] && [item isEnabled];
 }
+
+} // namespace td
 
 @implementation TDMenuView
 
 - (instancetype)initWithMenu:(NSMenu *)menu {
   CGFloat width = 0, height = edge_pad;
-  for (NSMenuItem *item in [menu itemArray])
+  for (NSMenuItem *item in [menu itemArray]) {
     width = std::max(width, row_width(item));
+  }
   if (!(self = [super initWithFrame:NSZeroRect])) {
     return nil;
   }

@@ -32,7 +32,9 @@ void show(NSWindow *window, NSPoint corner) {
 
 } // namespace
 
-NSWindow *td::open_menu_at(NSMenu *menu, NSRect anchor) {
+namespace td {
+
+NSWindow *open_menu_at(NSMenu *menu, NSRect anchor) {
   NSWindow *window = make_window(menu);
   const CGFloat height = [window frame].size.height;
   const bool fits_below = NSMinY(anchor) - height >= NSMinY([[NSScreen mainScreen] frame]);
@@ -40,7 +42,7 @@ NSWindow *td::open_menu_at(NSMenu *menu, NSRect anchor) {
   return window;
 }
 
-NSWindow *td::open_menu_beside(NSMenu *menu, NSRect row) {
+NSWindow *open_menu_beside(NSMenu *menu, NSRect row) {
   NSWindow *window = make_window(menu);
   const CGFloat width = [window frame].size.width;
   const bool fits_right = NSMaxX(row) + width <= NSMaxX([[NSScreen mainScreen] frame]);
@@ -50,23 +52,25 @@ NSWindow *td::open_menu_beside(NSMenu *menu, NSRect row) {
   return window;
 }
 
-void td::close_menu(NSWindow *window) {
+void close_menu(NSWindow *window) {
   [window close];
   [window release];
 }
 
-TDMenuView *td::menu_view(NSWindow *window) {
+TDMenuView *menu_view(NSWindow *window) {
   return static_cast<TDMenuView *>([window contentView]);
 }
 
-NSRect td::row_on_screen(NSWindow *window, NSInteger row) {
+NSRect row_on_screen(NSWindow *window, NSInteger row) {
   const NSRect in_window = [menu_view(window) convertRect:[menu_view(window) rectOfRow:row]
                                                    toView:nil];
   const NSPoint corner = [window convertBaseToScreen:in_window.origin];
   return NSMakeRect(corner.x, corner.y, NSWidth(in_window), NSHeight(in_window));
 }
 
-NSInteger td::row_at(NSWindow *window, NSPoint point) {
+NSInteger row_at(NSWindow *window, NSPoint point) {
   const NSPoint in_window = [window convertScreenToBase:point];
   return [menu_view(window) rowAtPoint:[menu_view(window) convertPoint:in_window fromView:nil]];
 }
+
+} // namespace td

@@ -8,7 +8,7 @@
 
 namespace {
 
-enum class Outcome { Open, Chosen, Dismissed };
+enum class Outcome { open, chosen, dismissed };
 
 /// A menu being tracked: its windows, outermost first, and how far the user has got.
 struct Tracking {
@@ -72,19 +72,19 @@ void follow_pointer(Tracking &tracking, NSPoint point) {
 
 Outcome choose(Tracking &tracking, NSMenuItem *item) {
   if (!item || [item submenu]) {
-    return Outcome::Open;
+    return Outcome::open;
   }
   tracking.chosen = item;
-  return Outcome::Chosen;
+  return Outcome::chosen;
 }
 
 Outcome mouse_down(Tracking &tracking, NSPoint point) {
   tracking.opening_click = false;
   if (depth_at(tracking, point) == tracking.windows.size()) {
-    return Outcome::Dismissed;
+    return Outcome::dismissed;
   }
   follow_pointer(tracking, point);
-  return Outcome::Open;
+  return Outcome::open;
 }
 
 Outcome mouse_up(Tracking &tracking, NSPoint point) {
@@ -92,7 +92,7 @@ Outcome mouse_up(Tracking &tracking, NSPoint point) {
   if (depth == tracking.windows.size()) {
     const bool dragged_off = !tracking.opening_click;
     tracking.opening_click = false;
-    return dragged_off ? Outcome::Dismissed : Outcome::Open;
+    return dragged_off ? Outcome::dismissed : Outcome::open;
   }
   tracking.opening_click = false;
   follow_pointer(tracking, point);
@@ -126,10 +126,10 @@ void enter_submenu(Tracking &tracking) {
 /// Leaves the innermost submenu; the menu itself stays.
 Outcome leave_submenu(Tracking &tracking) {
   if (tracking.windows.size() == 1) {
-    return Outcome::Dismissed;
+    return Outcome::dismissed;
   }
   close_beyond(tracking, tracking.windows.size() - 2);
-  return Outcome::Open;
+  return Outcome::open;
 }
 
 NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
@@ -149,18 +149,18 @@ Outcome key_down(Tracking &tracking, NSEvent *event) {
   switch ([characters length] ? [characters characterAtIndex:0] : 0) {
   case NSUpArrowFunctionKey:
     move_highlight(tracking, -1);
-    return Outcome::Open;
+    return Outcome::open;
   case NSDownArrowFunctionKey:
     move_highlight(tracking, 1);
-    return Outcome::Open;
+    return Outcome::open;
   case NSRightArrowFunctionKey:
     enter_submenu(tracking);
-    return Outcome::Open;
+    return Outcome::open;
   case NSLeftArrowFunctionKey:
     if (tracking.windows.size() > 1) {
       leave_submenu(tracking);
     }
-    return Outcome::Open;
+    return Outcome::open;
   case '\033':
     return leave_submenu(tracking);
   case '\r':
@@ -182,7 +182,7 @@ Outcome handle(Tracking &tracking, NSEvent *event) {
   case NSLeftMouseDragged:
   case NSRightMouseDragged:
     follow_pointer(tracking, point_on_screen(event));
-    return Outcome::Open;
+    return Outcome::open;
   case NSLeftMouseDown:
   case NSRightMouseDown:
     return mouse_down(tracking, point_on_screen(event));
@@ -193,7 +193,7 @@ Outcome handle(Tracking &tracking, NSEvent *event) {
     return key_down(tracking, event);
   default:
     [NSApp sendEvent:event];
-    return Outcome::Open;
+    return Outcome::open;
   }
 }
 
@@ -212,7 +212,7 @@ NSMenuItem *track(NSMenu *menu, NSRect anchor) {
   tracking.windows.push_back(td::open_menu_at(menu, anchor));
   NSWindow *window = tracking.windows[0];
   td::grab_input(td::display_of(window), td::x_window_of(window));
-  while (next_step(tracking) == Outcome::Open) {}
+  while (next_step(tracking) == Outcome::open) {}
   td::release_input(td::display_of(window));
   close_beyond(tracking, 0);
   td::close_menu(window);
@@ -225,16 +225,21 @@ void prepare(NSMenu *menu) {
     [[menu delegate] menuNeedsUpdate:menu];
   }
   [menu update];
-  for (NSMenuItem *item in [menu itemArray])
+  for (NSMenuItem *item in [menu itemArray]) {
     [[item submenu] update];
+  }
 }
 
 } // namespace
 
-void td::pop_up_menu(NSMenu *menu, NSRect anchor) {
+namespace td {
+
+void pop_up_menu(NSMenu *menu, NSRect anchor) {
   prepare(menu);
   NSMenuItem *chosen = track(menu, anchor);
   if (chosen) {
     [NSApp sendAction:[chosen action] to:[chosen target] from:chosen];
   }
 }
+
+} // namespace td

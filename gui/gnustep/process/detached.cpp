@@ -37,7 +37,9 @@ bool wait_for(pid_t pid) {
 
 } // namespace
 
-bool td::run_detached(const std::string &command, const std::vector<std::string> &arguments) {
+namespace td {
+
+bool run_detached(const std::string &command, const std::vector<std::string> &arguments) {
   const std::string line = "{ " + command + "; } &";
   std::vector<const char *> argv = {"sh", "-c", line.c_str(), "sh"};
   for (const std::string &argument : arguments) {
@@ -57,3 +59,5 @@ bool td::run_detached(const std::string &command, const std::vector<std::string>
   posix_spawnattr_destroy(&attributes);
   return error == 0 && wait_for(shell);
 }
+
+} // namespace td

@@ -61,8 +61,9 @@ void leave_children_alone(Class /*cls*/, SEL /*selector*/) {}
 
 NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray *arguments) {
   std::vector<std::string> words = {[path UTF8String]};
-  for (NSString *argument in arguments)
+  for (NSString *argument in arguments) {
     words.emplace_back([argument UTF8String]);
+  }
   td::run_detached("exec \"$@\"", words);
   return nil;
 }
@@ -87,15 +88,17 @@ void replace_class_method(const char *name, SEL selector, IMP imp, IMP *previous
 
 } // namespace
 
-void td::prepare_process() {
+namespace td {
+
+void prepare_process() {
   @autoreleasepool {
     forget_arguments();
     replace_class_method("NSTask", @selector(initialize),
                          reinterpret_cast<IMP>(leave_children_alone));
     replace_class_method("NSTask", @selector(launchedTaskWithLaunchPath:arguments:),
                          reinterpret_cast<IMP>(launch_detached));
-    td::replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
-                       reinterpret_cast<IMP>(stay_unannounced));
+    replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
+                   reinterpret_cast<IMP>(stay_unannounced));
     replace_class_method("NSApplication", @selector(sharedApplication),
                          reinterpret_cast<IMP>(make_application),
                          reinterpret_cast<IMP *>(&g_make_application));
@@ -103,3 +106,5 @@ void td::prepare_process() {
         registerDefaults:[NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"]];
   }
 }
+
+} // namespace td

@@ -39,7 +39,9 @@ void watch_dealloc(Class cls) {
 
 } // namespace
 
-void td::attach_object(id owner, id value) {
+namespace td {
+
+void attach_object(id owner, id value) {
   [value retain];
   forget(owner);
   if (value == nil) {
@@ -49,7 +51,9 @@ void td::attach_object(id owner, id value) {
   g_attached[owner] = value;
 }
 
-id td::attached_object(id owner) {
+id attached_object(id owner) {
   auto entry = g_attached.find(owner);
   return entry == g_attached.end() ? nil : entry->second;
 }
+
+} // namespace td

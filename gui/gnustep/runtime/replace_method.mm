@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-IMP td::replace_method(Class cls, SEL selector, IMP imp) {
+namespace td {
+
+IMP replace_method(Class cls, SEL selector, IMP imp) {
   Method method = class_getInstanceMethod(cls, selector);
   if (!method) {
     std::fprintf(stderr, "tdgui: this GNUstep has no -[%s %s]\n", class_getName(cls),
@@ -14,3 +16,5 @@ IMP td::replace_method(Class cls, SEL selector, IMP imp) {
   class_replaceMethod(cls, selector, imp, method_getTypeEncoding(method));
   return previous;
 }
+
+} // namespace td

@@ -2,11 +2,15 @@
 
 #import <GNUstepGUI/GSDisplayServer.h>
 
-_XDisplay *td::display_of(NSWindow *window) {
+namespace td {
+
+_XDisplay *display_of(NSWindow *window) {
   return static_cast<_XDisplay *>([GSServerForWindow(window) serverDevice]);
 }
 
-unsigned long td::x_window_of(NSWindow *window) {
+unsigned long x_window_of(NSWindow *window) {
   return reinterpret_cast<unsigned long>(
       [GSServerForWindow(window) windowDevice:static_cast<int>([window windowNumber])]);
 }
+
+} // namespace td

@@ -97,7 +97,9 @@ bool has_keyboard(Display *display, Window window) {
 
 } // namespace
 
-bool td::dock_in_tray(Display *display, Window window, int side) {
+namespace td {
+
+bool dock_in_tray(Display *display, Window window, int side) {
   const Window owner = tray_owner(display);
   if (owner == None) {
     return false;
@@ -108,11 +110,11 @@ bool td::dock_in_tray(Display *display, Window window, int side) {
   return poll(dock_timeout, [&] { return is_embedded(display, window); });
 }
 
-void td::wait_until_viewable(Display *display, Window window) {
+void wait_until_viewable(Display *display, Window window) {
   poll(show_timeout, [&] { return is_viewable(display, window); });
 }
 
-td::ScreenRect td::screen_rect(Display *display, Window window) {
+ScreenRect screen_rect(Display *display, Window window) {
   ScreenRect rect = {};
   Window root = None, child = None;
   int x = 0, y = 0;
@@ -122,13 +124,15 @@ td::ScreenRect td::screen_rect(Display *display, Window window) {
   return rect;
 }
 
-void td::grab_input(Display *display, Window window) {
+void grab_input(Display *display, Window window) {
   // Not while the button press that opened the window is held by another program.
   poll(grab_timeout, [&] { return has_pointer(display, window) && has_keyboard(display, window); });
 }
 
-void td::release_input(Display *display) {
+void release_input(Display *display) {
   XUngrabPointer(display, CurrentTime);
   XUngrabKeyboard(display, CurrentTime);
   XSync(display, False);
 }
+
+} // namespace td

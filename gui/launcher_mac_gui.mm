@@ -1,6 +1,6 @@
 // The menu-bar interface: one status item whose menu is rebuilt each time it opens, and the dialog
-// that moves the hub to other ports. Memory is counted by hand and nothing made here is released:
-// the status item lives as long as the process, and a menu's worth of items is small.
+// that moves the hub to other ports. References are counted by hand, and nothing made here is
+// released: the status item lives as long as the process, and the items of a menu are small.
 
 #include "tdgui.h"
 
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// The record's callbacks; each may be null.
+/// The callbacks of a GuiConfig; each may be null.
 struct Callbacks {
   bool (*is_running)(const std::string &name);
   void (*start)(const std::string &name);
@@ -60,7 +60,8 @@ Callbacks callbacks_of(const tdgui::GuiConfig &config) {
           config.set_open_browser_pref};
 }
 
-/// A row without anyone to ask counts as stopped; the header, below, counts it as running.
+/// Without is_running a row shows its component as stopped; the header (all_running) counts it as
+/// running.
 bool row_is_running(const tdgui::Component &component) {
   return g_ctl.is_running && g_ctl.is_running(component.name);
 }
@@ -136,7 +137,7 @@ NSAttributedString *row_title(const tdgui::Component &component, bool running) {
   return title;
 }
 
-// --- Menu items: each is complete before it joins its menu --------------------------------------
+// --- Menu items: complete before they are added to a menu ---------------------------------------
 
 NSMenuItem *plain_item(NSString *title) {
   return [[NSMenuItem alloc] initWithTitle:title action:nullptr keyEquivalent:@""];
@@ -223,7 +224,7 @@ void add_component_items(NSMenu *menu, id target) {
   [menu addItem:all_components_item(target)];
 }
 
-// The doubled separators are meant: they set the settings and the quit item further apart.
+// The double separators are intended: they put more space around the settings and the quit item.
 void add_application_items(NSMenu *menu, id target) {
   add_separator(menu);
   add_separator(menu);
@@ -269,7 +270,7 @@ NSAlert *make_settings_alert(NSView *form) {
   return alert;
 }
 
-/// A menu-bar application is rarely the active one, and an alert behind other windows is lost.
+/// A menu-bar application is rarely active, and its alert would open behind other windows.
 NSModalResponse run_in_front(NSAlert *alert) {
   [NSApp activateIgnoringOtherApps:YES];
   return [alert runModal];

@@ -1,8 +1,8 @@
-/// The one meeting point of the launcher and its menu-bar interface.
+/// The only header shared by the launcher and its menu-bar interface.
 ///
 /// The launcher fills a GuiConfig and calls run() on its main thread; the interface shows what the
-/// record holds and calls back through it. The interface knows nothing of processes, ports or
-/// settings, and the launcher nothing of windows.
+/// GuiConfig holds and calls its callbacks. The interface knows nothing about processes, ports or
+/// settings, and the launcher nothing about windows.
 #pragma once
 
 #include <string>
@@ -12,12 +12,12 @@ namespace tdgui {
 
 /// One row of the menu.
 struct Component {
-  std::string name;  ///< what the callbacks are given: "hub", "receiver" or "sender"
+  std::string name;  ///< the argument of the callbacks: "hub", "receiver" or "sender"
   std::string label; ///< what the menu shows, UTF-8
 };
 
-/// Everything the interface shows or does. Strings are UTF-8. A callback may be null: what depends
-/// on it is then absent. Every callback is called on the main thread, does its own locking, and may
+/// Everything the interface shows or does. Strings are UTF-8. A callback may be null: the interface
+/// then does without it. Every callback is called on the main thread, does its own locking, and may
 /// block for as long as its work takes.
 struct GuiConfig {
   std::string url;                   ///< dashboard address: shown, opened and copied by the menu

@@ -1,4 +1,4 @@
-// What the launcher finds in tdgui.so.
+// The two functions that the launcher calls in tdgui.so.
 
 #include "process/process_guards.h"
 #include "tdgui.h"
@@ -9,7 +9,7 @@
 
 #define TDGUI_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// Whether the interface can be shown: a display opens. Any thread, any number of times.
+/// Whether the interface can be shown: an X display can be opened. Any thread, may be repeated.
 TDGUI_EXPORT bool tdgui_available() noexcept {
   Display *display = XOpenDisplay(nullptr);
   if (!display) {
@@ -19,13 +19,13 @@ TDGUI_EXPORT bool tdgui_available() noexcept {
   return true;
 }
 
-/// tdgui::run for a launcher that loads this module when it runs. No exception leaves it: the
-/// launcher has a C++ runtime of its own. Returns early when the interface fails.
+/// tdgui::run for a launcher that loads this module at run time. Throws nothing, because the
+/// launcher has its own C++ runtime: returns early when the interface fails.
 TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
   try {
     td::prepare_process();
     tdgui::run(*config);
-  } catch (...) { // GNUstep's exceptions, too
+  } catch (...) { // also GNUstep's exceptions
     std::fputs("The menu-bar interface failed.\n", stderr);
   }
 }

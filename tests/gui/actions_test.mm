@@ -21,7 +21,7 @@ BOOL note_url(id, SEL, NSURL *url) {
   return YES;
 }
 
-/// Ending the process and opening a browser are only noted, for as long as one of these lives.
+/// While one exists, terminate: and openURL: are only recorded.
 class Stubs {
 public:
   Stubs() {
@@ -36,7 +36,7 @@ public:
   }
 };
 
-/// The calls made by choosing the items of the path, one menu deeper each.
+/// The calls made when the item is chosen, in the menu or in the submenu of `submenu_of`.
 Calls calls_of(Interface interface, NSString *title, NSString *submenu_of = nil) {
   filled(interface);
   record().calls.clear();
@@ -48,7 +48,7 @@ Calls calls_of(Interface interface, NSString *title, NSString *submenu_of = nil)
   return record().calls;
 }
 
-/// Of every item of the menu, as they are shown.
+/// The titles of all items of the menu, as they are shown.
 Calls titles(Interface interface) {
   Calls found;
   for (NSMenuItem *item : filled(interface)) {
@@ -158,7 +158,7 @@ TEST(Actions, AreNotFlaggedOffInTheMenuItself) {
   without.open_browser_pref = nullptr;
   for (const tdgui::GuiConfig &config : {full_config(), without}) {
     run_interface(config, [](Interface interface) {
-      [interface.menu setAutoenablesItems:NO]; // which leaves the flags as they were set
+      [interface.menu setAutoenablesItems:NO]; // this leaves the flags as they were set
       for (NSMenuItem *item : filled(interface)) {
         const bool caption = [interface.menu indexOfItem:item] < 2;
         EXPECT_TRUE([item isSeparatorItem] || [item isEnabled] == !caption)
@@ -178,7 +178,7 @@ TEST(Actions, AreEnabledByTheirTargetWhateverTheFlagSays) {
     NSMenu *hub = [item_titled(interface.menu, @"Hub") submenu];
     EXPECT_FALSE([item_titled(hub, @"Start") isEnabled]);
     [interface.menu update];
-    EXPECT_FALSE([[interface.menu itemAtIndex:0] isEnabled]); // without an action
+    EXPECT_FALSE([[interface.menu itemAtIndex:0] isEnabled]); // has no action
     EXPECT_FALSE([[interface.menu itemAtIndex:1] isEnabled]);
     for (NSString *label in [NSArray arrayWithObjects:@"Hub", @"Receiver", nil]) {
       NSMenu *submenu = [item_titled(interface.menu, label) submenu];

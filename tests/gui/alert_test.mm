@@ -21,15 +21,15 @@ NSInteger note_alert(NSAlert *alert, SEL selector) {
   return reinterpret_cast<NSInteger (*)(id, SEL)>(g_run_modal)(alert, selector);
 }
 
-/// GNUstep itself activates when the window manager gives the focus to an alert; that is not noted.
+/// GNUstep itself activates the application when an alert gets the focus; that is not recorded.
 void note_activate(id application, SEL selector, BOOL flag) {
   if (![NSApp modalWindow]) {
-    g_events.emplace_back(flag ? "activate" : "activate politely");
+    g_events.emplace_back(flag ? "activate" : "activate without ignoring other applications");
   }
   reinterpret_cast<void (*)(id, SEL, BOOL)>(g_activate)(application, selector, flag);
 }
 
-/// Notes alerts and activations for as long as it lives.
+/// Records alerts and activations while it exists.
 class Watch {
 public:
   Watch() {

@@ -1,4 +1,5 @@
-/// The order of the record's fields: the launcher and the interface are built apart and share it.
+/// Checks the order of GuiConfig's fields: the launcher and the interface are built separately and
+/// must agree on it.
 #pragma once
 
 #include "tdgui.h"

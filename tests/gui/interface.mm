@@ -16,7 +16,8 @@ Record g_record;
 Interface g_interface;
 std::function<void(Interface)> g_body;
 std::deque<std::function<void(NSWindow *)>> g_answers;
-int g_alerts, g_answered_alerts; // that have been run, and as many when one was answered last
+int g_alerts;          // how many have been run
+int g_answered_alerts; // the value of g_alerts when the last one was answered
 IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
 
 void expect_main_thread() {
@@ -30,7 +31,7 @@ void note(const std::string &call) {
 
 bool is_running(const std::string &name) {
   expect_main_thread();
-  ++g_record.questions;
+  ++g_record.is_running_calls;
   return g_record.running.at(name);
 }
 void start(const std::string &name) {
@@ -87,7 +88,7 @@ BOOL set_policy(id application, SEL selector, NSApplicationActivationPolicy poli
       application, selector, policy);
 }
 
-/// The menu joins a finished icon, and is itself finished but for its items.
+/// When the menu is set, the icon must be complete, and the menu too, except for its items.
 void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
   const bool finished_icon = [[item button] image] && [[item button] toolTip];
   const bool finished_menu = [[menu delegate] item] == item && [menu numberOfItems] == 0;
@@ -161,7 +162,7 @@ void wake_loop() {
   using namespace gui_test;
   NSWindow *panel = [NSApp modalWindow];
   if (panel && g_answered_alerts != g_alerts && !g_answers.empty()) {
-    g_answered_alerts = g_alerts; // it stays the modal window until the loop takes up the click
+    g_answered_alerts = g_alerts; // it stays the modal window until the loop handles the click
     const auto answer = g_answers.front();
     g_answers.pop_front();
     answer(panel);

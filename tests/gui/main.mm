@@ -10,7 +10,7 @@ namespace {
 
 bool g_all_ran;
 
-/// An application ends its process by exit(0), which must not pass for success.
+/// terminate: ends the process by exit(0). Before all tests have run, that must count as a failure.
 void fail_unless_all_ran() {
   if (g_all_ran) {
     return;

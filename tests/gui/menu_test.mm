@@ -16,7 +16,7 @@ struct Piece {
   NSFont *font;
 };
 
-/// The title consists of exactly these pieces, each with exactly these attributes.
+/// Expects the title to consist of exactly these pieces with exactly these attributes.
 void expect_title(NSMenuItem *item, const std::vector<Piece> &pieces) {
   NSAttributedString *title = [item attributedTitle];
   NSUInteger at = 0;
@@ -37,14 +37,14 @@ void expect_title(NSMenuItem *item, const std::vector<Piece> &pieces) {
   EXPECT_EQ(at, [title length]);
 }
 
-/// An item that is there to be read.
+/// Expects an item that only shows text.
 void expect_caption(NSMenuItem *item) {
   EXPECT_FALSE([item isEnabled]);
   EXPECT_TRUE([item action] == NULL);
   EXPECT_STREQ([[item keyEquivalent] UTF8String], "");
 }
 
-/// An item that only opens its submenu; some AppKits give such an item an action for that.
+/// Expects an item that only opens its submenu; some versions of AppKit give it an action for that.
 void expect_opener(NSMenuItem *item) {
   EXPECT_TRUE([item action] == NULL || sel_isEqual([item action], @selector(submenuAction:)));
   EXPECT_STREQ([[item keyEquivalent] UTF8String], "");
@@ -121,7 +121,7 @@ void expect_separators(const std::vector<NSMenuItem *> &items, std::size_t rows)
   EXPECT_EQ(found, expected);
 }
 
-/// Everything but the header, the component rows and the check mark.
+/// Expects all items except the header and the component rows, and no particular check mark.
 void expect_fixed_items(const std::vector<NSMenuItem *> &items, std::size_t rows, id target) {
   ASSERT_EQ(items.size(), 15 + rows);
   EXPECT_STREQ([[items[1] title] UTF8String], "http://localhost:8080/");
@@ -158,7 +158,7 @@ void set_states(const std::vector<bool> &running) {
   record().running = {{"hub", running[0]}, {"receiver", running[1]}, {"sender", running[2]}};
 }
 
-/// The callbacks that the menu or its actions look at, by bit.
+/// Removes the callbacks that the bits of `dropped` stand for.
 void drop_callbacks(tdgui::GuiConfig &config, unsigned dropped) {
   if (dropped & 1) {
     config.is_running = nullptr;
@@ -240,10 +240,10 @@ TEST(Menu, ShowsAChangeOnlyWhenItIsBuiltAnew) {
   run_interface(full_config(), [](Interface interface) {
     const std::vector<NSMenuItem *> items = filled(interface);
     set_states({true, false, true});
-    record().questions = 0;
+    record().is_running_calls = 0;
     [interface.menu update];
     turn_loop(NSEventTrackingRunLoopMode);
-    EXPECT_EQ(record().questions, 0);
+    EXPECT_EQ(record().is_running_calls, 0);
     ASSERT_EQ([interface.menu numberOfItems], static_cast<NSInteger>(items.size()));
     EXPECT_TRUE([interface.menu itemAtIndex:0] == items[0]);
     expect_header(items[0], [NSColor systemGreenColor]);

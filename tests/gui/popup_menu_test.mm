@@ -1,4 +1,4 @@
-// The menu on the screen: opened, drawn, and chosen from by pointer and keyboard.
+// The menu on the screen: opening it and choosing an item by pointer and keyboard.
 
 #include "interface.h"
 #include "menu/menu_text.h"
@@ -61,7 +61,7 @@ void post_mouse(NSEventType type, NSWindow *window, NSPoint location) {
            atStart:NO];
 }
 
-/// Presses and releases over an item.
+/// Presses and releases the left button over an item.
 void click_row(NSWindow *window, NSString *title) {
   TDMenuView *view = [window contentView];
   const NSInteger row = [[view shownMenu] indexOfItem:item_titled([view shownMenu], title)];
@@ -89,7 +89,7 @@ void click_row(NSWindow *window, NSString *title) {
 
 namespace {
 
-/// Opens the menu and takes the steps one after the other while it is open.
+/// Opens the menu and runs the steps one after the other while it is open.
 void open_and(Interface interface, const std::deque<std::function<void()>> &steps,
               NSRect anchor = NSMakeRect(300, 700, 22, 22)) {
   g_steps = steps;
@@ -112,12 +112,12 @@ using Calls = std::vector<std::string>;
 
 TEST(PopupMenu, OneOpeningFillsTheMenuOnce) {
   run_interface(full_config(), [](Interface interface) {
-    record().questions = 0;
+    record().is_running_calls = 0;
     open_and(interface, {[] {
                EXPECT_EQ(open_menus(), 1u);
                post_key('\033');
              }});
-    EXPECT_EQ(record().questions, 3 + 3);
+    EXPECT_EQ(record().is_running_calls, 3 + 3);
     EXPECT_EQ(record().calls, Calls{});
   });
 }

@@ -9,7 +9,7 @@ using Calls = std::vector<std::string>;
 
 namespace {
 
-/// The accessory view: the one of the panel's views that has its size.
+/// The accessory view, found by its size.
 NSView *form_of(NSWindow *panel) {
   for (NSView *view : views_of_class(panel, [NSView class])) {
     if (NSEqualSizes([view frame].size, NSMakeSize(280, 58))) {
@@ -52,7 +52,7 @@ void type(NSWindow *panel, NSString *keys) {
 }
 
 struct Answer {
-  NSString *http = nil; // nil: left as it is
+  NSString *http = nil; // nil: not changed
   NSString *udp = nil;
   NSString *button = @"Apply";
 };
@@ -202,7 +202,7 @@ TEST(PortsDialog, WhatIsNoPortGoesToTheCallbackAsWell) {
   EXPECT_EQ(calls_after(full_config(), {@"-5", @"70000"}), Calls{"set_ports -5 70000 ''"});
 }
 
-TEST(PortsDialog, PortsAreComparedAndPassedOnWhole) { // not as the 16 bits of a real port
+TEST(PortsDialog, PortsAreComparedAndPassedOnWhole) { // not cut to the 16 bits of a port
   EXPECT_EQ(calls_after(full_config(), {@"73616", nil}), Calls{"set_ports 73616 8081 ''"});
   EXPECT_EQ(calls_after(full_config(), {nil, @"73617"}), Calls{"set_ports 8080 73617 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"-57456", @"2147483647"}),
@@ -222,7 +222,7 @@ TEST(PortsDialog, WithoutSetPortsApplyDoesNothing) {
 TEST(PortsDialog, ComparesWithThePortsItShowed) {
   run_interface(full_config(), [](Interface interface) {
     when_alert_runs([](NSWindow *panel) {
-      record().http = 9999; // changed by other means meanwhile
+      record().http = 9999; // changed elsewhere in the meantime
       click(panel, @"Apply");
     });
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));

@@ -1,4 +1,4 @@
-// What the window system's libraries must leave alone: signals, children, arguments.
+// GNUstep must not interfere with the process's signals, children and arguments.
 
 #include "interface.h"
 #include "process/detached.h"
@@ -26,7 +26,7 @@ void note_signal(int number) {
 
 constexpr int handled_signals[] = {SIGINT, SIGTERM, SIGHUP};
 
-/// The process has handlers of its own before any test makes the application, as the launcher does.
+/// Installs signal handlers before any test makes the application, as the launcher does.
 class Handlers : public testing::Environment {
 public:
   void SetUp() override {
@@ -45,7 +45,7 @@ void (*current_handler(int number))(int) {
   return action.sa_handler;
 }
 
-/// Runs the event loop until `done` or for some seconds; returns whether it got done.
+/// Runs the event loop until `done` returns true, for at most ten seconds; returns its last result.
 bool run_loop_until(const std::function<bool()> &done) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
   while (!done() && std::chrono::steady_clock::now() < deadline) {
@@ -67,7 +67,7 @@ bool is_zombie(pid_t pid) {
   return stat.find(") Z ") != std::string::npos;
 }
 
-/// A private folder, removed at its end together with the files named.
+/// A private folder; its destructor removes it and the files named there.
 class Folder {
 public:
   Folder() {
@@ -90,7 +90,7 @@ public:
   std::string path;
 };
 
-/// Puts the folder before, or in place of, the search path for programs.
+/// Sets PATH while it exists.
 class SearchPath {
 public:
   explicit SearchPath(const std::string &path) : before_(getenv("PATH")) {
@@ -126,7 +126,7 @@ TEST(Process, KeepsItsChildrenAfterACopy) {
       _exit(7);
     }
     EXPECT_TRUE(run_loop_until([&] { return is_zombie(child); }));
-    // A few more rounds, in which somebody could reap it.
+    // A few more rounds, in which GNUstep could reap it.
     int rounds = 0;
     run_loop_until([&] { return ++rounds > 5; });
     int status = 0;

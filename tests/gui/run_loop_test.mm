@@ -1,4 +1,4 @@
-// What the X server tells is taken up at once, whenever it came.
+// Events of the X server are handled at once, even when Xlib has read them before the wait.
 
 #include "interface.h"
 #include "x11/window_device.h"
@@ -13,7 +13,7 @@ using namespace gui_test;
 
 @implementation RunLoopTestClick
 
-/// In a timer, as something that asks the X server for an answer would do; the press comes first.
+/// Called by a timer: Xlib reads the press while it waits for a reply of the X server.
 - (void)press:(NSTimer *)timer {
   NSWindow *window = [timer userInfo];
   send_press(td::display_of(window), td::x_window_of(window));
@@ -29,7 +29,7 @@ TEST(RunLoop, DoesNotWaitForTheNextEventWithOneReadAlready) {
                                                         defer:NO] autorelease];
     [window setReleasedWhenClosed:NO];
     [window orderFrontRegardless];
-    NSString *mode = NSConnectionReplyMode; // in which no pulse wakes the loop
+    NSString *mode = NSConnectionReplyMode; // a mode in which no pulse wakes the loop
     while ([NSApp nextEventMatchingMask:NSAnyEventMask untilDate:nil inMode:mode dequeue:YES]) {}
     NSTimer *timer = [NSTimer timerWithTimeInterval:0
                                              target:[[[RunLoopTestClick alloc] init] autorelease]

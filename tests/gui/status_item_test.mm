@@ -39,19 +39,20 @@ NSBitmapImageRep *drawn(NSImage *image) {
   return bitmap;
 }
 
-/// How far outside the bar's outline the point is; negative inside it.
-CGFloat outside(const NSRect &bar, CGFloat x, CGFloat y) {
+/// The point's distance from the bar's outline; negative inside the bar.
+CGFloat distance_from(const NSRect &bar, CGFloat x, CGFloat y) {
   const CGFloat right = std::fabs(x - NSMidX(bar)) - (NSWidth(bar) / 2 - corner_radius),
                 up = std::fabs(y - NSMidY(bar)) - (NSHeight(bar) / 2 - corner_radius);
   return std::hypot(std::max(right, 0.0), std::max(up, 0.0)) + std::min(std::max(right, up), 0.0) -
          corner_radius;
 }
 
-/// 1 inside a bar, 0 outside, -1 where the pixel touches the outline and is a matter of smoothing.
+/// 1 inside a bar, 0 outside; -1 where the pixel touches the outline, because its colour depends on
+/// the smoothing.
 int expected_ink(CGFloat x, CGFloat y) {
   CGFloat distance = icon_width;
   for (const NSRect &bar : icon_bars) {
-    distance = std::min(distance, outside(bar, x, y));
+    distance = std::min(distance, distance_from(bar, x, y));
   }
   const CGFloat half_diagonal = 0.75 / pixels_per_point;
   return distance > half_diagonal ? 0 : distance < -half_diagonal ? 1 : -1;
@@ -96,7 +97,7 @@ TEST(StatusItem, IsMadeAsAnAccessoryApplicationWithAMenu) {
     EXPECT_STREQ([[[interface.item button] toolTip] UTF8String], "Tandrel");
     EXPECT_TRUE([interface.controller isKindOfClass:NSClassFromString(@"TDStatusController")]);
     EXPECT_TRUE([interface.controller item] == interface.item);
-    EXPECT_EQ([interface.menu numberOfItems], 0); // nothing before it opens
+    EXPECT_EQ([interface.menu numberOfItems], 0); // filled when it opens
     EXPECT_TRUE([NSApp delegate] == nil);
     EXPECT_TRUE([NSApp mainMenu] == nil);
   });
@@ -123,7 +124,7 @@ TEST(StatusItem, IconHasFiveTealBars) {
     EXPECT_EQ([image size].width, icon_width);
     EXPECT_EQ([image size].height, icon_height);
     EXPECT_FALSE([image isFlipped]);
-    for (int drawing = 0; drawing < 2; ++drawing) { // it is drawn anew each time
+    for (int drawing = 0; drawing < 2; ++drawing) { // the image is drawn again each time
       const Difference difference = compare(drawn(image));
       EXPECT_GT(difference.ink, 80 * pixels_per_point * pixels_per_point);
       EXPECT_GT(difference.paper, 195 * pixels_per_point * pixels_per_point);
@@ -141,23 +142,23 @@ TEST(StatusItem, IsDrawnOnTheScreen) {
   });
 }
 
-TEST(StatusItem, KeepsTheSizeThatItHasWhateverIsSaidOfIt) {
+TEST(StatusItem, IgnoresTheSizeInAnEvent) {
   run_interface(full_config(), [](Interface interface) {
     NSView *button = [interface.item button];
     NSWindow *window = [button window];
     const NSRect frame = [window frame];
-    for (const short subject : {GSAppKitWindowResized, GSAppKitWindowMoved}) {
+    for (const short subtype : {GSAppKitWindowResized, GSAppKitWindowMoved}) {
       [window sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
                                            location:NSMakePoint(460, 26)
                                       modifierFlags:0
                                           timestamp:0
                                        windowNumber:[window windowNumber]
                                             context:nil
-                                            subtype:subject
+                                            subtype:subtype
                                               data1:1
                                               data2:1]];
-      EXPECT_TRUE(NSEqualRects([window frame], frame)) << subject;
-      EXPECT_TRUE(NSEqualSizes([button frame].size, frame.size)) << subject;
+      EXPECT_TRUE(NSEqualRects([window frame], frame)) << subtype;
+      EXPECT_TRUE(NSEqualSizes([button frame].size, frame.size)) << subtype;
     }
   });
 }

@@ -1,15 +1,15 @@
-/// The X server's side of the windows of the test's own process.
+/// Sends X events to windows of the test process.
 #pragma once
 
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
 
 namespace gui_test {
 
-/// As if a part of the window had come into view.
+/// Sends the event of a part of the window having become visible.
 void send_exposure(_XDisplay *display, unsigned long window);
 
-/// As if the left button had been pressed in the window. It has been read from the server, but not
-/// been handled, afterwards.
+/// Sends the event of the left button having been pressed in the window. On return Xlib has read
+/// the event, but the application has not handled it.
 void send_press(_XDisplay *display, unsigned long window);
 
 } // namespace gui_test

@@ -1,4 +1,4 @@
-// An interface module without its tdgui_run.
+// An interface module without tdgui_run.
 extern "C" bool tdgui_available() {
   return true;
 }

@@ -1,4 +1,4 @@
-// A menu-bar interface without a menu bar: a test says over a socket which callback to call.
+// A menu-bar interface without a menu bar: a test sends the callbacks to call over a socket.
 //
 // The interface is available when TD_SCRIPTED_GUI names a listening local socket and
 // TD_SCRIPTED_GUI_MODE is not "unavailable"; the mode "no-threads" keeps the launcher from starting
@@ -37,9 +37,9 @@ std::string variable(const char *name) {
   return value == nullptr ? "" : value;
 }
 
-/// Lets every clone() that makes a thread fail with EAGAIN, as a machine that is out of them does.
-/// clone3() goes away as a whole, because a filter cannot see its flags; the C library then uses
-/// clone(). Processes can still be made.
+/// Makes every clone() that creates a thread fail with EAGAIN, as when the system has no more
+/// threads. clone3() fails with ENOSYS, because a filter cannot see its flags; the C library then
+/// uses clone(). Processes can still be created.
 void forbid_threads() {
   constexpr unsigned system_call = offsetof(seccomp_data, nr);
   constexpr unsigned clone_flags = offsetof(seccomp_data, args); // the low half, as on x86 and ARM
@@ -119,7 +119,7 @@ std::string set_ports(const tdgui::GuiConfig &gui, const std::string &ports) {
   return "{\"result\":" + json(done) + ",\"message\":" + json(message) + "}";
 }
 
-/// Carries out a command on one component; empty when it is none.
+/// Carries out a command on one component; returns "" when `command` is no such command.
 std::string act_on_component(const tdgui::GuiConfig &gui, const std::string &command,
                              const std::string &name) {
   if (command == "is_running") {
@@ -169,8 +169,8 @@ std::string carry_out(const tdgui::GuiConfig &gui, const std::string &line) {
   return done.empty() ? R"({"error":"no such command"})" : done;
 }
 
-/// Connects to the test. The descriptor is deliberately left to be inherited by whatever the
-/// launcher starts.
+/// Connects to the test. The descriptor is inheritable on purpose: the launcher must close it in
+/// the programs that it starts.
 int connect_to_test() {
   const std::string path = variable("TD_SCRIPTED_GUI");
   sockaddr_un address{};
@@ -184,11 +184,11 @@ int connect_to_test() {
   return descriptor;
 }
 
-/// The next line without its line feed. False at the end: the test has gone.
+/// Reads the next line, without its line feed. Returns false when the test has closed the socket.
 bool read_line(int descriptor, std::string &line) {
   line.clear();
-  // An event loop waits in poll, too. Besides, GCC 12's ThreadSanitizer runs a signal's handler at
-  // once in poll, but in read only after it, and the launcher's handlers let a read go on.
+  // poll, as in an event loop. Also, GCC 12's ThreadSanitizer runs a signal handler at once during
+  // poll, but during read only after it has returned, and the launcher's handlers restart a read.
   pollfd ready{descriptor, POLLIN, 0};
   while (poll(&ready, 1, -1) == -1 && errno == EINTR) {}
   for (char c = 0;;) {

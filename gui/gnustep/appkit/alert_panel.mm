@@ -1,5 +1,5 @@
-// GNUstep's alert has no accessory view, and its panel is the dark grey of another age. Both are
-// seen to right after the alert has made its panel.
+// GNUstep's alert has no accessory view, its panel is dark grey, and the panel is hidden while
+// another program is active. All three are changed right after the alert has made its panel.
 
 #include "runtime/attached_object.h"
 #include "runtime/replace_method.h"
@@ -15,7 +15,7 @@ constexpr CGFloat accessory_gap = 12; // above and below the accessory
 
 IMP g_make_panel;
 
-/// The panel is made with its size as its least and greatest.
+/// GNUstep makes the panel with a fixed size: its minimum and maximum size have to change as well.
 void resize(NSWindow *panel, NSSize content) {
   const NSRect frame = [panel frameRectForContentRect:{NSZeroPoint, content}];
   [panel setMinSize:frame.size];
@@ -23,12 +23,13 @@ void resize(NSWindow *panel, NSSize content) {
   [panel setContentSize:content];
 }
 
-bool sticks_to_an_edge(NSView *part) {
+bool has_fixed_edge(NSView *part) {
   return [part autoresizingMask] & (NSViewMinYMargin | NSViewMaxYMargin);
 }
 
-/// The panel's parts, from the top: icon and title, which stick to the top; the message, which
-/// sticks to nothing; the buttons, which stick to the bottom. The accessory goes above the buttons.
+/// From the top, the panel has the icon and the title, which keep their distance from the top edge;
+/// the message, which has no fixed edge; and the buttons, which keep their distance from the bottom
+/// edge. The accessory is placed above the buttons.
 void add_accessory(NSWindow *panel, NSView *accessory) {
   NSView *content = [panel contentView];
   const NSSize old_size = [content frame].size, added = [accessory frame].size;
@@ -37,7 +38,7 @@ void add_accessory(NSWindow *panel, NSView *accessory) {
   CGFloat buttons_top = 0;
   for (NSView *part in [content subviews]) {
     const NSRect frame = [part frame];
-    if (!sticks_to_an_edge(part)) {
+    if (!has_fixed_edge(part)) {
       [part
           setFrameOrigin:NSMakePoint(NSMinX(frame), NSMinY(frame) + added.height + accessory_gap)];
     }
@@ -53,7 +54,7 @@ void add_accessory(NSWindow *panel, NSView *accessory) {
 void make_panel(NSAlert *alert, SEL selector) {
   reinterpret_cast<void (*)(id, SEL)>(g_make_panel)(alert, selector);
   NSWindow *panel = [alert window];
-  [panel setHidesOnDeactivate:NO]; // the modal loop would go on without it
+  [panel setHidesOnDeactivate:NO]; // the modal loop would go on with nothing visible
   [panel setBackgroundColor:[NSColor colorWithCalibratedWhite:0.92 alpha:1]];
   if ([alert accessoryView]) {
     add_accessory(panel, [alert accessoryView]);

@@ -1,4 +1,4 @@
-// Images that draw themselves by a block, each time they are drawn.
+// Images that call a block each time they are drawn.
 
 #import <AppKit/AppKit.h>
 #include <Block.h>
@@ -17,7 +17,7 @@ using TDDrawingHandler = BOOL (^)(NSRect frame);
   if ((self = [super init])) {
     [self setSize:size];
     [self setAlpha:YES];
-    _handler = Block_copy(handler); // a block is no object to this runtime: -copy would crash
+    _handler = Block_copy(handler); // to this runtime a block is no object: -copy would crash
   }
   return self;
 }

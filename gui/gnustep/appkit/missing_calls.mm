@@ -1,11 +1,11 @@
-// Short calls of AppKit that GNUstep 0.29 lacks and that need nothing kept between calls.
+// Short AppKit methods that GNUstep 0.29 lacks and that keep no state between calls.
 
 #import <AppKit/AppKit.h>
 
 @implementation NSApplication (TDMissing)
 
-/// GNUstep has no Dock and no main menu of its own, and the icon window is already off (see
-/// process_guards.mm): an accessory application is all this process can be.
+/// There is nothing to change: this application has no main menu, and the icon window is already
+/// off (process_guards.mm). No other policy is supported.
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
   return policy == NSApplicationActivationPolicyAccessory;
 }
@@ -17,7 +17,7 @@
 
 @implementation NSColor (TDLabelColor)
 
-/// GNUstep's is as black as the text it is to stand behind.
+/// GNUstep's is black, like ordinary text.
 + (NSColor *)secondaryLabelColor {
   return [NSColor colorWithCalibratedWhite:0.45 alpha:1];
 }

@@ -1,5 +1,5 @@
-// GNUstep looks for an application of its own for a URL and blocks in an alert when it has none;
-// the desktop's command for it is asked instead.
+// GNUstep looks for a GNUstep application that opens the URL and, if there is none, blocks in an
+// alert. The desktop's own command is run instead.
 
 #include "process/detached.h"
 

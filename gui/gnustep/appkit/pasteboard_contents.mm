@@ -1,5 +1,5 @@
-// GNUstep has no -clearContents, and puts a string on the pasteboard only when its type has been
-// declared first; AppKit declares it by itself.
+// GNUstep has no -clearContents, and accepts a string only after its type has been declared; AppKit
+// declares the type itself.
 
 #include "runtime/replace_method.h"
 

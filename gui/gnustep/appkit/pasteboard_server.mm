@@ -1,6 +1,6 @@
-// The pasteboard is kept by a server process, gpbs, that GNUstep starts at the first use and then
-// waits for by way of another server process, gdnc, which it also starts. Here gpbs alone is
-// started, as nobody's child, and is there before GNUstep looks for it.
+// The pasteboard is kept by a server process, gpbs. At the first use GNUstep starts it as a child
+// process, and a second server, gdnc, to be told when gpbs is ready. Here only gpbs is started,
+// detached from this process, and it is ready before GNUstep looks for it.
 
 #include "process/detached.h"
 #include "runtime/replace_method.h"

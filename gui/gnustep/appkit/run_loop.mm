@@ -1,7 +1,7 @@
-// Events that Xlib has read already, while it waited for an answer of the X server, are taken over
-// as soon as the run loop is about to wait. GNUstep's run loop then waits all the same: a click or
-// an exposure lies in the application's queue until something else happens. Here what was taken
-// over counts as input, which ends the wait.
+// While Xlib waits for a reply of the X server it may also read events. GNUstep moves these to the
+// application's queue when the run loop is about to wait, but the run loop then waits nevertheless:
+// a click or an exposure stays in the queue until more input arrives. Here events moved to the
+// queue count as input, which ends the wait.
 
 #include "runtime/replace_method.h"
 
@@ -13,7 +13,7 @@ using ShouldBlock = BOOL (*)(id, SEL, BOOL *);
 using Poll = BOOL (*)(id, SEL, int, NSArray *);
 
 IMP g_should_block, g_poll;
-thread_local bool t_has_input; // of the innermost poll
+thread_local bool t_has_input; // for the innermost poll
 
 BOOL should_block(id watcher, SEL selector, BOOL *trigger) {
   const BOOL blocks = reinterpret_cast<ShouldBlock>(g_should_block)(watcher, selector, trigger);

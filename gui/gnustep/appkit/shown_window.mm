@@ -1,7 +1,8 @@
-// GNUstep asks for the keyboard for a window as soon as it has asked for the window to be shown.
-// While the window manager has not done so the X server refuses, and should the loss of another
-// window's focus be heard of in between, the application takes itself for inactive and from then on
-// drops the keys typed into the window. So showing a window lasts until it is there.
+// GNUstep requests the keyboard focus for a window right after it has requested that the window be
+// shown. The X server refuses the focus while the window is not yet on the screen. If another
+// window of the application loses the focus at that time, GNUstep considers the application
+// inactive and drops the keys typed into the new window. So showing a window waits until it is on
+// the screen.
 
 #include "runtime/replace_method.h"
 #include "x11/window_device.h"

@@ -1,4 +1,4 @@
-// GNUstep's menu item keeps only the text of an attributed title and returns nil for it.
+// GNUstep's menu item keeps only the text of an attributed title, and its getter returns nil.
 
 #include "runtime/attached_object.h"
 

@@ -5,12 +5,12 @@
 
 namespace td {
 
-/// The item's attributed title, or its plain one, with the menu font and the colour of an enabled
-/// or disabled item wherever it names none itself. Autoreleased.
+/// The item's attributed title or, if it has none, its plain title. Where it sets no font or colour
+/// it gets the menu font and the colour of an enabled or disabled item. Autoreleased.
 NSAttributedString *shown_title(NSMenuItem *item);
 
-/// The item's key equivalent in words, "Alt+O"; empty when it has none. GNUstep's Command key is
-/// Alt unless the user chose another. Autoreleased.
+/// The item's key equivalent as text, such as "Alt+O"; empty when it has none. GNUstep's Command
+/// key is Alt unless the user has configured another. Autoreleased.
 NSAttributedString *shown_key(NSMenuItem *item);
 
 } // namespace td

@@ -7,7 +7,7 @@ NSColor *default_colour(NSMenuItem *item) {
                           : [NSColor colorWithCalibratedWhite:0.45 alpha:1];
 }
 
-void set_where_absent(NSMutableAttributedString *text, NSString *name, id value) {
+void add_where_absent(NSMutableAttributedString *text, NSString *name, id value) {
   NSRange run = NSMakeRange(0, 0);
   for (NSUInteger at = 0; at < [text length]; at = NSMaxRange(run)) {
     if ([text attribute:name atIndex:at effectiveRange:&run] == nil) {
@@ -16,7 +16,7 @@ void set_where_absent(NSMutableAttributedString *text, NSString *name, id value)
   }
 }
 
-NSString *key_words(NSMenuItem *item) {
+NSString *key_name(NSMenuItem *item) {
   NSString *key = [item keyEquivalent];
   if ([key length] == 0) {
     return @"";
@@ -36,8 +36,8 @@ NSAttributedString *shown_title(NSMenuItem *item) {
   if (text == nil) {
     text = [[[NSMutableAttributedString alloc] initWithString:[item title]] autorelease];
   }
-  set_where_absent(text, NSFontAttributeName, [NSFont menuFontOfSize:0]);
-  set_where_absent(text, NSForegroundColorAttributeName, default_colour(item));
+  add_where_absent(text, NSFontAttributeName, [NSFont menuFontOfSize:0]);
+  add_where_absent(text, NSForegroundColorAttributeName, default_colour(item));
   return text;
 }
 
@@ -45,7 +45,7 @@ NSAttributedString *shown_key(NSMenuItem *item) {
   NSDictionary *attributes = [NSDictionary
       dictionaryWithObjectsAndKeys:[NSFont menuFontOfSize:0], NSFontAttributeName,
                                    default_colour(item), NSForegroundColorAttributeName, nil];
-  return [[[NSAttributedString alloc] initWithString:key_words(item)
+  return [[[NSAttributedString alloc] initWithString:key_name(item)
                                           attributes:attributes] autorelease];
 }
 

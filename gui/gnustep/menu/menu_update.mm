@@ -1,6 +1,6 @@
-// GNUstep asks a menu's delegate for its items again for every change made to an attached item,
-// which for a delegate that rebuilds its menu means thousands of rebuilds. AppKit asks once, when
-// the menu opens: the status item does that (status_item.mm), and GNUstep's own asking is off.
+// GNUstep has the delegate update a menu again after every change of one of its items. For a
+// delegate that rebuilds its menu that means thousands of rebuilds. AppKit has it updated once,
+// when the menu opens: popup_menu.mm does that, and GNUstep's own updates are turned off.
 
 #import <AppKit/AppKit.h>
 

@@ -1,4 +1,4 @@
-/// How an open menu looks: attributed titles, separators, check marks, key equivalents.
+/// Draws an open menu: attributed titles, separators, check marks, key equivalents.
 #pragma once
 
 #include <vector>
@@ -7,22 +7,22 @@
 
 @interface TDMenuView : NSView {
   NSMenu *_shownMenu;
-  std::vector<NSRect> *_rows; // by pointer: this runtime constructs no C++ instance variables
+  std::vector<NSRect> *_rows; // a pointer: this runtime constructs no C++ instance variables
   NSInteger _highlighted;
 }
 
-/// As large as the menu needs. The menu must not change while it is shown.
+/// The view gets the size that the menu needs. The menu must not change while it is shown.
 - (instancetype)initWithMenu:(NSMenu *)menu;
 - (NSMenu *)shownMenu;
 
-/// The item's rectangle in this view, whose origin is at the top left.
+/// The item's rectangle in this view's coordinates, whose origin is at the top left.
 - (NSRect)rectOfRow:(NSInteger)row;
 
-/// The index of the item at a point of this view; -1 for none.
+/// The index of the item at `point`, in this view's coordinates; -1 if there is none.
 - (NSInteger)rowAtPoint:(NSPoint)point;
 
-/// The highlighted item's index; -1 for none. Separators and disabled items are never highlighted:
-/// setting one sets -1.
+/// The highlighted item's index; -1 if there is none. Separators and disabled items are never
+/// highlighted: setting one sets -1.
 - (NSInteger)highlightedRow;
 - (void)setHighlightedRow:(NSInteger)row;
 

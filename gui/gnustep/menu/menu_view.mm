@@ -6,10 +6,10 @@
 
 namespace {
 
-constexpr CGFloat mark_column = 24; // left of the titles: check marks
-constexpr CGFloat key_gap = 28;     // at least, between a title and its key equivalent or arrow
+constexpr CGFloat mark_column = 24; // left of the titles, for check marks
+constexpr CGFloat key_gap = 28;     // least space between a title and its key equivalent or arrow
 constexpr CGFloat right_pad = 14;
-constexpr CGFloat row_pad = 8; // above and below a text, in all
+constexpr CGFloat row_pad = 8; // above and below a text together
 constexpr CGFloat separator_height = 9;
 constexpr CGFloat edge_pad = 4; // above the first and below the last row
 
@@ -23,7 +23,7 @@ NSColor *line_colour() {
   return [NSColor colorWithCalibratedWhite:0.82 alpha:1];
 }
 
-/// Pale, so that dots and grey words keep their own colours and stay readable on it.
+/// Pale, so that the coloured dots and grey text stay readable on it.
 NSColor *highlight_colour() {
   return [NSColor colorWithCalibratedRed:0.80 green:0.88 blue:0.98 alpha:1];
 }

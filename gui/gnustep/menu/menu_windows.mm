@@ -19,7 +19,7 @@ NSWindow *make_window(NSMenu *menu) {
   return window;
 }
 
-/// `corner` is the wanted top left corner.
+/// Shows the window with its top left corner at `corner`, or as near as the screen allows.
 void show(NSWindow *window, NSPoint corner) {
   const NSRect screen = [[NSScreen mainScreen] frame];
   const NSSize size = [window frame].size;

@@ -5,9 +5,8 @@
 
 namespace td {
 
-/// Has the menu's delegate fill it, opens it below or above `anchor` (screen coordinates), lets the
-/// user choose, closes it, and then performs the chosen item's action. Returns after that. Main
-/// thread only.
+/// Has the menu's delegate fill it, opens it below or above `anchor` (screen coordinates), waits
+/// for the user's choice, closes it and performs the chosen item's action. Main thread only.
 void pop_up_menu(NSMenu *menu, NSRect anchor);
 
 } // namespace td

@@ -10,11 +10,11 @@ namespace {
 
 enum class Outcome { open, chosen, dismissed };
 
-/// A menu being tracked: its windows, outermost first, and how far the user has got.
+/// The state of an open menu: its windows, outermost first, and what the user has done so far.
 struct Tracking {
   std::vector<NSWindow *> windows;
   NSMenuItem *chosen = nil;
-  bool opening_click = true; // the button that opened the menu has not come up over it yet
+  bool opening_click = true; // the mouse button that opened the menu is not released yet
 };
 
 /// Closes the submenus opened from the window at `depth`.
@@ -49,7 +49,8 @@ void highlight(Tracking &tracking, std::size_t depth, NSInteger row) {
   [view setHighlightedRow:row];
 }
 
-/// The innermost open menu at the point of the screen; as many as there are windows for none.
+/// The depth of the innermost open menu at `point` (screen coordinates); the number of windows if
+/// there is none.
 std::size_t depth_at(const Tracking &tracking, NSPoint point) {
   for (std::size_t depth = tracking.windows.size(); depth-- > 0;) {
     if (NSPointInRect(point, [tracking.windows[depth] frame])) {
@@ -123,7 +124,7 @@ void enter_submenu(Tracking &tracking) {
   }
 }
 
-/// Leaves the innermost submenu; the menu itself stays.
+/// Closes the innermost submenu; without one, dismisses the menu.
 Outcome leave_submenu(Tracking &tracking) {
   if (tracking.windows.size() == 1) {
     return Outcome::dismissed;
@@ -219,7 +220,8 @@ NSMenuItem *track(NSMenu *menu, NSRect anchor) {
   return tracking.chosen;
 }
 
-/// What AppKit does before a menu opens: contents first, then which items can be chosen.
+/// What AppKit does before a menu opens: the delegate fills it, then its items are enabled or
+/// disabled.
 void prepare(NSMenu *menu) {
   if ([[menu delegate] respondsToSelector:@selector(menuNeedsUpdate:)]) {
     [[menu delegate] menuNeedsUpdate:menu];

@@ -24,7 +24,7 @@ void set_defaults(posix_spawnattr_t &attributes, posix_spawn_file_actions_t &fil
   posix_spawn_file_actions_addclosefrom_np(&files, STDERR_FILENO + 1);
 }
 
-/// Waits for exactly this process, so that nobody else's child is taken.
+/// Waits for this process only: other children are waited for elsewhere.
 bool wait_for(pid_t pid) {
   int status = 0;
   while (waitpid(pid, &status, 0) < 0) {

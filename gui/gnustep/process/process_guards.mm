@@ -17,11 +17,11 @@ constexpr std::array<int, 5> guarded_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 MakeApplication g_make_application;
 
-/// Puts the actions found at its construction back in force at its end. The signals stay blocked
-/// on this thread meanwhile, so that one that arrives waits for its own handler.
-class KeptSignals {
+/// Saves the signal actions in its constructor and restores them in its destructor. In between the
+/// signals are blocked on this thread, so that one that arrives is handled by its own handler.
+class SignalActionsGuard {
 public:
-  KeptSignals() {
+  SignalActionsGuard() {
     sigset_t guarded;
     sigemptyset(&guarded);
     for (int number : guarded_signals) {
@@ -33,31 +33,32 @@ public:
     }
   }
 
-  ~KeptSignals() {
+  ~SignalActionsGuard() {
     for (std::size_t i = 0; i < guarded_signals.size(); ++i) {
       sigaction(guarded_signals[i], &actions_[i], nullptr);
     }
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
   }
 
-  KeptSignals(const KeptSignals &) = delete;
-  KeptSignals &operator=(const KeptSignals &) = delete;
+  SignalActionsGuard(const SignalActionsGuard &) = delete;
+  SignalActionsGuard &operator=(const SignalActionsGuard &) = delete;
 
 private:
   std::array<struct sigaction, guarded_signals.size()> actions_;
   sigset_t mask_;
 };
 
-/// The window server's code loads with the application and has SIGINT and SIGTERM end it.
+/// GNUstep's display code, which is loaded when the application is made, installs handlers for
+/// SIGINT and SIGTERM that end the process.
 NSApplication *make_application(id application_class, SEL selector) {
-  KeptSignals kept;
+  SignalActionsGuard guard;
   return g_make_application(application_class, selector);
 }
 
-/// NSTask's own +initialize installs a SIGCHLD handler that has the run loop wait for any child of
-/// the process. Everything GNUstep starts through NSTask (its pasteboard server, for one) goes
-/// through launch_detached instead, which needs no handler.
-void leave_children_alone(Class /*cls*/, SEL /*selector*/) {}
+/// Replaces +[NSTask initialize], which installs a SIGCHLD handler that makes the run loop wait for
+/// any child of the process. What GNUstep starts through NSTask, such as its pasteboard server, is
+/// started by launch_detached instead, which needs no handler.
+void install_no_child_handler(Class /*cls*/, SEL /*selector*/) {}
 
 NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray *arguments) {
   std::vector<std::string> words = {[path UTF8String]};
@@ -68,12 +69,13 @@ NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray
   return nil;
 }
 
-/// GNUstep tells other programs of each application's start and end through a server process that
-/// it starts, that outlives the application, and without which it fails. Nobody here listens.
-void stay_unannounced(id /*center*/, SEL /*selector*/) {}
+/// Replaces -[NSDistributedNotificationCenter _connect]. GNUstep sends a notification of each
+/// application's start and end, for which it starts a server process that outlives the application.
+/// No program needs these notifications.
+void connect_to_no_server(id /*center*/, SEL /*selector*/) {}
 
-/// GNUstep opens the program's arguments as files and reads some as preferences.
-void forget_arguments() {
+/// GNUstep would open the program's arguments as files and read some as preferences.
+void hide_arguments() {
   NSString *program = [[[NSProcessInfo processInfo] arguments] objectAtIndex:0];
   char *words[] = {const_cast<char *>([program fileSystemRepresentation]), nullptr};
   [NSProcessInfo initializeWithArguments:words count:1 environment:environ];
@@ -92,13 +94,13 @@ namespace td {
 
 void prepare_process() {
   @autoreleasepool {
-    forget_arguments();
+    hide_arguments();
     replace_class_method("NSTask", @selector(initialize),
-                         reinterpret_cast<IMP>(leave_children_alone));
+                         reinterpret_cast<IMP>(install_no_child_handler));
     replace_class_method("NSTask", @selector(launchedTaskWithLaunchPath:arguments:),
                          reinterpret_cast<IMP>(launch_detached));
     replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
-                   reinterpret_cast<IMP>(stay_unannounced));
+                   reinterpret_cast<IMP>(connect_to_no_server));
     replace_class_method("NSApplication", @selector(sharedApplication),
                          reinterpret_cast<IMP>(make_application),
                          reinterpret_cast<IMP *>(&g_make_application));

@@ -1,16 +1,15 @@
-/// An extra instance variable for GNUstep's objects: the GCC Objective-C runtime has no associated
-/// objects.
+/// An object stored with another one: GCC's Objective-C runtime has no associated objects.
 #pragma once
 
 #import <Foundation/Foundation.h>
 
 namespace td {
 
-/// Keeps `value` (retained) with `owner` until `owner` is deallocated; nil removes it. One value
-/// for each owner. Main thread only.
+/// Retains `value` and stores it with `owner`, in place of an earlier value, until `owner` is
+/// deallocated; nil removes it. Main thread only.
 void attach_object(id owner, id value);
 
-/// What attach_object kept with `owner`, or nil. Main thread only.
+/// The value that attach_object stored with `owner`, or nil. Main thread only.
 id attached_object(id owner);
 
 } // namespace td

@@ -6,10 +6,10 @@
 
 namespace {
 
-std::map<id, id> g_attached;          // owner -> value, retained
-std::map<Class, IMP> g_plain_dealloc; // what a class's dealloc was before it also forgot the value
+std::map<id, id> g_attached;             // owner -> value, retained
+std::map<Class, IMP> g_replaced_dealloc; // the dealloc that dealloc_and_detach replaced
 
-void forget(id owner) {
+void detach(id owner) {
   auto entry = g_attached.find(owner);
   if (entry == g_attached.end()) {
     return;
@@ -19,22 +19,22 @@ void forget(id owner) {
   [value release];
 }
 
-void dealloc_and_forget(id owner, SEL selector) {
-  forget(owner);
+void dealloc_and_detach(id owner, SEL selector) {
+  detach(owner);
   for (Class cls = [owner class]; cls != Nil; cls = class_getSuperclass(cls)) {
-    auto entry = g_plain_dealloc.find(cls);
-    if (entry != g_plain_dealloc.end()) {
+    auto entry = g_replaced_dealloc.find(cls);
+    if (entry != g_replaced_dealloc.end()) {
       return reinterpret_cast<void (*)(id, SEL)>(entry->second)(owner, selector);
     }
   }
 }
 
-void watch_dealloc(Class cls) {
-  if (g_plain_dealloc.count(cls) != 0) {
+void replace_dealloc(Class cls) {
+  if (g_replaced_dealloc.count(cls) != 0) {
     return;
   }
-  g_plain_dealloc[cls] =
-      td::replace_method(cls, @selector(dealloc), reinterpret_cast<IMP>(dealloc_and_forget));
+  g_replaced_dealloc[cls] =
+      td::replace_method(cls, @selector(dealloc), reinterpret_cast<IMP>(dealloc_and_detach));
 }
 
 } // namespace
@@ -43,11 +43,11 @@ namespace td {
 
 void attach_object(id owner, id value) {
   [value retain];
-  forget(owner);
+  detach(owner);
   if (value == nil) {
     return;
   }
-  watch_dealloc([owner class]);
+  replace_dealloc([owner class]);
   g_attached[owner] = value;
 }
 

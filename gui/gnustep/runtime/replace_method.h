@@ -1,4 +1,4 @@
-/// Replacing a method of a GNUstep class while keeping the old one to call.
+/// Replaces a method of a GNUstep class.
 #pragma once
 
 #import <Foundation/Foundation.h>
@@ -7,8 +7,8 @@
 namespace td {
 
 /// Makes `imp` the instance method `selector` of `cls` (pass a metaclass for a class method) and
-/// returns the implementation it had, its own or inherited. Does not initialise the class. Ends the
-/// process when the class has no such method: the layer was written for another GNUstep then.
+/// returns the previous implementation, which may be inherited. Does not initialise the class.
+/// Aborts the process when the class has no such method, as in another version of GNUstep.
 IMP replace_method(Class cls, SEL selector, IMP imp);
 
 } // namespace td

@@ -1,4 +1,4 @@
-// GNUstep's status bar is a placeholder without a status item. This one is a button in a small
+// GNUstep's status bar is a stub without status items. This status item is a button in a small
 // window of its own (status_window.mm).
 
 #include "menu/popup_menu.h"
@@ -24,13 +24,14 @@
 
 namespace {
 
-/// Dark, as the bars of desktops mostly are.
+/// Dark, like the panels of most desktops.
 NSColor *backdrop_colour() {
   return [NSColor colorWithCalibratedWhite:0.13 alpha:1];
 }
 
-/// The status item's image, twice as large, on a tile. Autoreleased. The blocks runtime does not
-/// retain what a block captures, hence the retain; both images live as long as the process.
+/// The status item's image, twice as large, on a tile. Autoreleased. The retain is needed because
+/// the blocks runtime does not retain what a block captures; both images are kept until the
+/// process ends.
 NSImage *application_icon(NSImage *image) {
   [image retain];
   NSSize size = [image size];
@@ -68,7 +69,7 @@ NSImage *application_icon(NSImage *image) {
            fraction:1.0];
 }
 
-/// Alerts show the application's icon, which on macOS comes with the bundle.
+/// Alerts show the application's icon, which on macOS comes from the bundle.
 - (void)setImage:(NSImage *)image {
   [super setImage:image];
   if (image) {
@@ -85,7 +86,7 @@ NSImage *application_icon(NSImage *image) {
   return _tip;
 }
 
-/// GNUstep's tool tip is a little too narrow for its text: a no-break space makes up for that.
+/// GNUstep makes the tool tip a little too narrow for its text; a no-break space widens it.
 - (void)setToolTip:(NSString *)tip {
   [tip retain];
   [_tip release];

@@ -1,16 +1,16 @@
-/// The window that the status item is drawn in.
+/// The window that contains the status item's button.
 #pragma once
 
 #import <AppKit/AppKit.h>
 
 @interface TDStatusWindow : NSWindow
-/// `button` is the window's whole content and follows its size.
+/// `button` fills the window and is resized with it.
 - (instancetype)initWithButton:(NSView *)button;
 
-/// Puts the window on the screen: embedded in the desktop's tray when there is one, which waits for
-/// the tray and may take two seconds; else floating at the top right.
+/// Shows the window: embedded in the desktop's system tray if there is one, which may take up to
+/// two seconds, else at the top right of the screen.
 - (void)show;
 
-/// Where the window is by the X server's account.
+/// The window's frame as the X server reports it, in screen coordinates.
 - (NSRect)frameOnScreen;
 @end

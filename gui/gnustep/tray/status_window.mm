@@ -1,6 +1,6 @@
-// A tray puts the window into one of its own and moves and sizes that. What GNUstep makes of the
-// events about it is wrong at times, and stays wrong, so each of them only leads to a look at the X
-// server's account.
+// A tray embeds the window in one of its own, which it moves and resizes. GNUstep computes a wrong
+// frame from some of the events about that and does not correct it. So each such event is replaced
+// by one with the frame that the X server reports.
 
 #include "tray/status_window.h"
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int icon_side = 22; // what trays commonly give an icon
+constexpr int icon_side = 22; // pixels; the usual icon size of trays
 constexpr CGFloat screen_margin = 8;
 
 NSPoint top_right_corner() {
@@ -17,7 +17,7 @@ NSPoint top_right_corner() {
   return NSMakePoint(NSMaxX(screen) - icon_side - screen_margin, NSMaxY(screen) - screen_margin);
 }
 
-bool is_about_place(NSEvent *event) {
+bool is_move_or_resize(NSEvent *event) {
   return [event type] == NSAppKitDefined &&
          ([event subtype] == GSAppKitWindowMoved || [event subtype] == GSAppKitWindowResized);
 }
@@ -33,7 +33,7 @@ bool is_about_place(NSEvent *event) {
                                    defer:NO])) {
     [self setReleasedWhenClosed:NO];
     [self setLevel:NSStatusWindowLevel];
-    [self setMinSize:[self frame].size]; // trays go by the least size
+    [self setMinSize:[self frame].size]; // trays use the minimum size
     [self setExcludedFromWindowsMenu:YES];
     [self setContentView:button];
   }
@@ -53,7 +53,7 @@ bool is_about_place(NSEvent *event) {
   return NSMakeRect(rect.x, bottom, rect.width, rect.height);
 }
 
-- (NSEvent *)eventOfTruePlace {
+- (NSEvent *)resizeEventFromServer {
   const NSRect frame = [self frameOnScreen];
   return [NSEvent otherEventWithType:NSAppKitDefined
                             location:frame.origin
@@ -67,7 +67,7 @@ bool is_about_place(NSEvent *event) {
 }
 
 - (void)sendEvent:(NSEvent *)event {
-  [super sendEvent:is_about_place(event) ? [self eventOfTruePlace] : event];
+  [super sendEvent:is_move_or_resize(event) ? [self resizeEventFromServer] : event];
 }
 
 @end

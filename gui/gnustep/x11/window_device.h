@@ -1,4 +1,4 @@
-/// The X window behind a window of GNUstep's.
+/// The X display and window of a GNUstep window.
 #pragma once
 
 #import <AppKit/AppKit.h>
@@ -7,10 +7,10 @@ struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51
 
 namespace td {
 
-/// The connection that GNUstep has to the X server; it keeps owning it.
+/// GNUstep's connection to the X server. GNUstep owns it.
 _XDisplay *display_of(NSWindow *window);
 
-/// The X window's id; there is one once the window has been made without deferring.
+/// The id of the X window. `window` must have been made without deferring.
 unsigned long x_window_of(NSWindow *window);
 
 } // namespace td

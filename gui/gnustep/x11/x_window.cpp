@@ -18,16 +18,16 @@ constexpr std::chrono::seconds show_timeout(1);
 constexpr std::chrono::seconds grab_timeout(1);
 constexpr timespec poll_interval{0, 5'000'000};
 
-/// Asks until the answer is yes; returns false when that takes too long. What other programs do to
-/// a window is not always told to its owner.
+/// Calls `ask` until it returns true; returns false on timeout. The X server does not always send
+/// an event for what other programs do to a window, hence the polling.
 template <typename Ask> bool poll(std::chrono::seconds timeout, Ask ask) {
   const auto deadline = std::chrono::steady_clock::now() + timeout;
   while (!ask()) {
     if (std::chrono::steady_clock::now() > deadline) {
       return false;
     }
-    // EINTR: a signal was handled here, and the next question only comes sooner. Taken up again,
-    // the sleep might never end under a flood of them.
+    // A signal may end the sleep early (EINTR): then the next call comes sooner. Resuming the sleep
+    // could take forever if signals keep arriving.
     nanosleep(&poll_interval, nullptr);
   }
   return true;
@@ -45,7 +45,7 @@ void announce_embedding(Display *display, Window window) {
                   reinterpret_cast<const unsigned char *>(data), 2);
 }
 
-/// Trays give a window its least size.
+/// Trays use a window's minimum size.
 void ask_for_size(Display *display, Window window, int side) {
   XSizeHints hints = {};
   hints.flags = PMinSize | PBaseSize;
@@ -125,7 +125,7 @@ ScreenRect screen_rect(Display *display, Window window) {
 }
 
 void grab_input(Display *display, Window window) {
-  // Not while the button press that opened the window is held by another program.
+  // While the button that opened the menu is down, another program may hold a grab.
   poll(grab_timeout, [&] { return has_pointer(display, window) && has_keyboard(display, window); });
 }
 

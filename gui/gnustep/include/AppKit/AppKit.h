@@ -1,5 +1,5 @@
-// GNUstep's AppKit, and the declarations of AppKit that it lacks. Found before GNUstep's own on the
-// include path, so a unit written for AppKit needs to know nothing of it.
+// GNUstep's AppKit and the declarations that it lacks. The include path finds this header before
+// GNUstep's own, so that code written for AppKit compiles unchanged.
 #pragma once
 
 #include_next <AppKit/AppKit.h>

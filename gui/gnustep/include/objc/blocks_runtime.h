@@ -1,5 +1,5 @@
-// GNUstep's headers ask for this one when blocks are on; the GCC Objective-C runtime has none. The
-// blocks runtime library says the same in Block.h.
+// GNUstep's headers include this one when blocks are enabled; GCC's Objective-C runtime does not
+// have it. The blocks runtime library declares the same in Block.h.
 #pragma once
 
 #include <Block.h>

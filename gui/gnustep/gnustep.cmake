@@ -5,7 +5,11 @@
 # built, and CMAKE_OBJCXX_COMPILER is clang then. TDGUI_HEADERS, TDGUI_RUNTIME_HEADERS and
 # TDGUI_LIBRARIES are what gui/ compiles and links with.
 
-find_program(CMAKE_OBJCXX_COMPILER NAMES clang++ clang++-14)
+# Also a compiler that the user names: CMake accepts only a full path for a language enabled later.
+find_program(_clang NAMES ${CMAKE_OBJCXX_COMPILER} clang++ clang++-14 NO_CACHE)
+if(_clang)
+  set(CMAKE_OBJCXX_COMPILER "${_clang}" CACHE FILEPATH "The Objective-C++ compiler: clang" FORCE)
+endif()
 find_program(TDGUI_GNUSTEP_CONFIG NAMES gnustep-config)
 find_library(TDGUI_BLOCKS_LIBRARY NAMES BlocksRuntime)
 find_library(TDGUI_GUI_LIBRARY NAMES gnustep-gui)
@@ -13,7 +17,7 @@ find_library(TDGUI_BASE_LIBRARY NAMES gnustep-base)
 find_library(TDGUI_X11_LIBRARY NAMES X11)
 
 set(TDGUI_MISSING)
-foreach(_part IN ITEMS clang++:CMAKE_OBJCXX_COMPILER gnustep-config:TDGUI_GNUSTEP_CONFIG
+foreach(_part IN ITEMS clang++:_clang gnustep-config:TDGUI_GNUSTEP_CONFIG
                        libBlocksRuntime:TDGUI_BLOCKS_LIBRARY libgnustep-gui:TDGUI_GUI_LIBRARY
                        libgnustep-base:TDGUI_BASE_LIBRARY libX11:TDGUI_X11_LIBRARY)
   string(REPLACE ":" ";" _part "${_part}")

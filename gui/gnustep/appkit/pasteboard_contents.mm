@@ -9,6 +9,7 @@ namespace {
 
 IMP g_set_string;
 
+// The method's arguments. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 BOOL set_string(NSPasteboard *pasteboard, SEL selector, NSString *string, NSString *type) {
   if (![[pasteboard types] containsObject:type]) {
     [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];

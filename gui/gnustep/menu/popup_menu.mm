@@ -17,6 +17,12 @@ struct Tracking {
   bool opening_click = true; // the mouse button that opened the menu is not released yet
 };
 
+/// One row of the open menus.
+struct Row {
+  std::size_t depth; ///< of its window, 0 for the outermost
+  NSInteger row;     ///< from 0; -1: none
+};
+
 /// Closes the submenus opened from the window at `depth`.
 void close_beyond(Tracking &tracking, std::size_t depth) {
   while (tracking.windows.size() > depth + 1) {
@@ -40,7 +46,8 @@ void open_submenu(Tracking &tracking, std::size_t depth) {
   tracking.windows.push_back(td::open_menu_beside(submenu, row));
 }
 
-void highlight(Tracking &tracking, std::size_t depth, NSInteger row) {
+void highlight(Tracking &tracking, Row place) {
+  const auto [depth, row] = place;
   TDMenuView *view = td::menu_view(tracking.windows[depth]);
   if (row == [view highlightedRow]) {
     return;
@@ -67,7 +74,7 @@ void follow_pointer(Tracking &tracking, NSPoint point) {
     [td::menu_view(tracking.windows.back()) setHighlightedRow:-1];
     return;
   }
-  highlight(tracking, depth, td::row_at(tracking.windows[depth], point));
+  highlight(tracking, {depth, td::row_at(tracking.windows[depth], point)});
   open_submenu(tracking, depth);
 }
 
@@ -111,7 +118,7 @@ void move_highlight(Tracking &tracking, NSInteger step) {
   for (NSInteger tried = 0; tried < count; ++tried) {
     row = (row + step + count) % count;
     if (td::selectable([[view shownMenu] itemAtIndex:row])) {
-      return highlight(tracking, depth, row);
+      return highlight(tracking, {depth, row});
     }
   }
 }

@@ -45,16 +45,21 @@ void announce_embedding(Display *display, Window window) {
                   reinterpret_cast<const unsigned char *>(data), 2);
 }
 
-/// Trays use a window's minimum size.
-void ask_for_size(Display *display, Window window, int side) {
+/// The hints of a square window. Trays use a window's minimum size.
+XSizeHints square_hints(int side) {
   XSizeHints hints = {};
   hints.flags = PMinSize | PBaseSize;
   hints.min_width = hints.base_width = side;
   hints.min_height = hints.base_height = side;
-  XSetWMNormalHints(display, window, &hints);
+  return hints;
 }
 
-void request_dock(Display *display, Window owner, Window window) {
+/// Asks the tray to embed the window. False: there is no tray.
+bool request_dock(Display *display, Window window) {
+  const Window owner = tray_owner(display);
+  if (owner == None) {
+    return false;
+  }
   XEvent request = {};
   request.xclient.type = ClientMessage;
   request.xclient.window = owner;
@@ -63,7 +68,7 @@ void request_dock(Display *display, Window owner, Window window) {
   request.xclient.data.l[0] = CurrentTime;
   request.xclient.data.l[1] = request_dock_opcode;
   request.xclient.data.l[2] = static_cast<long>(window);
-  XSendEvent(display, owner, False, NoEventMask, &request);
+  return XSendEvent(display, owner, False, NoEventMask, &request) != 0;
 }
 
 bool is_embedded(Display *display, Window window) {
@@ -99,15 +104,16 @@ bool has_keyboard(Display *display, Window window) {
 
 namespace td {
 
+// A window is an integer to Xlib. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 bool dock_in_tray(Display *display, Window window, int side) {
-  const Window owner = tray_owner(display);
-  if (owner == None) {
+  if (tray_owner(display) == None) {
     return false;
   }
   announce_embedding(display, window);
-  ask_for_size(display, window, side);
-  request_dock(display, owner, window);
-  return poll(dock_timeout, [&] { return is_embedded(display, window); });
+  XSizeHints hints = square_hints(side);
+  XSetWMNormalHints(display, window, &hints);
+  return request_dock(display, window) &&
+         poll(dock_timeout, [&] { return is_embedded(display, window); });
 }
 
 void wait_until_viewable(Display *display, Window window) {

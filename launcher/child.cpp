@@ -45,41 +45,61 @@ void detach_from_terminal() {
   setsid();
 }
 
-[[noreturn]] void execute(const Child &child, char *const *argv, Inherit inherit,
-                          const sigset_t &mask) {
+/// What the new process needs of the time before the fork.
+struct Before {
+  pid_t parent;
+  int highest_descriptor;
+  sigset_t mask;
+};
+
+/// Ours end with the execution anyway; until then a signal would run a copy of the handler here and
+/// be lost.
+void remove_handler(int number) {
+  struct sigaction action {};
+  if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+    signal(number, SIG_DFL);
+  }
+}
+
+[[noreturn]] void execute(const Child &child, char *const *argv, SpawnMode mode,
+                          const Before &before) {
   signal(SIGINT, SIG_DFL);
   signal(SIGTERM, SIG_DFL);
+  remove_handler(SIGHUP);
+  remove_handler(SIGQUIT);
   if (child.quiet) {
     detach_from_terminal();
   }
-  if (inherit == Inherit::standard_streams) {
-    platform::close_descriptors_from(STDERR_FILENO + 1);
+  if (mode == SpawnMode::pass_through) {
+    platform::end_with_parent(before.parent);
+  } else {
+    platform::close_descriptors(STDERR_FILENO + 1, before.highest_descriptor);
   }
-  sigprocmask(SIG_SETMASK, &mask, nullptr);
+  sigprocmask(SIG_SETMASK, &before.mask, nullptr);
   execv(argv[0], argv);
   _exit(status_not_executed);
 }
 
 } // namespace
 
-bool spawn(Child &child, Inherit inherit) {
+bool spawn(Child &child, SpawnMode mode) {
   if (access(child.path.c_str(), X_OK) != 0) {
     return false;
   }
   const std::vector<char *> argv = argument_vector(child);
+  Before before{getpid(), platform::highest_descriptor(), {}};
 
   // A signal that reached the new process before it has its own dispositions would run a copy of
   // our handler there and be lost: a stop right after a start would then last until SIGKILL. So all
   // signals stay blocked until the dispositions are set.
   sigset_t all;
-  sigset_t mask;
   sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &mask);
+  pthread_sigmask(SIG_SETMASK, &all, &before.mask);
   const pid_t pid = fork();
   if (pid == 0) {
-    execute(child, argv.data(), inherit, mask);
+    execute(child, argv.data(), mode, before);
   }
-  pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+  pthread_sigmask(SIG_SETMASK, &before.mask, nullptr);
 
   if (pid < 0) {
     return false;
@@ -118,10 +138,13 @@ void stop(Child &child) {
   wait_for_exit(child);
 }
 
-int wait_for_exit(Child &child) {
+std::optional<int> wait_for_exit(Child &child) {
   int status = 0;
-  // EINTR: a signal with a handler arrived here; the process still runs.
-  while (waitpid(child.pid, &status, 0) == -1 && errno == EINTR) {}
+  pid_t ended = -1;
+  do {
+    ended = waitpid(child.pid, &status, 0);
+    // EINTR: a signal with a handler arrived here; the process still runs.
+  } while (ended == -1 && errno == EINTR);
   child.pid = -1;
-  return status;
+  return ended == -1 ? std::nullopt : std::optional(status);
 }

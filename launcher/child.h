@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,10 +33,11 @@ struct Child {
 /// Components in start order.
 using Children = std::vector<Child>;
 
-/// Which of the caller's descriptors a new process finds open.
-enum class Inherit {
-  standard_streams, ///< 0, 1 and 2 only (on /dev/null for a quiet record)
-  everything,       ///< whatever the launcher itself was given
+/// What a new process shares with this one.
+enum class SpawnMode {
+  separate,     ///< of the descriptors 0, 1 and 2 only (on /dev/null for a quiet record)
+  pass_through, ///< all descriptors; and when this process ends, in whatever way, the new one is
+                ///< sent SIGTERM, where platform::end_with_parent() can do that
 };
 
 /// Starts the process of an idle record: the executable at `path` itself (no PATH search), with
@@ -45,7 +47,7 @@ enum class Inherit {
 /// True: a process exists and `pid` names it; whether the executable then ran is not known (if it
 /// could not, the process ends with status 127). False: `path` is not executable for this user or
 /// no process could be made; nothing was started and the record is unchanged.
-bool spawn(Child &child, Inherit inherit = Inherit::standard_streams);
+bool spawn(Child &child, SpawnMode mode = SpawnMode::separate);
 
 /// Asks, without blocking, whether the record's process has ended, and reaps it if so.
 ///
@@ -59,5 +61,5 @@ bool reap(Child &child);
 void stop(Child &child);
 
 /// Waits until the record's process has ended and reaps it, however often signals interrupt the
-/// wait. Returns the status word of waitpid(2), or 0 when the process could not be waited for.
-int wait_for_exit(Child &child);
+/// wait. Returns the status word of waitpid(2); empty when the process could not be waited for.
+std::optional<int> wait_for_exit(Child &child);

@@ -1,5 +1,6 @@
-/// The suite's three components as records: which there are, their arguments, how they are found.
-/// The list is in start order: hub, receiver, sender. Nothing here takes a lock.
+/// The three components of an all-in-one run: which there are, their arguments, how they are found,
+/// in which order they stop. The list is in start order: hub, receiver, sender. Nothing here takes
+/// a lock.
 #pragma once
 
 #include "child.h"

@@ -15,7 +15,7 @@ Mode choose_mode(int argc, const char *const *argv);
 
 /// What an all-in-one run was asked for.
 struct Options {
-  Ports ports;              ///< of a number as typed the low 16 bits, not checked
+  Ports ports;              ///< the low 16 bits of the numbers as typed; no range is checked
   bool open_browser;        ///< for this run only
   bool verbose = false;     ///< components keep the terminal
   bool run_sender = true;   ///< false: the sender stays idle

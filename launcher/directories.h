@@ -14,7 +14,7 @@ std::string executable_dir();
 std::string directory_of(const std::string &executable_path);
 
 /// The folder of the settings file, made when it is missing: in an application bundle the user's
-/// Application Support folder, otherwise (or when that cannot be had) the folder "config" beside
+/// Application Support folder, otherwise (or when that cannot be made) the folder "config" beside
 /// the launcher, otherwise the launcher's own folder.
 std::string config_dir();
 

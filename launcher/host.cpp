@@ -17,7 +17,11 @@ namespace {
 
 constexpr int shell_signal_base = 128; // a shell reports a command's end by signal N as 128 + N
 
-ToolResult result_of(int status) {
+ToolResult result_of(std::optional<int> wait_status) {
+  if (!wait_status) {
+    return ToolResult::failure;
+  }
+  const int status = *wait_status;
   if (status == 0) {
     return ToolResult::success;
   }
@@ -49,11 +53,16 @@ const in_addr *usable_ipv4(const ifaddrs &entry) {
 
 } // namespace
 
-ToolResult run_tool(const std::string &command) {
+ToolResult run_tool(const std::string &command, const std::vector<std::string> &variables) {
   Child shell;
   shell.name = "sh";
   shell.path = "/bin/sh";
   shell.args = {"-c", command};
+  if (!variables.empty()) {
+    shell.args.insert(shell.args.begin(), shell.path);
+    shell.args.insert(shell.args.begin(), variables.begin(), variables.end());
+    shell.path = "/usr/bin/env";
+  }
   return spawn(shell) ? result_of(wait_for_exit(shell)) : ToolResult::failure;
 }
 

@@ -4,19 +4,21 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
 struct ifaddrs;
 
 /// How a command ended.
 enum class ToolResult {
   success,     ///< exit status 0
-  failure,     ///< any other end, a shell that could not be started included
+  failure,     ///< any other end; also a shell that could not be started or waited for
   interrupted, ///< ended by SIGINT: somebody pressed Ctrl-C while it ran
 };
 
 /// Runs a command line with the shell and waits for it. Unlike system(3), which ignores SIGINT
 /// meanwhile and so loses a Ctrl-C, it leaves SIGINT's action in this process as it is.
-ToolResult run_tool(const std::string &command);
+/// `variables`, each "NAME=value", are added to the command's environment.
+ToolResult run_tool(const std::string &command, const std::vector<std::string> &variables = {});
 
 /// Clears `running` when the tool was interrupted: that Ctrl-C was meant for the launcher too.
 void end_run_if_interrupted(ToolResult result, std::atomic<bool> &running);

@@ -1,87 +1,37 @@
 #include "hub.h"
 
+#include "listening.h"
 #include "pause.h"
 
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstdio>
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 namespace {
 
-constexpr int connect_limit_ms = 100;
 constexpr int probe_attempts = 100;
-constexpr int polls_of_doubtful_hub = 10;
 constexpr std::chrono::milliseconds probe_interval{100};
 
-enum class HubState { ready, silent, exited };
+enum class ProbeOutcome { ready, silent, exited };
 
-/// How the socket's connection attempt ended: 0 or an errno value.
-int socket_error(int socket) {
-  int error = 0;
-  socklen_t size = sizeof error;
-  getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
-  return error;
-}
-
-sockaddr_in loopback_address(std::uint16_t port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(port);
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-/// Whether a non-blocking socket finds a listener at `address`, on this machine.
-bool connects(int socket, const sockaddr_in &address) {
-  if (connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0) {
-    return true;
-  }
-  if (errno != EINPROGRESS) {
-    return false;
-  }
-  // On this machine the answer is there at once. None within the limit means that somebody listens
-  // but is too busy to accept.
-  pollfd ready{socket, POLLOUT, 0};
-  return poll(&ready, 1, connect_limit_ms) != 1 || socket_error(socket) == 0;
-}
-
-/// Polls the hub so many times, 100 ms apart, and once more; false as soon as it has exited.
-bool still_running_after(Child &hub, int polls) {
-  for (int poll = 0; poll < polls; ++poll) {
-    if (reap(hub)) {
-      return false;
-    }
-    pause_for(probe_interval);
-  }
-  return !reap(hub);
-}
-
-/// Probes and polls the hub once. What answers is our hub only if our hub runs. Where the port was
-/// taken before it started, another copy answers, and ours may take some time to fail.
-HubState check_hub(Child &hub, std::uint16_t http_port, bool port_was_taken,
-                   std::atomic<bool> &running) {
+/// Probes and polls the hub once.
+ProbeOutcome check_hub(Child &hub, std::uint16_t http_port, std::atomic<bool> &running) {
   const ToolResult probe = probe_hub(http_port);
   end_run_if_interrupted(probe, running);
-  const bool answered = probe == ToolResult::success;
-  if (!still_running_after(hub, answered && port_was_taken ? polls_of_doubtful_hub : 0)) {
-    return HubState::exited;
+  // Another copy's hub may have the port and answer in place of ours, which then ends by itself.
+  const bool answered =
+      probe == ToolResult::success && !certainly_not_listening(hub.pid, http_port);
+  // Polled last: nothing of the above tells a hub that has ended from one that cannot be examined.
+  if (reap(hub)) {
+    return ProbeOutcome::exited;
   }
-  return answered ? HubState::ready : HubState::silent;
+  return answered ? ProbeOutcome::ready : ProbeOutcome::silent;
 }
 
 } // namespace
 
 HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
                    std::atomic<bool> &running) {
-  const bool port_was_taken = answers_on_loopback(http_port);
   if (!spawn(hub)) {
     return HubStart::not_spawned;
   }
@@ -92,9 +42,9 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
     if (reason == StartReason::start_up && !running) {
       break;
     }
-    const HubState state = check_hub(hub, http_port, port_was_taken, running);
-    if (state != HubState::silent) {
-      return state == HubState::ready ? HubStart::ready : HubStart::not_ready;
+    const ProbeOutcome outcome = check_hub(hub, http_port, running);
+    if (outcome != ProbeOutcome::silent) {
+      return outcome == ProbeOutcome::ready ? HubStart::ready : HubStart::not_ready;
     }
   }
   return HubStart::not_ready;
@@ -105,16 +55,6 @@ ToolResult probe_hub(std::uint16_t http_port) {
   std::snprintf(command.data(), command.size(),
                 "curl -s -m 2 -o /dev/null http://127.0.0.1:%u/api/health",
                 static_cast<unsigned>(http_port));
-  return run_tool(command.data());
-}
-
-bool answers_on_loopback(std::uint16_t port) {
-  const int connection = socket(AF_INET, SOCK_STREAM, 0);
-  if (connection < 0) {
-    return false;
-  }
-  fcntl(connection, F_SETFL, O_NONBLOCK);
-  const bool answers = connects(connection, loopback_address(port));
-  close(connection);
-  return answers;
+  // A proxy from the environment or from curl's own settings must not be asked about this machine.
+  return run_tool(command.data(), {"no_proxy=127.0.0.1"});
 }

@@ -15,7 +15,7 @@ enum class StartReason {
 
 /// How a start of the hub ended.
 enum class HubStart {
-  ready,       ///< the hub runs and answers
+  ready,       ///< the hub runs and answers, as far as the system can tell who answers
   not_spawned, ///< no process was started; the record is unchanged
   not_ready,   ///< the hub exited (its record is idle then), was silent for 100 attempts, or the
                ///< run ended; the caller stops what may still run
@@ -30,7 +30,3 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
 /// Asks the hub on this machine for its health once, for at most about 2 s. `success` means that a
 /// complete HTTP answer came, whatever its status code.
 ToolResult probe_hub(std::uint16_t http_port);
-
-/// Whether anything on this machine takes connections on a TCP port of 127.0.0.1. Blocks for
-/// at most 100 ms.
-bool answers_on_loopback(std::uint16_t port);

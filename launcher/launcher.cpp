@@ -1,10 +1,11 @@
 // The launcher itself: entry and run modes, start-up, the control operations behind the menu, and
-// shutdown. The process-wide state and all that touches it stand in this file's one local scope.
+// shutdown. The process-wide state and all that touches it are in this file's unnamed namespace.
 
 #include "child.h"
 #include "children.h"
 #include "command_line.h"
 #include "console.h"
+#include "descriptors.h"
 #include "directories.h"
 #include "host.h"
 #include "hub.h"
@@ -18,6 +19,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <iterator>
 #include <mutex>
@@ -42,6 +44,8 @@ std::atomic<std::uint32_t> g_udp_port{Ports{}.udp};
 std::atomic<bool> g_open_browser{true};
 // Guards the child list and every record in it from the end of start-up on.
 std::mutex g_kids_mu;
+// True once everything was stopped for good: nothing may be started any more. Guarded by g_kids_mu.
+bool g_stopped = false;
 // How the control operations reach the child list: empty until start-up is complete.
 std::function<Child *(const std::string &name)> g_find_child;
 std::function<bool(int http, int udp, std::string &message)> g_apply_ports;
@@ -55,22 +59,40 @@ void on_signal(int /*signal*/) {
 }
 
 /// SA_RESTART, which signal() need not set, keeps a signal from cutting a message short.
-void handle_signal(int number) {
+void handle_signal(int number, void (*handler)(int)) {
   struct sigaction action {};
-  action.sa_handler = on_signal;
+  action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
   sigaction(number, &action, nullptr);
 }
 
-void install_signal_handlers() {
-  handle_signal(SIGINT);
-  handle_signal(SIGTERM);
-  signal(SIGPIPE, SIG_IGN);
-  // A closed terminal ends the run like Ctrl-C, unless nohup asked for it to go on.
-  struct sigaction hangup {};
-  if (sigaction(SIGHUP, nullptr, &hangup) == 0 && hangup.sa_handler != SIG_IGN) {
-    handle_signal(SIGHUP);
+void handle_signal_unless_ignored(int number, void (*handler)(int)) {
+  struct sigaction current {};
+  if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN) {
+    handle_signal(number, handler);
   }
+}
+
+void install_signal_handlers() {
+  handle_signal(SIGINT, on_signal);
+  handle_signal(SIGTERM, on_signal);
+  signal(SIGPIPE, SIG_IGN);
+  // A closed terminal and Ctrl-\ end the run like Ctrl-C, unless the parent, as nohup does, asked
+  // for it to go on.
+  handle_signal_unless_ignored(SIGHUP, on_signal);
+  handle_signal_unless_ignored(SIGQUIT, on_signal);
+  // At a limit on file sizes a write then fails, as on a full disk, instead of ending the process.
+  handle_signal_unless_ignored(SIGXFSZ, [](int) {});
+}
+
+/// A parent that blocks the signals that end a run passes that on, to the components too.
+void unblock_signals() {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    sigaddset(&ending, number);
+  }
+  pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
 }
 
 // --- Ports in force -----------------------------------------------------------------------------
@@ -100,7 +122,7 @@ void save_ports(std::uint16_t http, std::uint16_t udp) {
 // --- Control operations: what the menu calls ----------------------------------------------------
 
 Child *find_child(const std::string &name) {
-  return g_find_child ? g_find_child(name) : nullptr;
+  return g_find_child && !g_stopped ? g_find_child(name) : nullptr;
 }
 
 /// Starts an idle record and has it supervised, with a fresh allowance of restarts.
@@ -185,7 +207,7 @@ bool apply_ports(Children &children, Ports ports, std::string &message) {
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   stop_last_to_first(children);
   set_port_arguments(children, ports);
-  Child *hub = find_by_name(children, "hub");
+  Child *hub = g_stopped ? nullptr : find_by_name(children, "hub");
   const HubStart start = hub == nullptr
                              ? HubStart::not_spawned
                              : start_hub(*hub, ports.http, StartReason::port_change, g_running);
@@ -277,6 +299,7 @@ void stop_all(Children &children) {
   std::puts("\nTandrel: stopping...");
   const std::lock_guard<std::mutex> lock(g_kids_mu);
   stop_last_to_first(children);
+  g_stopped = true;
   std::puts("Tandrel: stopped.");
 }
 
@@ -326,40 +349,61 @@ tdgui::GuiConfig make_gui_config(const Children &children, const std::string &ur
   return config;
 }
 
-/// What Quit needs is static: the interface may end the process from inside Quit, and statics live
-/// until the end of that.
-void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
-                     const std::string &url) {
-  std::thread supervisor = start_supervisor(children);
+/// Stops everything, once. It is also what remains to do when the interface ends the process by
+/// itself with exit(), from whatever thread, so all that it needs is static, made before it is
+/// registered and thus destroyed after it has run; main's list is still there then. A second caller
+/// waits until everything is stopped.
+void install_quit_hook(Children &children) {
   static std::atomic<bool> s_done{false};
+  static std::mutex s_quit_mu;
   static std::function<void()> s_stop_all;
   s_stop_all = [&children] { stop_all(children); };
   g_quit_hook = [] {
+    const std::lock_guard<std::mutex> lock(s_quit_mu);
     if (!s_done.exchange(true)) {
       g_running = false; // first, so that the supervisor restarts nothing that is about to end
       s_stop_all();
     }
   };
+  std::atexit(invoke_quit_hook);
+}
 
+void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
+                     const std::string &url) {
+  std::thread supervisor = start_supervisor(children);
   run_interface(make_gui_config(children, url));
 
   g_running = false;
   supervisor.join();
-  if (!s_done.exchange(true)) {
-    s_stop_all();
-  }
+  invoke_quit_hook();
+}
+
+/// For a parent that closed standard streams or blocked signals.
+void repair_inherited_state() {
+  open_closed_standard_streams();
+  unblock_signals();
+}
+
+/// To be asked at the start: a terminal that is closed later no longer answers that it is one.
+bool has_terminal() {
+  return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
 }
 
 /// Runs in the console when there is a terminal, otherwise behind the menu-bar icon; where no icon
-/// can be shown, as in the console.
-void run_until_stopped(const std::string &directory, Children &children, const std::string &url) {
-  const bool in_terminal = isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
-  const platform::RunFunction run_interface =
-      in_terminal ? nullptr : platform::find_interface(directory);
-  if (run_interface != nullptr) {
+/// can be shown, until a signal ends the run.
+void run_until_stopped(const std::string &directory, bool in_terminal, Children &children,
+                       const std::string &url) {
+  if (in_terminal) {
+    run_in_console(children);
+    return;
+  }
+  // First of all, because a window system's libraries may end the process while they are loaded.
+  install_quit_hook(children);
+  if (const platform::RunFunction run_interface = platform::find_interface(directory)) {
     run_in_menu_bar(run_interface, children, url);
   } else {
-    run_in_console(children);
+    supervise(children, g_kids_mu, g_running);
+    invoke_quit_hook();
   }
 }
 
@@ -368,7 +412,7 @@ int run_component(const std::string &directory, int argc, char **argv) {
   Child child = make_child(directory, argv[1], {argv + 2, argv + argc});
   child.name = std::string("td_") + argv[1];
   child.supervised = true;
-  if (!spawn(child, Inherit::everything)) {
+  if (!spawn(child, SpawnMode::pass_through)) {
     std::fprintf(stderr,
                  "Tandrel: cannot start %s\n"
                  "              expected it next to this program, at:\n"
@@ -376,7 +420,7 @@ int run_component(const std::string &directory, int argc, char **argv) {
                  child.name.c_str(), child.path.c_str());
     return 1;
   }
-  const int status = wait_for_exit(child);
+  const int status = wait_for_exit(child).value_or(0);
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
@@ -409,9 +453,10 @@ int main(int argc, char **argv) {
     break;
   }
 
-  const Settings saved = read_settings(settings_path(), g_open_browser);
-  g_open_browser = saved.open_browser;
-  Options options(saved);
+  repair_inherited_state();
+  const bool in_terminal = has_terminal();
+  Options options(read_settings(settings_path(), g_open_browser));
+  g_open_browser = options.open_browser; // as saved: the arguments decide for this run only
   if (!parse_or_report(argc, argv, options)) {
     return 1;
   }
@@ -428,7 +473,7 @@ int main(int argc, char **argv) {
   show_dashboard(url, options);
 
   install_controls(children);
-  run_until_stopped(directory, children, url);
+  run_until_stopped(directory, in_terminal, children, url);
   // Nothing uses the list after this, so the pointer that install_controls keeps may dangle.
   return 0; // NOLINT(clang-analyzer-core.StackAddressEscape)
 }

@@ -9,6 +9,6 @@
 /// Returns once `length` has passed on the steady clock.
 void pause_for(std::chrono::milliseconds length);
 
-/// Returns once `length` has passed or `running` is false, whichever comes first. A handler that
-/// clears it ends the pause when it runs on this thread; set elsewhere, it is seen at the end.
+/// Returns once `length` has passed, or at once when `running` is false or a signal handler on this
+/// thread clears it. When another thread clears it, that shows only after `length`.
 void pause_while(const std::atomic<bool> &running, std::chrono::milliseconds length);

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include <sys/types.h>
+
 namespace platform {
 
 /// The path by which the running executable was started, as the system reports it: no links are
@@ -13,9 +15,19 @@ namespace platform {
 /// 4095 bytes.
 std::string executable_path();
 
-/// Closes every descriptor of this process from `first` up. Async-signal-safe: meant for the time
-/// between fork and exec.
-void close_descriptors_from(int first);
+/// A number that no descriptor of this process exceeds, whatever the limits were when it was
+/// opened.
+int highest_descriptor();
+
+/// Closes the descriptors of this process from `first` to `last`. Async-signal-safe: for the time
+/// between fork and exec, with `last` from highest_descriptor() before the fork.
+void close_descriptors(int first, int last);
+
+/// Has this process sent SIGTERM when `parent`, which forked it, ends in whatever way, also when it
+/// has ended already. Nothing where the system cannot do that, nor in a terminal's foreground: what
+/// ends the parent there, Ctrl-C for one, reaches this process too, which must be able to end in
+/// its own way. Async-signal-safe.
+void end_with_parent(pid_t parent);
 
 /// The shell command that opens `url` in the default browser. `url` stands in double quotes and is
 /// not escaped: the launcher makes it of digits, dots, colons and slashes. The command ends without

@@ -1,11 +1,15 @@
+#include "descriptors.h"
 #include "osascript.h"
 #include "platform.h"
 
-#include <algorithm>
+#include <climits>
+#include <csignal>
 #include <cstring>
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/auxv.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -13,13 +17,27 @@ namespace {
 
 constexpr std::size_t path_capacity = 4096; // with the terminating NUL
 
-// Closing one by one stops here: in containers the limit on descriptors can be 1,000,000,000.
-constexpr long highest_descriptor_tried = 65536;
-
 using AvailableFunction = bool (*)();
 using ModuleRunFunction = void (*)(const tdgui::GuiConfig *);
 
 ModuleRunFunction g_module_run = nullptr;
+
+/// False where the kernel (before 5.9) does not have the call. The C library need not have it.
+bool close_range(int first, int last) {
+  return syscall(SYS_close_range, static_cast<unsigned>(first), static_cast<unsigned>(last), 0U) ==
+         0;
+}
+
+/// Whether this process is in the foreground of a terminal.
+bool is_in_foreground() {
+  const int terminal = open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC);
+  if (terminal < 0) {
+    return false;
+  }
+  const bool in_foreground = tcgetpgrp(terminal) == getpgrp();
+  close(terminal);
+  return in_foreground;
+}
 
 void run_module(const tdgui::GuiConfig &config) {
   g_module_run(&config);
@@ -39,16 +57,29 @@ std::string executable_path() {
   return path;
 }
 
-void close_descriptors_from(int first) {
-  // The system call itself: one step whatever the number of descriptors. A kernel before 5.9 does
-  // not have it; then the loop below closes them one by one.
-  if (syscall(SYS_close_range, static_cast<unsigned>(first), ~0U, 0U) == 0) {
+int highest_descriptor() {
+  // Where the kernel closes a range itself the number does not matter, and looking for it would
+  // take the longer the more descriptors are open. The call closes nothing: no descriptor has this
+  // number.
+  return close_range(INT_MAX, INT_MAX) ? INT_MAX : highest_listed_descriptor("/proc/self/fd");
+}
+
+void close_descriptors(int first, int last) {
+  if (close_range(first, last)) {
     return;
   }
-  const long limit = sysconf(_SC_OPEN_MAX);
-  const long end = limit < 0 ? highest_descriptor_tried : std::min(limit, highest_descriptor_tried);
-  for (int descriptor = first; descriptor < end; ++descriptor) {
+  for (int descriptor = first; descriptor <= last; ++descriptor) {
     close(descriptor);
+  }
+}
+
+void end_with_parent(pid_t parent) {
+  if (is_in_foreground()) {
+    return;
+  }
+  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  if (getppid() != parent) {
+    kill(getpid(), SIGTERM); // it ended before the call
   }
 }
 

@@ -1,7 +1,7 @@
+#include "descriptors.h"
 #include "osascript.h"
 #include "platform.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -16,13 +16,18 @@ std::string executable_path() {
   return _NSGetExecutablePath(path.data(), &size) == 0 ? path.data() : "";
 }
 
-void close_descriptors_from(int first) {
-  // EBADF for every number that is not open.
-  constexpr int highest_descriptor_tried = 65536; // the limit may be anything up to "unlimited"
-  const int limit = std::min(getdtablesize(), highest_descriptor_tried);
-  for (int descriptor = first; descriptor < limit; ++descriptor) {
-    close(descriptor);
+int highest_descriptor() {
+  return highest_listed_descriptor("/dev/fd");
+}
+
+void close_descriptors(int first, int last) {
+  for (int descriptor = first; descriptor <= last; ++descriptor) {
+    close(descriptor); // EBADF for every number that is not open
   }
+}
+
+void end_with_parent(pid_t /*parent*/) {
+  // No such call here. launchd ends what is left of a job's process group by itself.
 }
 
 std::string browser_command(const std::string &url) {

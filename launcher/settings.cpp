@@ -5,31 +5,41 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <sys/stat.h>
+
 namespace {
 
 constexpr std::size_t bytes_read = 511;
 
-/// The text from the first colon at or after the first `key` on, that colon included; null when
-/// either is missing. The colon may belong to a later entry.
+/// The first colon at or after the first `key`, which may belong to a later entry; null when there
+/// is no such key or colon.
 const char *colon_after(const std::string &text, const char *key) {
   const char *found = std::strstr(text.c_str(), key);
   return found == nullptr ? nullptr : std::strchr(found, ':');
 }
 
-std::uint16_t parse_port(const std::string &text, const char *key, std::uint16_t otherwise) {
+std::uint16_t parse_port(const std::string &text, const char *key, std::uint16_t default_value) {
   const char *colon = colon_after(text, key);
   const int value = colon == nullptr ? 0 : std::atoi(colon + 1);
-  return value >= 1 && value <= highest_port ? static_cast<std::uint16_t>(value) : otherwise;
+  return value >= 1 && value <= highest_port ? static_cast<std::uint16_t>(value) : default_value;
 }
 
-bool parse_open_browser(const std::string &text, bool otherwise) {
+bool parse_open_browser(const std::string &text, bool default_value) {
   const char *colon = colon_after(text, "\"open_browser\"");
   if (colon == nullptr) {
-    return otherwise;
+    return default_value;
   }
   // Tabs, spaces and colons, but not line feeds.
   const char *value = colon + std::strspn(colon, "\t :");
   return std::strncmp(value, "false", 5) != 0;
+}
+
+/// Opens the settings file; null when that fails, or when there is something at `path` that is no
+/// regular file: opening a FIFO would wait for somebody at its other end.
+std::FILE *open_settings(const std::string &path, const char *mode) {
+  struct stat info {};
+  const bool other_kind = stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
+  return other_kind ? nullptr : std::fopen(path.c_str(), mode);
 }
 
 } // namespace
@@ -53,7 +63,7 @@ std::string format_settings(const Settings &settings) {
 Settings read_settings(const std::string &path, bool open_browser) {
   std::array<char, bytes_read> bytes{};
   std::size_t size = 0;
-  if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
+  if (std::FILE *file = open_settings(path, "rb")) {
     size = std::fread(bytes.data(), 1, bytes.size(), file);
     std::fclose(file);
   }
@@ -61,7 +71,7 @@ Settings read_settings(const std::string &path, bool open_browser) {
 }
 
 void write_settings(const std::string &path, const Settings &settings) {
-  if (std::FILE *file = std::fopen(path.c_str(), "wb")) {
+  if (std::FILE *file = open_settings(path, "wb")) {
     const std::string text = format_settings(settings);
     std::fwrite(text.data(), 1, text.size(), file);
     std::fclose(file);

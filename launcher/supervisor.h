@@ -10,7 +10,7 @@
 /// restart or a port change sets the count back.
 constexpr int restart_limit = 5;
 
-/// The count of a component that was given up on.
+/// The count that marks a component as given up on.
 constexpr int restarts_given_up = 1000;
 
 /// Polls, every 400 ms, each record that is `supervised` and running. One whose process has exited

@@ -55,6 +55,13 @@ def process_state(pid):
         return None
 
 
+def signal_set(pid, field):
+    """The standard signals in a mask of /proc/<pid>/status ("SigBlk", "SigIgn", "ShdPnd")."""
+    lines = Path(f"/proc/{pid}/status").read_text().splitlines()
+    mask = int(dict(line.split(":\t", 1) for line in lines)[field], 16)
+    return {number for number in range(1, 32) if mask >> (number - 1) & 1}
+
+
 def is_gone(pid):
     """Whether a process has ended and its parent has reaped it."""
     return process_state(pid) is None

@@ -1,12 +1,9 @@
-"""Hubs of a few shell lines, for tests of the settings and arguments that a hub is started with.
+"""A hub of a few shell lines, for tests of the settings and arguments that a hub is started with.
 
-They bind no port, so every port number can be tried, and a whole run takes a few milliseconds.
+It binds no port, so every port number can be tried, and a whole run takes a few milliseconds.
 """
 
-import os
 import shlex
-
-from console import READY
 
 DEFAULT_PORTS = ("4466", "4465")  # the dashboard port and the control port, as text
 SAVED = b'{"http_port": 5000, "udp_port": 5001}'
@@ -28,10 +25,6 @@ while :; do
   [ "$state" = Z ] && exit 7
 done
 """
-_PROBE_ANSWERED = """#!/bin/sh
-cd {folder}
-until [ -s hub.pid ]; do :; done
-"""
 
 
 def make_failing(suite, path="td_hub"):
@@ -39,14 +32,6 @@ def make_failing(suite, path="td_hub"):
     folder = shlex.quote(str(suite.folder))
     suite.script(path, _RECORD_ARGUMENTS.format(folder=folder))
     suite.tool("curl", _PROBE_AFTER_HUB.format(folder=folder))
-
-
-def make_running(suite):
-    """The hub stays and every probe succeeds."""
-    folder = shlex.quote(str(suite.folder))
-    os.mkfifo(suite.folder / "forever")
-    suite.script("td_hub", _RECORD_ARGUMENTS.format(folder=folder) + "read -r _ < forever\n")
-    suite.tool("curl", _PROBE_ANSWERED.format(folder=folder))
 
 
 def ports(suite):
@@ -61,23 +46,3 @@ def ports_of_failing_run(suite, *arguments, **options):
     run = suite.start(*arguments, **options)
     assert run.wait() == 1, (run.output, run.errors)
     return ports(suite)
-
-
-def end_run(suite, run):
-    """Ends a run on a hub made by `make_running`; the launcher need not wait for that hub's end."""
-    os.kill(int((suite.folder / "hub.pid").read_text()), 9)
-    status = run.stop()
-    (suite.folder / "hub.pid").unlink()
-    return status
-
-
-def settings_of_run(suite, *arguments):
-    """The ports of a run on a hub made by `make_running`, and whether it opens the browser."""
-    run = suite.start("--no-receiver", "--no-sender", *arguments)
-    run.wait_for(READY)
-    assert end_run(suite, run) == 0
-    run.close()
-    suite.runs.remove(run)
-    opened = bool(suite.calls("open"))
-    suite.forget_calls("open")
-    return (*ports(suite), opened)

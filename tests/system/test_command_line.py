@@ -9,6 +9,7 @@ import console
 import pytest
 import scripted_hub
 from console import READY
+from settings_in_force import settings_of_run, settings_text
 
 # The arguments, and the first one that is unknown.
 UNKNOWN = [
@@ -79,38 +80,40 @@ def test_port_values_reach_the_hub(suite, arguments, http, udp):
 
 
 def test_an_option_used_as_a_port_value_has_no_effect(suite):
-    scripted_hub.make_running(suite)
     values = ["--http-port", "--verbose", "--udp-port", "--no-sender"]
-    run = suite.start("--no-receiver", "--no-browser", *values)
+    # The options that follow replace those ports by ports on which a hub can answer.
+    run = suite.start("--no-receiver", "--no-browser", *values, *suite.ports_options)
     run.wait_for(READY)
-    assert scripted_hub.end_run(suite, run) == 0
-    assert scripted_hub.ports(suite) == ("0", "0")
+    assert run.stop() == 0
     assert run.output == (
         console.TITLE
-        + console.announcement(console.dashboard_url(0), running="hub, sender")
+        + console.announcement(console.dashboard_url(suite.http), running="hub, sender")
         + console.STOPPED
     )
+    scripted_hub.make_failing(suite)
+    assert scripted_hub.ports_of_failing_run(suite, *values) == ("0", "0")
 
 
 @pytest.mark.parametrize(
     "saved, arguments, opened",
     [
         (None, [], True),
-        ("false", [], False),
-        ("true", ["--no-browser"], False),
-        ("false", ["--browser"], True),
-        ("true", ["--browser", "--no-browser"], False),
+        (False, [], False),
+        (True, ["--no-browser"], False),
+        (False, ["--browser"], True),
+        (True, ["--browser", "--no-browser"], False),
     ],
 )
 def test_the_last_browser_option_counts_for_this_run_only(suite, saved, arguments, opened):
-    scripted_hub.make_running(suite)
-    text = f'{{\n  "http_port": 5000,\n  "udp_port": 5001,\n  "open_browser": {saved}\n}}\n'
-    if saved:
+    http, udp = suite.ports.free(), suite.ports.free()
+    text = settings_text(http, udp, saved)
+    if saved is not None:
         suite.save_settings(text)
-    options = [*arguments, "--http-port", "6000", "--udp-port", "6001"]
-    assert scripted_hub.settings_of_run(suite, *options) == ("6000", "6001", opened)
-    if saved:
-        assert suite.settings.read_text() == text
-    else:
+    ports = (str(suite.http), str(suite.udp))
+    assert settings_of_run(suite, *arguments, *suite.ports_options) == (*ports, opened)
+    if saved is None:
         assert not suite.settings.exists()
-    assert scripted_hub.settings_of_run(suite)[2] == (saved != "false")
+        assert settings_of_run(suite, *suite.ports_options) == (*ports, True)
+    else:
+        assert suite.settings.read_text() == text
+        assert settings_of_run(suite) == (str(http), str(udp), saved)

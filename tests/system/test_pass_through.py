@@ -5,13 +5,23 @@ import shutil
 import signal
 import subprocess
 
+import closed_streams
 import console
 import pytest
-from component_events import process_state
+from component_events import is_gone, process_state, signal_set
 from components import ALL_COMPONENTS
 from deadline import DEADLINE, wait_until
 
 ENV = shutil.which("env")
+
+
+def start_sender(suite, *env_options):
+    """A sender that was started by a launcher without a terminal, and the sender's start record."""
+    suite.record("sender")
+    options = ["--default-signal", *env_options, str(suite.launcher), "sender"]
+    run = suite.start(*options, "--hub", "127.0.0.1:1", program=ENV, terminal=None)
+    (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
+    return run, start
 
 
 def received(suite, name):
@@ -141,16 +151,48 @@ def test_the_component_shares_terminal_session_and_group(suite):
 
 
 def test_the_launcher_changes_no_signal_handling(suite):
-    suite.record("sender")
-    options = ["--default-signal", str(suite.launcher), "sender", "--hub", "127.0.0.1:1"]
-    run = suite.start(*options, program=ENV)
-    (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
+    run, start = start_sender(suite)
     assert start["ignored"] == start["blocked"] == []
     assert run.process.poll() is None
     run.signal(signal.SIGTERM)
     assert run.wait_for_process() == -signal.SIGTERM  # nothing in the launcher caught it
-    suite.kill("sender")
+    wait_until(lambda: suite.events("exit"), "the sender's end")
+
+
+@pytest.mark.parametrize("number", [signal.SIGKILL, signal.SIGTERM, signal.SIGHUP])
+def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
+    run, start = start_sender(suite)
+    run.signal(number)
+    assert run.wait() == -number  # its output ends with the sender
+    assert [row["signal"] for row in suite.events("stop")] == [signal.SIGTERM]
+    assert [row["status"] for row in suite.events("exit")] == [0]
+    wait_until(lambda: is_gone(start["pid"]), "the sender to be reaped")
+
+
+def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
+    suite.set_behaviour("sender", "ignore-sigterm")
+    run, start = start_sender(suite)
+    run.signal(signal.SIGKILL)
+    assert run.wait_for_process() == -signal.SIGKILL
+    wait_until(lambda: suite.events("ignored"), "the sender to get its SIGTERM")
+    assert process_state(start["pid"]) in ("R", "S")
+    assert suite.kill("sender") == start["pid"]
     run.wait()
+    assert [row["signal"] for row in suite.events("ignored")] == [signal.SIGTERM]
+
+
+def test_a_blocked_sigterm_stays_blocked(suite):
+    """In the launcher and in the component, which then outlives the launcher."""
+    run, start = start_sender(suite, "--block-signal=INT,TERM,HUP,QUIT")
+    ending = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT}
+    assert set(start["blocked"]) == signal_set(run.pid, "SigBlk") == ending
+    run.signal(signal.SIGKILL)
+    assert run.wait_for_process() == -signal.SIGKILL
+    # The kernel has sent it by the time that the launcher can be reaped.
+    assert signal_set(start["pid"], "ShdPnd") == {signal.SIGTERM}
+    assert suite.kill("sender") == start["pid"]
+    run.wait()
+    assert suite.events("stop") == suite.events("exit") == []
 
 
 def test_signal_dispositions_and_mask_are_inherited_except_for_int_and_term(suite):
@@ -206,6 +248,18 @@ def test_descriptors_are_inherited(suite):
     os.close(writing)
     assert run.wait() == 0
     assert suite.events("start")[0]["descriptors"] == [reading, writing]
+
+
+@pytest.mark.parametrize("closed", closed_streams.COMBINATIONS, ids=str)
+def test_closed_streams_stay_closed(suite, closed):
+    suite.set_behaviour("sender", "exit-after=0")
+    suite.record("sender")
+    program = closed_streams.program_that_closes(suite, closed)
+    run = suite.start("sender", "--hub", "127.0.0.1:1", program=program, terminal=None)
+    assert run.wait() == 0
+    (start,) = suite.events("start")
+    assert start["stdio"] == closed_streams.targets(suite, run, closed, "")
+    assert start["descriptors"] == []
 
 
 def test_the_environment_and_the_working_folder_are_inherited(suite):

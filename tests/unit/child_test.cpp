@@ -28,9 +28,9 @@ Child shell(const std::string &script) {
   return make("/bin/sh", {"-c", script});
 }
 
-int status_of(Child child, Inherit inherit = Inherit::standard_streams) {
-  EXPECT_TRUE(spawn(child, inherit));
-  return wait_for_exit(child);
+int status_of(Child child, SpawnMode mode = SpawnMode::separate) {
+  EXPECT_TRUE(spawn(child, mode));
+  return wait_for_exit(child).value_or(-1);
 }
 
 bool exists(pid_t pid) {
@@ -128,7 +128,7 @@ TEST(Spawn, PassesDescriptorsOnlyWhenAsked) {
   ASSERT_GE(descriptor, 3);
   const std::string look = "[ -e /proc/$$/fd/" + std::to_string(descriptor) + " ]";
   EXPECT_NE(status_of(shell(look)), 0);
-  EXPECT_EQ(status_of(shell(look), Inherit::everything), 0);
+  EXPECT_EQ(status_of(shell(look), SpawnMode::pass_through), 0);
   close(descriptor);
 }
 
@@ -232,17 +232,18 @@ TEST(WaitForExit, GoesOnAfterASignal) {
   Child child = shell("for i in 1 2 3 4 5; do kill -USR1 " + std::to_string(getpid()) +
                       "; sleep 0.01; done; exit 42");
   ASSERT_TRUE(spawn(child));
-  const int status = wait_for_exit(child);
+  const int status = wait_for_exit(child).value_or(-1);
   EXPECT_EQ(WEXITSTATUS(status), 42);
   EXPECT_EQ(child.pid, -1);
   (void)signal(SIGUSR1, SIG_DFL);
 }
 
-TEST(WaitForExit, OfAProcessThatIsGoneIsZero) {
+TEST(WaitForExit, OfAProcessThatIsGoneIsEmpty) {
   Child child = make("/bin/false");
   ASSERT_TRUE(spawn(child));
   ASSERT_EQ(waitpid(child.pid, nullptr, 0), child.pid);
-  EXPECT_EQ(wait_for_exit(child), 0);
+  EXPECT_EQ(wait_for_exit(child), std::nullopt);
+  EXPECT_EQ(child.pid, -1);
 }
 
 } // namespace

@@ -30,6 +30,18 @@ TEST(RunTool, TellsHowTheCommandEnded) {
   EXPECT_EQ(run_tool("no-such-command 2>/dev/null"), ToolResult::failure);
 }
 
+TEST(RunTool, FailsWhenTheCommandCannotBeWaitedFor) {
+  (void)signal(SIGCHLD, SIG_IGN); // the kernel then reaps it
+  EXPECT_EQ(run_tool("true"), ToolResult::failure);
+  (void)signal(SIGCHLD, SIG_DFL);
+}
+
+TEST(RunTool, AddsAVariableForThisCommandOnly) {
+  EXPECT_EQ(run_tool("[ \"$no_proxy\" = 'a b' ]", {"no_proxy=a b"}), ToolResult::success);
+  EXPECT_EQ(run_tool("[ -z \"$no_proxy\" ]"), ToolResult::success);
+  EXPECT_EQ(run_tool("exit 130", {"no_proxy=x"}), ToolResult::interrupted);
+}
+
 TEST(RunTool, DoesNotKeepASigintFromTheCaller) {
   static volatile std::sig_atomic_t received = 0;
   (void)signal(SIGINT, [](int) { received = 1; });

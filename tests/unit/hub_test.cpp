@@ -1,13 +1,11 @@
 #include "hub.h"
+#include "listener.h"
 #include "tools.h"
 
 #include <algorithm>
 #include <chrono>
 
 #include <gmock/gmock.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace {
 
@@ -37,28 +35,16 @@ TEST_F(Probe, WithoutCurlFails) {
   testing::internal::GetCapturedStderr();
 }
 
-TEST(AnswersOnLoopback, TellsAListenerFromNone) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr *>(&address), size), 0);
-  ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr *>(&address), &size), 0);
-  const std::uint16_t port = ntohs(address.sin_port);
-  EXPECT_FALSE(answers_on_loopback(port)) << "bound, but not listening";
-  ASSERT_EQ(listen(listener, 1), 0);
-  EXPECT_TRUE(answers_on_loopback(port));
-  for (int i = 0; i < 8; ++i) { // more than the backlog holds: it must not wait for room
-    EXPECT_TRUE(answers_on_loopback(port));
-  }
-  close(listener);
-  EXPECT_FALSE(answers_on_loopback(port));
-  EXPECT_FALSE(answers_on_loopback(0));
+TEST_F(Probe, AsksNoProxy) {
+  add("curl", "[ \"$no_proxy\" = 127.0.0.1 ]\n");
+  EXPECT_EQ(probe_hub(4466), ToolResult::success);
 }
 
-/// A hub that is a shell script, probed by a curl that is one too.
+/// A hub that is a shell script, probed by a curl that is one too. It listens by its standard
+/// input.
 struct StartHub : Tools {
+  Listener listener;
+  StandardInput input{listener.descriptor()};
   Child hub;
   std::atomic<bool> running{true};
 
@@ -82,28 +68,7 @@ struct StartHub : Tools {
     const std::string lines = folder.read("probes");
     return std::count(lines.begin(), lines.end(), '\n');
   }
-  HubStart start(StartReason reason) { return start_hub(hub, unused_port(), reason, running); }
-
-  /// A port on which nothing listens while the test runs: it is bound by the test itself.
-  std::uint16_t unused_port() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    EXPECT_EQ(bind(bound_, reinterpret_cast<sockaddr *>(&address), size), 0);
-    EXPECT_EQ(getsockname(bound_, reinterpret_cast<sockaddr *>(&address), &size), 0);
-    return ntohs(address.sin_port);
-  }
-
-  StartHub() = default;
-  StartHub(const StartHub &) = delete;
-  StartHub &operator=(const StartHub &) = delete;
-  StartHub(StartHub &&) = delete;
-  StartHub &operator=(StartHub &&) = delete;
-  ~StartHub() override { close(bound_); }
-
-private:
-  int bound_ = socket(AF_INET, SOCK_STREAM, 0);
+  HubStart start(StartReason reason) { return start_hub(hub, listener.port(), reason, running); }
 };
 
 TEST_F(StartHub, IsReadyAtTheFirstAnswer) {
@@ -153,6 +118,20 @@ TEST_F(StartHub, DoesNotBelieveAnAnswerWhenTheHubHasExited) {
   EXPECT_EQ(hub.pid, -1);
 }
 
+TEST_F(StartHub, DoesNotBelieveAnotherProgramsAnswer) {
+  set_hub("exec < /dev/null; exec /bin/sleep 1000"); // the port is the test's alone
+  answer_from_probe(1);
+  EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
+  EXPECT_EQ(probes(), 100);
+}
+
+TEST_F(StartHub, BelievesAHubThatAScriptStarted) {
+  set_hub("exec 3<&0 </dev/null; /bin/sleep 1000 <&3 3<&- & exec 3<&-\n"
+          "trap 'kill $!' TERM; wait");
+  answer_from_probe(1);
+  EXPECT_EQ(start(StartReason::start_up), HubStart::ready);
+}
+
 TEST_F(StartHub, MakesAHundredAttempts) {
   answer_from_probe(1000);
   EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
@@ -166,7 +145,7 @@ TEST_F(StartHub, IsEndedByTheEndOfTheRunAtStartUpOnly) {
   EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
   EXPECT_EQ(probes(), 0);
   stop(hub);
-  EXPECT_EQ(start_hub(hub, 1, StartReason::port_change, running), HubStart::ready);
+  EXPECT_EQ(start(StartReason::port_change), HubStart::ready);
   EXPECT_EQ(probes(), 3);
 }
 

@@ -2,12 +2,20 @@
 #include "special_messages.h"
 #include "temporary_folder.h"
 
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdlib>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -15,19 +23,81 @@ TEST(Platform, ExecutablePathIsThisPrograms) {
   EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
 }
 
-TEST(Platform, ClosesDescriptorsFromTheFirstOn) {
+/// Runs `check` in a process of its own; true when it returned true there.
+template <typename Check> bool holds_in_a_process_of_its_own(Check check) {
   const pid_t pid = fork();
   if (pid == 0) {
-    const int kept = open("/dev/null", O_RDONLY);
-    const int low = fcntl(kept, F_DUPFD, kept + 1);
-    const int high = fcntl(kept, F_DUPFD, 200);
-    platform::close_descriptors_from(low);
-    _exit(fcntl(kept, F_GETFD) == 0 && fcntl(low, F_GETFD) == -1 && fcntl(high, F_GETFD) == -1 ? 0
-                                                                                               : 1);
+    _exit(check() ? 0 : 1);
   }
-  int status = 0;
-  ASSERT_EQ(waitpid(pid, &status, 0), pid);
-  EXPECT_EQ(status, 0);
+  int status = -1;
+  EXPECT_EQ(waitpid(pid, &status, 0), pid);
+  return status == 0;
+}
+
+/// Closes what is open above a descriptor, one of them above a limit that was lowered later.
+bool closes_descriptors() {
+  const int kept = open("/dev/null", O_RDONLY);
+  const int low = fcntl(kept, F_DUPFD, kept + 1);
+  const int high = fcntl(kept, F_DUPFD, 200);
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  limit.rlim_cur = 100;
+  setrlimit(RLIMIT_NOFILE, &limit);
+  platform::close_descriptors(low, platform::highest_descriptor());
+  return fcntl(kept, F_GETFD) == 0 && fcntl(low, F_GETFD) == -1 && fcntl(high, F_GETFD) == -1;
+}
+
+TEST(Platform, ClosesDescriptors) {
+  EXPECT_TRUE(holds_in_a_process_of_its_own(closes_descriptors));
+}
+
+/// Makes close_range() fail as on a kernel that does not have it.
+bool forbid_close_range() {
+  std::array<sock_filter, 4> code{{
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  }};
+  sock_fprog program{code.size(), code.data()};
+  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+TEST(Platform, ClosesDescriptorsOnAnOldKernelToo) {
+  EXPECT_TRUE(
+      holds_in_a_process_of_its_own([] { return forbid_close_range() && closes_descriptors(); }));
+}
+
+TEST(Platform, EndsWithItsParent) {
+  std::array<int, 2> alive{};
+  ASSERT_EQ(pipe(alive.data()), 0);
+  for (const bool parent_ends_first : {false, true}) {
+    // The pipe closes when the last of the two processes has ended.
+    EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
+      std::array<int, 2> ready{};
+      std::array<int, 2> go{};
+      if (pipe(ready.data()) != 0 || pipe(go.data()) != 0) {
+        return false;
+      }
+      const pid_t parent = getpid();
+      char byte = 0;
+      if (fork() == 0) {
+        close(go[1]);
+        while (parent_ends_first && read(go[0], &byte, 1) == -1) {}
+        platform::end_with_parent(parent);
+        (void)write(ready[1], "", 1);
+        for (;;) {
+          pause();
+        }
+      }
+      return parent_ends_first || read(ready[0], &byte, 1) == 1;
+    }));
+  }
+  close(alive[1]);
+  char byte = 0;
+  EXPECT_EQ(read(alive[0], &byte, 1), 0);
+  close(alive[0]);
 }
 
 /// Runs the commands with recording tools alone on the PATH: each writes its name and arguments.

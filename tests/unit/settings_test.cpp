@@ -4,7 +4,10 @@
 
 #include <string>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -189,6 +192,19 @@ TEST(SettingsFile, ThatCannotBeReadGivesTheDefaults) {
   EXPECT_EQ(ports(folder.prefix()), std::pair(Ports{}.http, Ports{}.udp));
   EXPECT_EQ(ports(folder.write("empty", "")), std::pair(Ports{}.http, Ports{}.udp));
   EXPECT_FALSE(read_settings(folder.prefix() + "missing", false).open_browser);
+}
+
+TEST(SettingsFile, ThatIsNoRegularFileIsNeitherReadNorWritten) {
+  const TemporaryFolder folder;
+  const std::string fifo = folder.prefix() + "launcher.json";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  EXPECT_EQ(read_settings(fifo, false).ports.http, Ports{}.http); // and returns
+  EXPECT_FALSE(read_settings(fifo, false).open_browser);
+  const int reader = open(fifo.c_str(), O_RDONLY | O_NONBLOCK);
+  write_settings(fifo, {});
+  char byte = 0;
+  EXPECT_EQ(read(reader, &byte, 1), 0) << "nothing was written";
+  close(reader);
 }
 
 TEST(SettingsFile, ThatCannotBeWrittenIsPassedOver) {

@@ -1,0 +1,132 @@
+// The kernel's tables name each listening socket by its inode, and a process's descriptors name the
+// sockets it has open in the same way.
+
+#include "folder_entries.h"
+#include "listening.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <set>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+
+constexpr unsigned state_listen = 0x0A;
+
+using Sockets = std::set<std::string>; // each "socket:[inode]"
+
+struct Process {
+  pid_t parent = 0;
+  pid_t session = 0;
+  bool has_ended = true;
+};
+
+/// Adds the sockets that listen on the port. False: the table is there but cannot be read.
+bool add_listeners(const char *table, std::uint16_t port, Sockets &sockets) {
+  std::FILE *file = std::fopen(table, "re");
+  if (file == nullptr) {
+    return errno == ENOENT; // a system without IPv6
+  }
+  std::array<char, 512> line{};
+  while (std::fgets(line.data(), line.size(), file) != nullptr) {
+    unsigned local_port = 0;
+    unsigned state = 0;
+    unsigned long inode = 0;
+    // Number, local and remote address, state, queues, timer, retries, user, time-out, inode.
+    if (std::sscanf(line.data(), "%*s %*[0-9A-F]:%x %*s %x %*s %*s %*s %*s %*s %lu", &local_port,
+                    &state, &inode) == 3 &&
+        local_port == port && state == state_listen) {
+      sockets.insert("socket:[" + std::to_string(inode) + "]");
+    }
+  }
+  std::fclose(file);
+  return true;
+}
+
+Process examine(pid_t pid) {
+  std::array<char, 512> text{};
+  if (std::FILE *file = std::fopen(("/proc/" + std::to_string(pid) + "/stat").c_str(), "re")) {
+    [[maybe_unused]] const std::size_t size = std::fread(text.data(), 1, text.size() - 1, file);
+    std::fclose(file);
+  }
+  Process process;
+  char state = 'X';
+  // The second field is the program's name in parentheses, which may hold any character.
+  if (const char *name_end = std::strrchr(text.data(), ')')) {
+    std::sscanf(name_end + 1, " %c %d %*d %d", &state, &process.parent, &process.session);
+  }
+  process.has_ended = state == 'X' || state == 'Z';
+  return process;
+}
+
+/// Whether /proc names the processes by the same numbers as this process does, and hides none.
+bool shows_all_processes() {
+  std::array<char, 32> self{};
+  return readlink("/proc/self", self.data(), self.size() - 1) > 0 &&
+         std::atoi(self.data()) == getpid() && !examine(1).has_ended;
+}
+
+/// `root` and its descendants; empty on failure. A process whose parent has ended still counts when
+/// it is in the session that `root` leads.
+std::set<pid_t> process_tree(pid_t root) {
+  std::map<pid_t, Process> others;
+  const bool listed = for_each_entry("/proc", [&](const char *name) {
+    if (const pid_t pid = std::atoi(name); pid > 0) {
+      others[pid] = examine(pid);
+    }
+  });
+  if (!listed) {
+    return {};
+  }
+  std::set<pid_t> tree{root};
+  for (bool grew = true; grew;) {
+    grew = false;
+    for (const auto &[pid, process] : others) {
+      const bool belongs = tree.count(process.parent) != 0 || process.session == root;
+      grew = (belongs && tree.insert(pid).second) || grew;
+    }
+  }
+  return tree;
+}
+
+/// Whether it is certain that the process has none of the sockets open.
+bool is_ruled_out(pid_t pid, const Sockets &sockets) {
+  const std::string folder = "/proc/" + std::to_string(pid) + "/fd/";
+  bool found = false;
+  bool readable = true;
+  const bool opened = for_each_entry(folder, [&](const char *name) {
+    std::array<char, 64> target{};
+    const ssize_t size = readlink((folder + name).c_str(), target.data(), target.size() - 1);
+    // ENOENT: closed meanwhile. EINVAL: "." and "..".
+    readable = readable && (size >= 0 || errno == ENOENT || errno == EINVAL);
+    found = found || sockets.count(target.data()) != 0;
+  });
+  return !found && ((opened && readable) || examine(pid).has_ended);
+}
+
+} // namespace
+
+// A process and a port. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
+bool certainly_not_listening(pid_t root, std::uint16_t port) {
+  Sockets sockets;
+  const bool tables_read = add_listeners("/proc/net/tcp", port, sockets) &&
+                           add_listeners("/proc/net/tcp6", port, sockets);
+  // Without any listener to be seen, the answer came from where these tables do not show it.
+  if (!tables_read || sockets.empty() || !shows_all_processes()) {
+    return false;
+  }
+  // `root` alone first: where it listens itself, as usual, nothing more is read.
+  if (examine(root).has_ended || !is_ruled_out(root, sockets)) {
+    return false;
+  }
+  const std::set<pid_t> tree = process_tree(root);
+  return !tree.empty() && std::all_of(tree.begin(), tree.end(),
+                                      [&](pid_t pid) { return is_ruled_out(pid, sockets); });
+}

@@ -1,0 +1,117 @@
+"""A terminal that is closed during the start-up.
+
+It no longer answers that it is a terminal then, but the run was started in one: it ends, and it
+never shows an interface.
+"""
+
+import shutil
+import socket
+from signal import SIGTERM
+
+import console
+import pytest
+from blocked_stderr import BlockedStderr
+from component_events import exits, kill, stops, wait_for_start
+from console import RESTARTING
+from deadline import wait_until
+from interface import install_module, start_interface
+from probe_tools import record_and_probe
+
+ENV = shutil.which("env")
+
+
+class OfferedInterface:
+    """An interface that the launcher could show; see tests/scripted_gui."""
+
+    def __init__(self, suite, listener):
+        install_module(suite)
+        path = str(suite.folder / "interface.socket")
+        self.environment = {**suite.environment, "TD_SCRIPTED_GUI": path}
+        self._listener = listener
+        listener.bind(path)
+        listener.listen()
+        listener.setblocking(False)
+
+    def was_shown(self):
+        try:
+            self._listener.accept()[0].close()
+        except BlockingIOError:
+            return False
+        return True
+
+
+@pytest.fixture
+def interface(suite):
+    with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as listener:
+        yield OfferedInterface(suite, listener)
+
+
+class HeldRun:
+    """A run in a terminal, held at a message of its start-up: that there is no sender."""
+
+    def __init__(self, suite, interface, *arguments, program=None):
+        self._suite = suite
+        self._interface = interface
+        self._errors = BlockedStderr()
+        suite.record()
+        suite.component("sender").unlink()
+        self.run = suite.start(
+            *(*arguments, *suite.ports_options, "--no-browser"),
+            environment=interface.environment,
+            program=program,
+            stderr=self._errors.writing,
+            terminal="all",
+        )
+        wait_for_start(suite, "receiver")  # the hub has answered
+
+    def hang_up_and_release(self):
+        self.run.hang_up()
+        self._errors.release()
+
+    def check_end(self, messages=""):
+        """Waits for the end of the run, which printed this after the message that held it."""
+        assert self.run.wait() == 0
+        sender = self._suite.component("sender")
+        no_sender = f"Tandrel: could not start the sender ({sender})\n"
+        assert self._errors.text() == no_sender + messages
+        assert not self._interface.was_shown()
+        assert stops(self._suite) == ["td_receiver", "td_hub"]
+        assert self._suite.processes() == []
+
+
+def test_while_the_hub_is_waited_for(suite, interface):
+    suite.set_behaviour("hub", "answer-after=1500")
+    suite.record()
+    record_and_probe(suite)
+    run = suite.start(*suite.ports_options, environment=interface.environment, terminal="all")
+    wait_until(lambda: suite.calls("curl"), "a probe")
+    run.hang_up()
+    assert run.wait() == 1
+    assert not interface.was_shown()
+    alert = console.alert_script(console.hub_silent(suite.http)).encode()
+    assert suite.calls("osascript") == [[b"-e", alert]]
+    assert stops(suite) == ["td_hub"]
+    assert len(exits(suite, "hub")) == len(suite.events("start")) == 1
+    assert suite.processes() == []
+
+
+def test_after_the_hub_has_answered(suite, interface):
+    held = HeldRun(suite, interface)
+    held.hang_up_and_release()
+    held.check_end()
+
+
+def test_a_run_that_ignores_the_hang_up_goes_on_as_in_a_console(suite, interface):
+    held = HeldRun(suite, interface, "--ignore-signal=HUP", suite.launcher, program=ENV)
+    held.hang_up_and_release()
+    kill(suite, "receiver")
+    wait_for_start(suite, "receiver", 2)
+    held.run.signal(SIGTERM)
+    held.check_end(RESTARTING.format("receiver"))
+
+
+def test_without_a_terminal_the_interface_is_shown_although_the_hub_answers_late(suite):
+    suite.set_behaviour("hub", "answer-after=1500")
+    interface = start_interface(suite)
+    assert interface.ask("config")["main_thread"]
+    assert interface.quit() == 0

@@ -12,6 +12,9 @@ from signal import SIGINT
 
 from deadline import DEADLINE
 
+CTRL_C = b"\x03"
+CTRL_BACKSLASH = b"\x1c"
+
 
 class Run:
     """A running launcher.
@@ -93,8 +96,9 @@ class Run:
 
     @property
     def text(self):
-        """The output of a terminal with plain line ends and without its echo of Ctrl-C."""
-        return self.output.replace(b"\r\n", b"\n").replace(b"^C", b"")
+        """The output of a terminal with plain line ends and without its echo of control keys."""
+        plain = self.output.replace(b"\r\n", b"\n")
+        return plain.replace(b"^C", b"").replace(b"^\\", b"")
 
     @property
     def errors(self):
@@ -109,9 +113,13 @@ class Run:
             )
         assert seen, f"no {text!r} in {self._text!r}"
 
+    def press(self, key):
+        """Presses a key at the terminal (of a run with `terminal="all"`)."""
+        os.write(self.terminal, key)
+
     def interrupt(self):
-        """Presses Ctrl-C at the terminal (of a run with `terminal="all"`)."""
-        os.write(self.terminal, b"\x03")
+        """Presses Ctrl-C at the terminal."""
+        self.press(CTRL_C)
 
     def signal(self, number):
         os.kill(self.pid, number)

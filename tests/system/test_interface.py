@@ -3,7 +3,7 @@
 import os
 import signal
 from pathlib import Path
-from signal import SIGHUP, SIGINT, SIGTERM
+from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 import console
 import pytest
@@ -73,7 +73,7 @@ def test_an_end_during_a_restart_leaves_nothing_behind(suite, command):
     assert suite.processes() == []
 
 
-@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP])
+@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
 def test_a_signal_ends_supervision_and_nothing_else(suite, number):
     interface = start_interface(suite)
     threads = interface.threads()
@@ -174,7 +174,7 @@ def test_without_an_interface_the_run_goes_on_as_in_a_console(suite, make_interf
     check_everything_stopped(suite, run)
 
 
-@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP])
+@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
 def test_a_run_without_terminal_and_interface_ends_by_a_signal(suite, number):
     run = start_recording(suite, terminal=None)
     assert run.stop(number) == 0

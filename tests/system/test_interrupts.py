@@ -3,7 +3,7 @@
 import errno
 import os
 import time
-from signal import SIGINT, SIGTERM
+from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 import console
 import psutil
@@ -11,6 +11,7 @@ import pytest
 from components import COMPONENTS
 from deadline import wait_until
 from probe_tools import CURL
+from run import CTRL_BACKSLASH
 from suite import RECORDING_TOOL
 
 # ms after the launcher was executed; a start-up takes about 150.
@@ -129,6 +130,31 @@ def test_ctrl_c_during_a_probe(suite):
     run.interrupt()
     assert run.wait() == 1
     check_interrupted_run(suite, run, 1)
+
+
+def test_ctrl_backslash_during_a_probe(suite):
+    """As Ctrl-C, although no shell reports this end of curl as an interrupt."""
+    suite.set_behaviour("hub", "never-answer")
+    suite.record("hub")
+    run = suite.start(*suite.ports_options, terminal="all")
+    wait_until(lambda: suite.events("start"), "the hub")
+    wait_until(lambda: probes(suite.http), "a probe")
+    run.press(CTRL_BACKSLASH)
+    assert run.wait() == 1
+    check_interrupted_run(suite, run, 1)
+
+
+@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
+def test_a_signal_to_the_launcher_alone_ends_the_wait_for_the_hub(suite, number):
+    suite.set_behaviour("hub", "answer-after=600000")
+    suite.record("hub")
+    run = suite.start(*suite.ports_options)
+    wait_until(lambda: suite.events("start"), "the hub")
+    run.signal(number)
+    assert run.wait() == 1
+    assert run.output == console.TITLE
+    assert run.errors.decode() == console.hub_silent(suite.http) + "\n"
+    check_nothing_left(suite)
 
 
 @pytest.mark.parametrize("end", ["kill -INT $$", "exit 130"])

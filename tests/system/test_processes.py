@@ -1,16 +1,28 @@
 """What a component's process inherits: streams, session, signals, descriptors, environment."""
 
+import fcntl
 import os
 import shutil
 import time
 from pathlib import Path
-from signal import SIGHUP, SIGINT, SIGPIPE, SIGTERM, SIGUSR1, SIGUSR2
+from signal import (
+    SIGCONT,
+    SIGHUP,
+    SIGINT,
+    SIGKILL,
+    SIGPIPE,
+    SIGQUIT,
+    SIGSTOP,
+    SIGTERM,
+    SIGUSR1,
+    SIGUSR2,
+)
 
 import console
 import psutil
 import pytest
-from component_events import start_recording, wait_for_components
-from components import COMPONENTS, PROGRAMS
+from component_events import process_state, signal_set, start_recording, stops, wait_for_components
+from components import COMPONENTS, PROGRAMS, STOP_ORDER
 from console import READY
 from deadline import wait_until
 
@@ -116,6 +128,22 @@ def test_components_of_a_launcher_without_streams_get_dev_null(suite):
 
 
 @pytest.mark.parametrize("verbose", [False, True])
+def test_no_descriptor_above_a_limit_that_was_lowered_reaches_a_component(suite, verbose):
+    """As when a parent opens it, lowers the limit, and starts the launcher."""
+    reading, writing = os.pipe()
+    high = fcntl.fcntl(reading, fcntl.F_DUPFD, 200)
+    lower_limit = suite.script("start", '#!/bin/sh\nulimit -S -n 64\nexec ./launcher "$@"\n')
+    run, rows = start_with_records(
+        suite, *(["--verbose"] if verbose else []), program=lower_limit, pass_fds=[high]
+    )
+    for descriptor in (reading, writing, high):
+        os.close(descriptor)
+    assert os.path.exists(f"/proc/{run.pid}/fd/{high}")
+    assert [row["descriptors"] for row in rows.values()] == [[], [], []]
+    assert run.stop() == 0
+
+
+@pytest.mark.parametrize("verbose", [False, True])
 def test_components_inherit_default_signals_except_for_an_ignored_sigpipe(suite, verbose):
     run, rows = start_by_env(suite, verbose=verbose)
     assert [row["ignored"] for row in rows.values()] == [[SIGPIPE]] * 3
@@ -130,20 +158,51 @@ def test_int_and_term_are_default_even_when_the_launcher_was_started_with_them_i
     assert run.stop(SIGTERM) == 0
 
 
-def dispositions(pid):
-    """The signals that a process ignores and those that it handles."""
-    lines = Path(f"/proc/{pid}/status").read_text().splitlines()
-    fields = dict(line.partition(":")[::2] for line in lines)
-    masks = [int(fields[name], 16) for name in ("SigIgn", "SigCgt")]
-    return [{n for n in range(1, 32) if mask >> (n - 1) & 1} for mask in masks]
+@pytest.mark.parametrize("verbose", [False, True])
+@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
+def test_a_signal_that_the_parent_has_blocked_ends_the_run(suite, number, verbose):
+    blocked = f"--block-signal={number.name[3:]},USR2"
+    run, rows = start_by_env(suite, blocked, verbose=verbose)
+    assert signal_set(run.pid, "SigBlk") == {SIGUSR2}
+    assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
+    assert run.stop(number) == 0
+    assert run.output.endswith(console.STOPPED)
+    # None of them had to be killed.
+    assert stops(suite) == STOP_ORDER
+    assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
+    assert [row["program"] for row in suite.events("exit")] == STOP_ORDER
+
+
+def test_an_ignored_quit_signal_stays_ignored(suite):
+    run, rows = start_by_env(suite, "--ignore-signal=QUIT")
+    assert [row["ignored"] for row in rows.values()] == [[SIGQUIT, SIGPIPE]] * 3
+    assert SIGQUIT in signal_set(run.pid, "SigIgn")
+    run.signal(SIGQUIT)
+    old = suite.kill("receiver")
+    suite.wait_for_restart("receiver", old)
+    assert run.stop() == 0
+
+
+def test_the_end_of_the_launcher_alone_stops_no_component(suite):
+    run, rows = start_with_records(suite)
+    pids = [row["pid"] for row in rows.values()]
+    for pid in pids:  # what a suspended process is sent stays pending
+        os.kill(pid, SIGSTOP)
+        wait_until(lambda: process_state(pid) == "T", "the suspension")
+    run.signal(SIGKILL)
+    assert run.wait() == -SIGKILL
+    assert [signal_set(pid, "ShdPnd") for pid in pids] == [set()] * 3
+    for pid in pids:
+        os.kill(pid, SIGTERM)
+        os.kill(pid, SIGCONT)
+    wait_until(lambda: not suite.processes(), "the end of the components")
 
 
 def test_under_nohup_a_hangup_changes_nothing(suite):
     run, rows = start_by_env(suite, "--ignore-signal=HUP")
     assert [row["ignored"] for row in rows.values()] == [[SIGHUP, SIGPIPE]] * 3
-    ignored, handled = dispositions(run.pid)
-    assert SIGHUP in ignored
-    assert {SIGINT, SIGTERM} <= handled
+    assert SIGHUP in signal_set(run.pid, "SigIgn")
+    assert {SIGINT, SIGTERM} <= signal_set(run.pid, "SigCgt")
     run.signal(SIGHUP)
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)

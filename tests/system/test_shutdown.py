@@ -4,7 +4,7 @@ import os
 import shutil
 import time
 from pathlib import Path
-from signal import SIGCONT, SIGHUP, SIGINT, SIGSTOP, SIGTERM
+from signal import SIGCONT, SIGHUP, SIGINT, SIGQUIT, SIGSTOP, SIGTERM
 
 import console
 import pytest
@@ -20,6 +20,7 @@ from component_events import (
 from components import COMPONENTS, STOP_ORDER
 from console import RESTARTING
 from deadline import DEADLINE, wait_until
+from run import CTRL_BACKSLASH
 
 
 def check_stopped_in_order(suite):
@@ -35,6 +36,15 @@ def test_ctrl_c_stops_everything_in_order(suite, presses):
     run = start_recording(suite, terminal="all")
     for _ in range(presses):
         run.interrupt()
+    assert run.wait() == 0
+    assert run.text.endswith(console.STOPPED)
+    assert run.text.count(b"Tandrel: stop") == 2
+    check_stopped_in_order(suite)
+
+
+def test_ctrl_backslash_stops_everything_in_order(suite):
+    run = start_recording(suite, terminal="all")
+    run.press(CTRL_BACKSLASH)
     assert run.wait() == 0
     assert run.text.endswith(console.STOPPED)
     assert run.text.count(b"Tandrel: stop") == 2
@@ -64,7 +74,7 @@ def test_ctrl_c_while_the_run_is_stopping(suite):
     assert suite.processes() == []
 
 
-@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP])
+@pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
 def test_a_signal_ends_the_run_like_ctrl_c(suite, number):
     run = start_recording(suite)
     assert run.stop(number) == 0
@@ -76,7 +86,7 @@ def test_a_signal_ends_the_run_like_ctrl_c(suite, number):
 
 def test_several_kinds_of_signals_end_the_run_once(suite):
     run = start_recording(suite)
-    for number in (SIGTERM, SIGINT, SIGHUP, SIGTERM):
+    for number in (SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGTERM):
         run.signal(number)
     assert run.wait() == 0
     assert run.output.count(b"Tandrel: stop") == 2

@@ -3,9 +3,15 @@
 // The interface is available when TD_SCRIPTED_GUI names a listening local socket and
 // TD_SCRIPTED_GUI_MODE is not "unavailable"; the mode "no-threads" keeps the launcher from starting
 // any further thread. Commands and answers are lines; every answer is a JSON object.
+//
+// Besides the callbacks there are "return", which ends the interface, and two commands that end the
+// process, as an application's own Quit does: "exit STATUS" does it on the main thread, and
+// "exit_on_thread STATUS [FIFO]" on another one, which first waits until someone opens the FIFO for
+// writing. The main thread goes on meanwhile.
 
 #include "tdgui.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -14,7 +20,9 @@
 #include <cstring>
 #include <sstream>
 #include <string>
+#include <thread>
 
+#include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <poll.h>
@@ -137,11 +145,9 @@ std::string act_on_component(const tdgui::GuiConfig &gui, const std::string &com
   return answer("null");
 }
 
-/// Carries out a command; everything after the first space is its argument.
-std::string carry_out(const tdgui::GuiConfig &gui, const std::string &line) {
-  const std::size_t space = line.find(' ');
-  const std::string command = line.substr(0, space);
-  const std::string argument = space == std::string::npos ? "" : line.substr(space + 1);
+/// Carries out a command that calls a callback.
+std::string carry_out(const tdgui::GuiConfig &gui, const std::string &command,
+                      const std::string &argument) {
   if (command == "config") {
     return answer(describe(gui));
   }
@@ -212,6 +218,22 @@ void write_line(int descriptor, const std::string &text) {
   }
 }
 
+/// Ends the process on another thread, with the status and after the FIFO that `argument` names.
+void exit_on_thread(const std::string &argument) {
+  std::istringstream words(argument);
+  int status = 0;
+  std::string fifo;
+  words >> status >> std::ws;
+  std::getline(words, fifo);
+  std::thread([status, fifo] {
+    // The opening itself waits for the writer.
+    if (!fifo.empty() && open(fifo.c_str(), O_RDONLY) == -1) {
+      give_up("FIFO");
+    }
+    std::exit(status);
+  }).detach();
+}
+
 } // namespace
 
 extern "C" bool tdgui_available() {
@@ -229,11 +251,18 @@ extern "C" void tdgui_run(const tdgui::GuiConfig *gui) {
       write_line(test, answer("null"));
       break;
     }
-    if (line == "exit") {
+    const std::string command = line.substr(0, line.find(' '));
+    const std::string argument = line.substr(std::min(line.size(), command.size() + 1));
+    if (command == "exit") {
       write_line(test, answer("null"));
-      std::exit(0); // as an application's own Quit does
+      std::exit(std::atoi(argument.c_str()));
     }
-    write_line(test, carry_out(*gui, line));
+    if (command == "exit_on_thread") {
+      write_line(test, answer("null"));
+      exit_on_thread(argument);
+      continue;
+    }
+    write_line(test, carry_out(*gui, command, argument));
   }
   close(test);
 }

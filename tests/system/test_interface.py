@@ -35,7 +35,7 @@ def check_everything_stopped(suite, run):
     assert not any(map(suite.processes, COMPONENTS))
 
 
-@pytest.mark.parametrize("commands", [["quit", "return"], ["return"], ["quit", "exit"]])
+@pytest.mark.parametrize("commands", [["quit", "return"], ["return"], ["quit", "exit 0"]])
 def test_quit_return_and_exit_stop_everything(suite, commands):
     interface = start_interface(suite)
     for command in commands:

@@ -1,0 +1,112 @@
+"""An interface that ends the process itself, as an application's own Quit may, on any thread."""
+
+import errno
+import os
+
+import pytest
+from blocked_stderr import BlockedStderr
+from component_events import KILL_DELAY, kill_until_reaped, stops
+from components import STOP_ORDER
+from console import RESTARTING, STOPPED
+from deadline import wait_until
+from interface import start_interface
+
+STATUS = 5
+
+
+class HeldExit:
+    """An exit on another thread than the main one, which waits for `release`."""
+
+    def __init__(self, suite, interface):
+        self._fifo = suite.folder / "exit"
+        os.mkfifo(self._fifo)
+        interface.ask("exit_on_thread", STATUS, self._fifo)
+
+    def release(self):
+        def open_fifo():
+            try:
+                os.close(os.open(self._fifo, os.O_WRONLY | os.O_NONBLOCK))
+            except OSError as error:
+                assert error.errno == errno.ENXIO  # the thread has not opened it yet
+                return False
+            return True
+
+        wait_until(open_fifo, "the thread that is to exit")
+
+
+def check_ended(interface, suite):
+    """Checks that the run ended with the exit's status, said so once, and left nothing behind."""
+    assert interface.wait() == STATUS
+    assert interface.output.endswith(STOPPED)
+    assert interface.output.count(b"Tandrel: stop") == 2
+    assert suite.processes() == []
+
+
+def ends(suite):
+    """What the components recorded after their starts: each event and its program."""
+    return [(row["event"], row["program"]) for row in suite.events() if row["event"] != "start"]
+
+
+def orderly_ends(*programs):
+    """What `ends` gives when these were stopped one after the other, each once."""
+    return [(event, program) for program in programs for event in ("stop", "exit")]
+
+
+@pytest.fixture(params=["exit", "exit_on_thread"])
+def exit_command(request):
+    return request.param
+
+
+def test_an_exit_stops_everything_in_order(suite, exit_command):
+    interface = start_interface(suite)
+    interface.ask(exit_command, STATUS)
+    check_ended(interface, suite)
+    assert interface.errors == b""
+    assert ends(suite) == orderly_ends(*STOP_ORDER)
+
+
+def test_an_exit_after_quit_stops_nothing_again(suite, exit_command):
+    interface = start_interface(suite)
+    interface.ask("quit")
+    assert ends(suite) == orderly_ends(*STOP_ORDER)
+    interface.ask(exit_command, STATUS)
+    check_ended(interface, suite)
+    assert ends(suite) == orderly_ends(*STOP_ORDER)
+
+
+def test_an_exit_during_quit_waits_until_everything_is_stopped(suite):
+    suite.set_behaviour("sender", "ignore-sigterm")
+    interface = start_interface(suite)
+    held = HeldExit(suite, interface)
+    interface.send("quit")
+    (ignored,) = wait_until(lambda: suite.events("ignored"), "the sender to get its SIGTERM")
+    held.release()
+    check_ended(interface, suite)
+    assert ends(suite) == [("ignored", "td_sender"), *orderly_ends("td_receiver", "td_hub")]
+    # The start of the delay is a moment earlier than the record.
+    next_stop = suite.events("stop", "td_receiver")[0]
+    assert next_stop["time_ns"] - ignored["time_ns"] > KILL_DELAY * 0.9
+
+
+def test_an_exit_while_a_component_is_stopped_from_the_menu(suite):
+    suite.set_behaviour("receiver", "ignore-sigterm")
+    interface = start_interface(suite)
+    held = HeldExit(suite, interface)
+    interface.send("stop", "receiver")
+    wait_until(lambda: suite.events("ignored"), "the receiver to get its SIGTERM")
+    held.release()
+    check_ended(interface, suite)
+    assert ends(suite) == [("ignored", "td_receiver"), *orderly_ends("td_sender", "td_hub")]
+
+
+def test_an_exit_during_a_restart_leaves_nothing_behind(suite, exit_command):
+    errors = BlockedStderr()
+    interface = start_interface(suite, stderr=errors.writing)
+    kill_until_reaped(suite, "sender")
+    interface.ask(exit_command, STATUS)
+    interface.wait_for("stopping...")
+    errors.release()
+    check_ended(interface, suite)
+    assert errors.text() == RESTARTING.format("sender")
+    # The sender may be stopped before it can record that.
+    assert stops(suite)[-2:] == ["td_receiver", "td_hub"]

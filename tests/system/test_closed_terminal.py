@@ -80,7 +80,7 @@ class HeldRun:
 
 
 def test_while_the_hub_is_waited_for(suite, interface):
-    suite.set_behaviour("hub", "answer-after=1500")
+    suite.set_behaviour("hub", "answer-after=5000")
     suite.record()
     record_and_probe(suite)
     run = suite.start(*suite.ports_options, environment=interface.environment, terminal="all")

@@ -28,7 +28,7 @@ def free_ports():
 
 @pytest.fixture
 def suite_in(session_folder, free_ports):
-    """Makes a test's suite in a private folder whose name the test chooses.
+    """Makes suites of a test, each in a private folder whose name the test chooses.
 
     Fails the test that leaves a process behind.
     """
@@ -39,7 +39,7 @@ def suite_in(session_folder, free_ports):
         folder = Path(parent, name)
         folder.mkdir()
         made.append(suite_module.Suite(folder, free_ports, session_folder))
-        return made[0]
+        return made[-1]
 
     yield make
     left = [process for suite in made for process in suite.close()]

@@ -7,24 +7,34 @@ from http.server import BaseHTTPRequestHandler, HTTPServer
 
 
 @contextmanager
-def answering_server(port):
-    """An HTTP server that answers every request with 200."""
+def answering_server(port, status=200, shared=False):
+    """An HTTP server that answers every request with that status; yields the paths asked for.
+
+    `shared`: other programs may listen on the port too, if they agree to it as well.
+    """
+    paths = []
 
     class Answer(BaseHTTPRequestHandler):
         def do_GET(self):
-            self.send_response(200)
+            paths.append(self.path)
+            self.send_response(status)
             self.end_headers()
 
         def log_message(self, *_):
             pass
 
-    server = HTTPServer(("127.0.0.1", port), Answer)
+    class Server(HTTPServer):
+        allow_reuse_port = shared
+
+    server = Server(("127.0.0.1", port), Answer)
     thread = threading.Thread(target=server.serve_forever, kwargs={"poll_interval": 0.01})
     thread.start()
-    yield
-    server.shutdown()
-    thread.join()
-    server.server_close()
+    try:
+        yield paths
+    finally:
+        server.shutdown()
+        thread.join()
+        server.server_close()
 
 
 @contextmanager

@@ -2,6 +2,7 @@
 
 import shutil
 
+from deadline import wait_until
 from suite import RECORDING_TOOL
 
 CURL = shutil.which("curl")
@@ -35,3 +36,28 @@ def record_and_probe(suite):
 def record_and_fail(suite):
     """Every probe is recorded and fails at once, as curl does when the connection is refused."""
     suite.tool("curl", RECORDING_TOOL + "exit 7\n")
+
+
+def record_statuses(suite):
+    """Every probe is made, and its exit status is kept for `statuses`."""
+    suite.tool("curl", f"""#!/bin/sh
+{CURL} "$@"
+status=$?
+echo $status >> "$0.statuses"
+exit $status
+""")
+
+
+def statuses(suite):
+    """The exit statuses of the probes so far, as text."""
+    path = suite.bin / "curl.statuses"
+    return path.read_text().splitlines() if path.exists() else []
+
+
+def wait_for_statuses(suite, status, count, has_ended):
+    """Waits until `count` more probes have ended with that status, or until `has_ended()`."""
+    count += statuses(suite).count(status)
+    wait_until(
+        lambda: has_ended() or statuses(suite).count(status) >= count,
+        f"{count} probes with status {status}",
+    )

@@ -8,8 +8,6 @@ from signal import SIGHUP, SIGINT, SIGTERM
 import console
 import probe_tools
 import pytest
-from component_events import start_recording
-from components import COMPONENTS
 from deadline import wait_until
 from other_servers import answering_server
 from probe_tools import CURL
@@ -118,50 +116,6 @@ def test_a_successful_probe_of_a_dead_hub_is_ignored(suite):
     run = suite.start(*suite.ports_options)
     assert run.wait() == 1
     check_hub_wait_failed(suite, run)
-
-
-def start_first_copy(suite):
-    """Starts a first copy; returns it with its components' processes."""
-    # Its components must have read their behaviour before a test changes that for the second copy.
-    first = start_recording(suite)
-    processes = [suite.process(name) for name in COMPONENTS]
-    return first, processes
-
-
-def check_second_copy_failed(suite, run, first, processes):
-    """Checks that a second copy ended with its message, and that the first one runs on."""
-    assert run.wait() == 1
-    assert run.output == console.TITLE
-    assert run.errors == console.hub_silent(suite.http).encode() + b"\n"
-    assert [row["program"] for row in suite.events("start")[3:]] == ["td_hub"]
-    assert all(process.is_running() for process in processes)
-    assert first.stop() == 0
-    assert first.errors == b""
-
-
-@pytest.mark.parametrize("own_control_port", [False, True])
-def test_a_second_copy_on_the_same_dashboard_port_fails_and_the_first_runs_on(
-    suite, own_control_port
-):
-    udp = suite.ports.free() if own_control_port else suite.udp
-    first, processes = start_first_copy(suite)
-    probe_tools.probe_after_hub_exit(suite)
-    second = suite.start("--http-port", suite.http, "--udp-port", udp)
-    check_second_copy_failed(suite, second, first, processes)
-
-
-@pytest.mark.parametrize("behaviour", ["", "slow-answer=500"])
-def test_a_second_copy_with_undelayed_probes_fails(suite, behaviour):
-    suite.set_behaviour("hub", behaviour)
-    first, processes = start_first_copy(suite)
-    check_second_copy_failed(suite, suite.start(*suite.ports_options), first, processes)
-
-
-def test_a_second_copy_whose_hub_exits_late_fails(suite):
-    first, processes = start_first_copy(suite)
-    suite.set_behaviour("hub", f"answer-after={NEVER} exit-after=300 status=1 record=events.jsonl")
-    second = suite.start("--http-port", suite.http, "--udp-port", suite.ports.free())
-    check_second_copy_failed(suite, second, first, processes)
 
 
 def check_ctrl_c_ends_the_wait(suite, moment):

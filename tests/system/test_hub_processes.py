@@ -1,0 +1,103 @@
+"""Hubs that do not listen in the process that the launcher starts, or not alone, or by IPv6."""
+
+import os
+import signal
+import sys
+
+import hub_scripts
+import psutil
+import pytest
+from component_events import starts, wait_for_components, wait_for_start
+from deadline import wait_until
+from other_servers import answering_server
+
+# The stand-in as a child that the script waits for. The line that follows keeps the shell from
+# becoming the stand-in.
+AS_A_CHILD = """#!/bin/sh
+{hub} "$@"
+exit $?
+"""
+# The stand-in without a parent, but still in the session that the launcher has given the script.
+ORPHANED = """#!/bin/sh
+({hub} "$@" &)
+read -r _ < "$0.never"
+"""
+# What the launcher needs of a hub: an answer on the dashboard port. {options} of the socket.
+ANSWERING = """#!{python} -IS
+import socket, sys
+server = socket.create_server(("", int(sys.argv[4])), {options})
+while True:
+    client, _ = server.accept()
+    with client:
+        client.recv(65536)
+        client.sendall(b"HTTP/1.1 204 No Content\\r\\nConnection: close\\r\\n\\r\\n")
+"""
+DUAL_STACK = "family=socket.AF_INET6, dualstack_ipv6=True"
+SHARED = "reuse_port=True"
+
+
+def start_as_a_child(suite):
+    suite.script("td_hub", AS_A_CHILD.format(hub=hub_scripts.move_hub(suite)))
+
+
+def start_as_a_grandchild(suite):
+    middle = suite.script("middle", AS_A_CHILD.format(hub=hub_scripts.move_hub(suite)))
+    suite.script("td_hub", AS_A_CHILD.format(hub=middle))
+
+
+def start_orphaned(suite):
+    os.mkfifo(suite.folder / "td_hub.never")
+    suite.script("td_hub", ORPHANED.format(hub=hub_scripts.move_hub(suite)))
+
+
+def ancestors(pid):
+    return [process.pid for process in psutil.Process(pid).parents()]
+
+
+def end_stand_in(suite, pid):
+    """Ends a stand-in that its script has left behind when the launcher stopped that."""
+    os.kill(pid, signal.SIGTERM)
+    wait_until(lambda: suite.processes() == [], "the end of the stand-in")
+
+
+@pytest.mark.parametrize(
+    "arrange, generations", [(start_as_a_child, 1), (start_as_a_grandchild, 2), (start_orphaned, 0)]
+)
+def test_a_hub_may_listen_in_a_process_of_its_own(suite, arrange, generations):
+    suite.record()
+    arrange(suite)
+    run = suite.start_up("--no-browser")
+    wait_for_components(suite)
+    script = suite.process("hub").pid
+    listening = wait_for_start(suite, "hub")["pid"]
+    if generations:
+        assert ancestors(listening)[generations - 1 : generations + 1] == [script, run.pid]
+    else:
+        wait_until(lambda: script not in ancestors(listening), "the stand-in to be orphaned")
+        assert os.getsid(listening) == script
+    assert len(starts(suite, "hub")) == 1
+    run.signal(signal.SIGTERM)
+    assert run.wait() == 0
+    assert run.errors == b""
+    end_stand_in(suite, listening)
+
+
+def test_a_hub_may_listen_by_ipv6(suite):
+    suite.record("receiver", "sender")
+    suite.script("td_hub", ANSWERING.format(python=sys.executable, options=DUAL_STACK))
+    run = suite.start_up("--no-browser")
+    wait_for_start(suite, "receiver")
+    wait_for_start(suite, "sender")
+    assert run.stop() == 0
+    assert run.errors == b""
+
+
+def test_a_hub_may_share_its_port(suite):
+    suite.record("receiver", "sender")
+    suite.script("td_hub", ANSWERING.format(python=sys.executable, options=SHARED))
+    with answering_server(suite.http, shared=True):
+        run = suite.start_up("--no-browser")
+        wait_for_start(suite, "receiver")
+        wait_for_start(suite, "sender")
+        assert run.stop() == 0
+    assert run.errors == b""

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -169,6 +170,10 @@ std::string carry_out(const tdgui::GuiConfig &gui, const std::string &command,
   }
   if (command == "quit") {
     gui.quit();
+    return answer("null");
+  }
+  if (command == "ignore_sigchld") {
+    std::signal(SIGCHLD, argument == "1" ? SIG_IGN : SIG_DFL);
     return answer("null");
   }
   const std::string done = act_on_component(gui, command, argument);

@@ -3,6 +3,7 @@
 import time
 
 import console
+import hub_scripts
 import probe_tools
 import pytest
 from component_events import SECOND, arguments_of_start, is_gone, kill, starts, stops
@@ -15,6 +16,7 @@ RANGE = "Ports must be between 1 and 65535."
 SAME = "The dashboard and control ports must be different."
 PRIVILEGED = "Ports below 1024 need administrator privileges; pick higher ones."
 NO_HUB = "Could not restart the hub."
+NEVER = "600000"  # ms: longer than any test
 INVALID = [
     (0, 5000, RANGE),
     (5000, 0, RANGE),
@@ -112,6 +114,59 @@ def test_a_change_to_a_taken_dashboard_port_fails(suite, server):
         assert interface.running() == []
         check_only_arguments_changed(suite, interface, http, udp)
     assert interface.quit() == 0
+
+
+def test_another_programs_answers_do_not_count_until_the_hub_has_failed(suite):
+    suite.save_settings(SAVED)
+    interface = start_interface(suite)
+    hub_scripts.hold_hub(suite)
+    probe_tools.record_statuses(suite)
+    http, udp = suite.ports.free(), suite.ports.free()
+    with answering_server(http):
+        interface.send("set_ports", http, udp)
+        probe_tools.wait_for_statuses(suite, "0", 15, lambda: interface.has_answered(0))
+        assert not interface.has_answered(0)
+        hub_scripts.release(suite)
+        assert interface.receive() == {"result": False, "message": would_not_start(http)}
+        assert interface.running() == []
+        check_only_arguments_changed(suite, interface, http, udp)
+    assert len(hub_scripts.held_starts(suite)) == 1
+    assert interface.quit() == 0
+    assert interface.errors == b""
+
+
+def test_another_programs_answers_in_place_of_a_hub_that_runs_on_do_not_count(suite):
+    suite.save_settings(SAVED)
+    interface = start_interface(suite)
+    suite.set_behaviour("hub", f"answer-after={NEVER} record=events.jsonl")
+    probe_tools.record_statuses(suite)
+    http, udp = suite.ports.free(), suite.ports.free()
+    with answering_server(http):
+        assert interface.set_ports(http, udp) == (False, would_not_start(http))
+    assert probe_tools.statuses(suite) == ["0"] * 100
+    assert interface.running() == ["hub"]
+    check_only_arguments_changed(suite, interface, http, udp)
+    assert len(starts(suite, "hub")) == 2
+    assert interface.quit() == 0
+    assert interface.errors == b""
+
+
+def test_a_probe_whose_end_cannot_be_seen_counts_as_failed(suite):
+    """Without SIGCHLD the kernel reaps the probes; a module or its toolkit may have ignored it."""
+    suite.save_settings(SAVED)
+    interface = start_interface(suite)
+    for name in reversed(COMPONENTS):
+        interface.ask("stop", name)
+    suite.set_behaviour("hub", f"answer-after={NEVER} record=events.jsonl")
+    http, udp = suite.ports.free(), suite.ports.free()
+    interface.ask("ignore_sigchld", 1)
+    assert interface.set_ports(http, udp) == (False, would_not_start(http))
+    interface.ask("ignore_sigchld", 0)
+    assert interface.ports() == (suite.http, suite.udp)
+    assert suite.settings.read_text() == SAVED
+    assert interface.running() == ["hub"]
+    assert interface.quit() == 0
+    assert interface.errors == b""
 
 
 def test_a_change_to_a_taken_control_port_fails(suite):

@@ -24,7 +24,7 @@ def succeed_after_hub_exit(suite):
 def probe_after_hub_exit(suite, count=1):
     """Every probe waits for exit number `count` of a recording hub and then probes the port.
 
-    An earlier probe could be answered by the port's owner while the hub still runs.
+    So another owner of the port answers when the hub can no longer be examined.
     """
     suite.tool("curl", _WAIT_FOR_HUB_EXIT.format(count=count) + f'exec {CURL} "$@"\n')
 

@@ -3,7 +3,12 @@
 How each text is read is the unit test's matter (tests/unit/settings_test.cpp).
 """
 
+import os
+import stat
+
 import pytest
+from components import COMPONENTS
+from interface import start_interface
 from scripted_hub import DEFAULT_PORTS
 from settings_in_force import settings_of_run, settings_text, settings_without_options
 
@@ -49,3 +54,48 @@ def test_options_are_not_saved(suite):
     assert suite.settings.read_text() == saved
     assert suite.settings.stat().st_mtime_ns == before
     assert settings_of_run(suite) == (str(suite.http), str(suite.udp), True)
+
+
+def make_fifo(path):
+    os.mkfifo(path)
+
+
+def link_to_null(path):
+    path.symlink_to("/dev/null")
+
+
+def link_to_fifo(path):
+    os.mkfifo(path.with_name("fifo"))
+    path.symlink_to("fifo")
+
+
+@pytest.mark.parametrize("make", [make_fifo, link_to_fifo, link_to_null])
+def test_what_is_no_regular_file_counts_as_no_file(suite, make):
+    suite.settings.parent.mkdir()
+    make(suite.settings)
+    before = suite.settings.lstat()
+    assert settings_without_options(suite) == DEFAULTS
+    assert suite.settings.lstat() == before
+
+
+@pytest.mark.parametrize("make", [make_fifo, link_to_fifo, link_to_null])
+def test_nothing_is_saved_to_what_is_no_regular_file(suite, make):
+    suite.settings.parent.mkdir()
+    make(suite.settings)
+    kind = stat.S_IFMT(suite.settings.stat().st_mode)
+    link = suite.settings.lstat().st_ino
+    interface = start_interface(suite)
+    reader = os.open(suite.settings, os.O_RDONLY | os.O_NONBLOCK)
+    interface.ask("set_pref", 0)
+    assert os.read(reader, 1) == b""
+    os.close(reader)
+    interface.ask("set_pref", 1)  # now without a reader
+    http, udp = suite.ports.free(), suite.ports.free()
+    assert interface.set_ports(http, udp) == (True, "untouched")
+    assert interface.ports() == (http, udp)
+    assert interface.ask("pref") is True
+    assert interface.running() == COMPONENTS
+    assert stat.S_IFMT(suite.settings.stat().st_mode) == kind
+    assert suite.settings.lstat().st_ino == link
+    assert interface.quit() == 0
+    assert interface.errors == b""

@@ -4,6 +4,7 @@ import os
 import shutil
 import signal
 import subprocess
+import sys
 
 import closed_streams
 import console
@@ -11,6 +12,7 @@ import pytest
 from component_events import is_gone, process_state, signal_set
 from components import ALL_COMPONENTS
 from deadline import DEADLINE, wait_until
+from run import CTRL_C
 
 ENV = shutil.which("env")
 
@@ -19,7 +21,9 @@ def start_sender(suite, *env_options):
     """A sender that was started by a launcher without a terminal, and the sender's start record."""
     suite.record("sender")
     options = ["--default-signal", *env_options, str(suite.launcher), "sender"]
-    run = suite.start(*options, "--hub", "127.0.0.1:1", program=ENV, terminal=None)
+    # A session of its own: these tests may themselves run in the foreground of a terminal.
+    options += ["--hub", "127.0.0.1:1"]
+    run = suite.start(*options, program=ENV, terminal=None, start_new_session=True)
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
     return run, start
 
@@ -179,6 +183,52 @@ def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
     assert suite.kill("sender") == start["pid"]
     run.wait()
     assert [row["signal"] for row in suite.events("ignored")] == [signal.SIGTERM]
+
+
+SAVING_COMPONENT = f"""#!{sys.executable} -IS
+import os, signal
+
+def note(text):
+    with open("{{folder}}/notes", "a") as notes:
+        notes.write(text + "\\n")
+
+def save(*_):
+    note("saving")
+    with open("{{folder}}/go") as go:
+        go.read()
+    note("saved")
+    os._exit(0)
+
+signal.signal(signal.SIGTERM, lambda *_: note("SIGTERM"))
+signal.signal(signal.SIGINT, save)
+note("ready")
+while True:
+    signal.pause()
+"""
+
+
+def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
+    notes = suite.folder / "notes"
+    go = suite.folder / "go"
+    os.mkfifo(go)
+    suite.script("td_align", SAVING_COMPONENT.format(folder=suite.folder))
+    # A shell owns the terminal, as usual: the end of the terminal's owner would hang it up.
+    script = 'trap : INT; "$0" align; echo "ended with $?"; read -r _'
+    run = suite.start("-c", script, suite.launcher, program="/bin/sh", terminal="all")
+
+    def noted():
+        return notes.read_text().split() if notes.exists() else []
+
+    wait_until(lambda: noted() == ["ready"], "the component's start")
+    run.press(CTRL_C)
+    wait_until(lambda: "saving" in noted(), "the component's Ctrl-C")
+    run.wait_for(f"ended with {128 + signal.SIGINT}")
+    (component,) = suite.processes("align")
+    go.write_text("")  # opens once the component reads, and lets it go on
+    component.wait(DEADLINE)
+    assert noted() == ["ready", "saving", "saved"]
+    run.press(b"\n")
+    assert run.wait_for_process() == 0
 
 
 def test_a_blocked_sigterm_stays_blocked(suite):

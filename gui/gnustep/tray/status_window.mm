@@ -4,6 +4,7 @@
 
 #include "tray/status_window.h"
 
+#include "tray/tray_dock.h"
 #include "x11/window_device.h"
 #include "x11/x_window.h"
 

@@ -58,7 +58,7 @@ NSApplication *make_application(id application_class, SEL selector) {
 /// Replaces +[NSTask initialize], which installs a SIGCHLD handler that makes the run loop wait for
 /// any child of the process. What GNUstep starts through NSTask, such as its pasteboard server, is
 /// started by launch_detached instead, which needs no handler.
-void install_no_child_handler(Class /*cls*/, SEL /*selector*/) {}
+void skip_child_handler(Class /*cls*/, SEL /*selector*/) {}
 
 NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray *arguments) {
   std::vector<std::string> words = {[path UTF8String]};
@@ -72,7 +72,7 @@ NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray
 /// Replaces -[NSDistributedNotificationCenter _connect]. GNUstep sends a notification of each
 /// application's start and end, for which it starts a server process that outlives the application.
 /// No program needs these notifications.
-void connect_to_no_server(id /*center*/, SEL /*selector*/) {}
+void skip_server_connection(id /*center*/, SEL /*selector*/) {}
 
 /// GNUstep would open the program's arguments as files and read some as preferences.
 void hide_arguments() {
@@ -96,11 +96,11 @@ void prepare_process() {
   @autoreleasepool {
     hide_arguments();
     replace_class_method("NSTask", @selector(initialize),
-                         reinterpret_cast<IMP>(install_no_child_handler));
+                         reinterpret_cast<IMP>(skip_child_handler));
     replace_class_method("NSTask", @selector(launchedTaskWithLaunchPath:arguments:),
                          reinterpret_cast<IMP>(launch_detached));
     replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
-                   reinterpret_cast<IMP>(connect_to_no_server));
+                   reinterpret_cast<IMP>(skip_server_connection));
     replace_class_method("NSApplication", @selector(sharedApplication),
                          reinterpret_cast<IMP>(make_application),
                          reinterpret_cast<IMP *>(&g_make_application));

@@ -4,13 +4,15 @@
 #include "tdgui.h"
 
 #include <cstdio>
+#include <exception>
 
 #include <X11/Xlib.h>
 
 #define TDGUI_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// Whether the interface can be shown: an X display can be opened. Any thread, may be repeated.
-TDGUI_EXPORT bool tdgui_available() noexcept {
+namespace {
+
+bool can_open_display() {
   Display *display = XOpenDisplay(nullptr);
   if (!display) {
     return false;
@@ -19,11 +21,36 @@ TDGUI_EXPORT bool tdgui_available() noexcept {
   return true;
 }
 
-/// tdgui::run for a launcher that loads this module at run time. Throws nothing, because the
-/// launcher has its own C++ runtime: returns early when the interface fails.
+void report_unavailable(const char *reason) {
+  std::fprintf(stderr, "The menu-bar interface is not available: %s.\n", reason);
+}
+
+} // namespace
+
+/// Whether the interface can be shown. Finds out by making the application. Call once, on the main
+/// thread. When it returns false, tdgui_run must not be called; the process's signal actions and
+/// mask are as before, and nothing has been started. It then says why on standard error, in one
+/// line, unless there is just no display.
+TDGUI_EXPORT bool tdgui_available() noexcept {
+  if (!can_open_display()) {
+    return false;
+  }
+  try {
+    td::make_application();
+    return true;
+  } catch (const std::exception &error) {
+    report_unavailable(error.what());
+  } catch (...) { // GNUstep's exceptions
+    report_unavailable("GNUstep cannot make the application");
+  }
+  return false;
+}
+
+/// tdgui::run for a launcher that loads this module at run time; call it once tdgui_available has
+/// returned true, on the same thread. Throws nothing, because the launcher has its own C++ runtime:
+/// returns early when the interface fails.
 TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
   try {
-    td::prepare_process();
     tdgui::run(*config);
   } catch (...) { // also GNUstep's exceptions
     std::fputs("The menu-bar interface failed.\n", stderr);

@@ -19,12 +19,18 @@ void fail_unless_all_ran() {
   _exit(EXIT_FAILURE);
 }
 
+/// Made after the other environments: the process's handlers are there before the application.
+class Application : public testing::Environment {
+public:
+  void SetUp() override { td::make_application(); }
+};
+
 } // namespace
 
 int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
   std::atexit(fail_unless_all_ran);
-  td::prepare_process();
+  testing::AddGlobalTestEnvironment(new Application);
   const int result = RUN_ALL_TESTS();
   g_all_ran = true;
   return result;

@@ -5,20 +5,18 @@
 
 #include <array>
 #include <csignal>
+#include <stdexcept>
 
 #import <AppKit/AppKit.h>
 #include <unistd.h>
 
 namespace {
 
-using MakeApplication = NSApplication *(*)(id, SEL);
-
 constexpr std::array<int, 5> guarded_signals = {SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGCHLD};
 
-MakeApplication g_make_application;
-
 /// Saves the signal actions in its constructor and restores them in its destructor. In between the
-/// signals are blocked on this thread, so that one that arrives is handled by its own handler.
+/// signals are blocked on this thread, so that one that arrives is handled by its own handler:
+/// GNUstep's display code installs handlers for SIGINT and SIGTERM that end the process.
 class SignalActionsGuard {
 public:
   SignalActionsGuard() {
@@ -31,11 +29,15 @@ public:
     for (std::size_t i = 0; i < guarded_signals.size(); ++i) {
       sigaction(guarded_signals[i], nullptr, &actions_[i]);
     }
+    sigaction(SIGPIPE, nullptr, &pipe_action_);
   }
 
   ~SignalActionsGuard() {
     for (std::size_t i = 0; i < guarded_signals.size(); ++i) {
       sigaction(guarded_signals[i], &actions_[i], nullptr);
+    }
+    if (restores_pipe_) {
+      sigaction(SIGPIPE, &pipe_action_, nullptr);
     }
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
   }
@@ -43,17 +45,15 @@ public:
   SignalActionsGuard(const SignalActionsGuard &) = delete;
   SignalActionsGuard &operator=(const SignalActionsGuard &) = delete;
 
+  /// GNUstep ignores SIGPIPE if it has no handler, and needs that once it is in use.
+  void keep_ignoring_pipe() { restores_pipe_ = false; }
+
 private:
   std::array<struct sigaction, guarded_signals.size()> actions_;
+  struct sigaction pipe_action_;
+  bool restores_pipe_ = true;
   sigset_t mask_;
 };
-
-/// GNUstep's display code, which is loaded when the application is made, installs handlers for
-/// SIGINT and SIGTERM that end the process.
-NSApplication *make_application(id application_class, SEL selector) {
-  SignalActionsGuard guard;
-  return g_make_application(application_class, selector);
-}
 
 /// Replaces +[NSTask initialize], which installs a SIGCHLD handler that makes the run loop wait for
 /// any child of the process. What GNUstep starts through NSTask, such as its pasteboard server, is
@@ -81,32 +81,52 @@ void hide_arguments() {
   [NSProcessInfo initializeWithArguments:words count:1 environment:environ];
 }
 
-void replace_class_method(const char *name, SEL selector, IMP imp, IMP *previous = nullptr) {
-  IMP old = td::replace_method(object_getClass(objc_getClass(name)), selector, imp);
-  if (previous) {
-    *previous = old;
+void replace_methods() {
+  Class task = object_getClass(objc_getClass("NSTask"));
+  td::replace_method(task, @selector(initialize), reinterpret_cast<IMP>(skip_child_handler));
+  td::replace_method(task, @selector(launchedTaskWithLaunchPath:arguments:),
+                     reinterpret_cast<IMP>(launch_detached));
+  td::replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
+                     reinterpret_cast<IMP>(skip_server_connection));
+}
+
+/// Those of the whole layer: the others have been replaced when the module was loaded.
+void check_methods() {
+  std::string names;
+  for (const std::string &name : td::missing_methods()) {
+    names += (names.empty() ? "" : ", ") + name;
   }
+  if (!names.empty()) {
+    throw std::runtime_error("this GNUstep has no " + names);
+  }
+}
+
+/// If the user's GSContext names a class that the display code lacks, it ends the process. A value
+/// that is no string, in the domain that is looked at first, has it use its own class.
+void set_preferences() {
+  NSUserDefaults *defaults = [NSUserDefaults standardUserDefaults];
+  [defaults registerDefaults:[NSDictionary dictionaryWithObject:@"YES"
+                                                         forKey:@"GSSuppressAppIcon"]];
+  [defaults removeVolatileDomainForName:NSArgumentDomain];
+  [defaults setVolatileDomain:[NSDictionary dictionaryWithObject:[NSArray array]
+                                                          forKey:@"GSContext"]
+                      forName:NSArgumentDomain];
 }
 
 } // namespace
 
 namespace td {
 
-void prepare_process() {
+void make_application() {
+  SignalActionsGuard guard;
+  replace_methods();
+  check_methods();
   @autoreleasepool {
     hide_arguments();
-    replace_class_method("NSTask", @selector(initialize),
-                         reinterpret_cast<IMP>(skip_child_handler));
-    replace_class_method("NSTask", @selector(launchedTaskWithLaunchPath:arguments:),
-                         reinterpret_cast<IMP>(launch_detached));
-    replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
-                   reinterpret_cast<IMP>(skip_server_connection));
-    replace_class_method("NSApplication", @selector(sharedApplication),
-                         reinterpret_cast<IMP>(make_application),
-                         reinterpret_cast<IMP *>(&g_make_application));
-    [[NSUserDefaults standardUserDefaults]
-        registerDefaults:[NSDictionary dictionaryWithObject:@"YES" forKey:@"GSSuppressAppIcon"]];
+    set_preferences();
+    [NSApplication sharedApplication];
   }
+  guard.keep_ignoring_pipe();
 }
 
 } // namespace td

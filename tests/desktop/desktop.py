@@ -44,6 +44,11 @@ class Desktop:
             raise
         self.menu_bar = MenuBar(self.screen)
         self.run = None
+        self._changes = {}
+
+    def change(self, environment):
+        """Adds to the environment of the launchers that `start` starts."""
+        self._changes.update(environment)
 
     def start(self, *arguments):
         """Starts the launcher on the suite's ports and waits until its icon is there."""
@@ -51,7 +56,7 @@ class Desktop:
             *self.suite.ports_options,
             *arguments,
             terminal=None,
-            environment=self.screen.environment,
+            environment={**self.screen.environment, **self._changes},
         )
         self.menu_bar.icon()
         return self.run

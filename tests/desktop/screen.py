@@ -170,6 +170,13 @@ class Screen:
     def type(self, text):
         self.run("xdotool", "type", text)
 
+    def end(self):
+        """Ends the X server, with every program that is shown on it."""
+        self._display.close()
+        self._display = None
+        self._programs[0].terminate()
+        self._programs[0].wait()
+
     def close(self):
         if self._display:
             self._display.close()

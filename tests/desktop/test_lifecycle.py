@@ -1,9 +1,12 @@
-"""What leaves the interface up: signals, and a hub that keeps exiting."""
+"""What leaves the interface up (signals, a hub that keeps exiting), and what else ends it."""
 
-from signal import SIGINT, SIGTERM
+from signal import SIGINT, SIGTERM, SIGUSR2
 
 import pytest
-from console import LEFT_STOPPED
+from component_events import stops
+from components import COMPONENTS, STOP_ORDER
+from console import LEFT_STOPPED, STOPPED
+from preload import preloaded
 
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM])
@@ -23,3 +26,25 @@ def test_a_hub_that_keeps_exiting_leaves_the_interface_up(running):
     states = running.menu_bar.states()
     assert states["header"] == "orange" and states["hub"] == "red"
     assert states["receiver"] == "green" and states["sender"] == "green"
+
+
+def check_everything_stopped(run, suite):
+    assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
+    assert stops(suite) == STOP_ORDER
+
+
+def test_an_application_told_to_terminate_stops_everything(desktop):
+    """Not by Quit: the application ends the process by itself."""
+    desktop.suite.record(*COMPONENTS)
+    desktop.change(preloaded(desktop.suite.folder, TD_TERMINATE="1"))
+    run = desktop.start()
+    run.signal(SIGUSR2)
+    assert run.wait() == 0
+    check_everything_stopped(run, desktop.suite)
+
+
+def test_the_loss_of_the_display_stops_everything(running):
+    """Xlib then ends the process by itself, with a failure."""
+    running.screen.end()
+    assert running.run.wait() == 1
+    check_everything_stopped(running.run, running.suite)

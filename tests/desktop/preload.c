@@ -1,0 +1,54 @@
+// Loaded into the launcher by LD_PRELOAD; changes what its environment says:
+//   TD_LACKING=SELECTOR   no class has a method of that name
+//   TD_DISPLAYS=N         from the N+1st time on, the display cannot be opened
+//   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application
+
+#include <dlfcn.h>
+#include <signal.h>
+#include <stddef.h>
+#include <stdlib.h>
+#include <string.h>
+
+typedef void *(*Find)(void *cls, void *selector);
+typedef const char *(*Name)(void *selector);
+typedef void *(*Open)(const char *name);
+typedef void *(*Register)(const char *name);
+typedef void (*Send)(void *receiver, void *selector, void *argument);
+typedef Send (*Lookup)(void *receiver, void *selector);
+
+// The module is not in the launcher's global scope, and so are its libraries.
+static void *function(const char *library, const char *name) {
+  return dlsym(dlopen(library, RTLD_NOW | RTLD_NOLOAD), name);
+}
+
+void *class_getInstanceMethod(void *cls, void *selector) {
+  const char *lacking = getenv("TD_LACKING");
+  const Name name = (Name)function("libobjc.so.4", "sel_getName");
+  if (lacking && selector && strcmp(name(selector), lacking) == 0) {
+    return NULL;
+  }
+  return ((Find)function("libobjc.so.4", "class_getInstanceMethod"))(cls, selector);
+}
+
+void *XOpenDisplay(const char *name) {
+  static int opened;
+  const char *displays = getenv("TD_DISPLAYS");
+  if (displays && opened++ >= atoi(displays)) {
+    return NULL;
+  }
+  return ((Open)function("libX11.so.6", "XOpenDisplay"))(name);
+}
+
+static void terminate(int number) {
+  (void)number;
+  void *application = *(void **)function("libgnustep-gui.so.0.29", "NSApp");
+  void *selector = ((Register)function("libobjc.so.4", "sel_registerName"))("terminate:");
+  const Lookup lookup = (Lookup)function("libobjc.so.4", "objc_msg_lookup");
+  lookup(application, selector)(application, selector, NULL);
+}
+
+__attribute__((constructor)) static void start(void) {
+  if (getenv("TD_TERMINATE")) {
+    signal(SIGUSR2, terminate);
+  }
+}

@@ -122,7 +122,7 @@ void save_ports(std::uint16_t http, std::uint16_t udp) {
 // --- Control operations: what the menu calls ----------------------------------------------------
 
 Child *find_child(const std::string &name) {
-  return g_find_child && !g_stopped ? g_find_child(name) : nullptr;
+  return !g_stopped && g_find_child ? g_find_child(name) : nullptr;
 }
 
 /// Starts an idle record and has it supervised, with a fresh allowance of restarts.

@@ -1,8 +1,10 @@
 // A menu-bar interface without a menu bar: a test sends the callbacks to call over a socket.
 //
-// The interface is available when TD_SCRIPTED_GUI names a listening local socket and
-// TD_SCRIPTED_GUI_MODE is not "unavailable"; the mode "no-threads" keeps the launcher from starting
-// any further thread. Commands and answers are lines; every answer is a JSON object.
+// The interface is available when TD_SCRIPTED_GUI names a listening local socket.
+// TD_SCRIPTED_GUI_MODE may say otherwise: "unavailable"; or "exit-early", which ends the process
+// with status 5 instead of an answer to whether the interface is available; or "no-threads", which
+// keeps the launcher from starting any further thread. Commands and answers are lines; every answer
+// is a JSON object.
 //
 // Besides the callbacks there are "return", which ends the interface, and two commands that end the
 // process, as an application's own Quit does: "exit STATUS" does it on the main thread, and
@@ -245,6 +247,9 @@ extern "C" bool tdgui_available() {
   const std::string mode = variable("TD_SCRIPTED_GUI_MODE");
   if (mode == "no-threads") {
     forbid_threads();
+  }
+  if (mode == "exit-early") {
+    std::exit(5); // as a window system's library may when it loses its server
   }
   return mode != "unavailable" && !variable("TD_SCRIPTED_GUI").empty();
 }

@@ -10,7 +10,7 @@ from component_events import KILL_DELAY, kill_until_reaped, stops
 from components import STOP_ORDER
 from console import RESTARTING, STOPPED
 from deadline import wait_until
-from interface import start_interface
+from interface import install_module, start_interface
 
 STATUS = 5
 
@@ -110,3 +110,22 @@ def test_an_exit_during_a_restart_leaves_nothing_behind(suite, exit_command):
     assert errors.text() == RESTARTING.format("sender")
     # The sender may be stopped before it can record that.
     assert stops(suite)[-2:] == ["td_receiver", "td_hub"]
+
+
+def test_an_exit_while_the_interface_is_loaded_leaves_nothing_behind(suite):
+    suite.record("hub")
+    install_module(suite)
+    environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "exit-early"}
+    run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
+    check_ended(suite, run)
+    assert ends(suite) == orderly_ends("td_hub")
+
+
+def test_nothing_is_started_after_an_exit_has_stopped_everything(suite):
+    interface = start_interface(suite)
+    held = HeldExit(suite, interface)
+    for _ in range(100):
+        interface.send("start", "sender")
+        interface.send("restart", "receiver")
+    held.release()
+    check_ended(suite, interface)

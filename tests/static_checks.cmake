@@ -51,11 +51,3 @@ foreach(source ${analysed})
     COMMAND sh -c "\"$@\" 2>/dev/null" sh ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR} ${source})
 endforeach()
 add_custom_target(check DEPENDS ${stamps})
-
-# The file for the other platform, compiled against a stub of the one header that this system lacks.
-if(NOT APPLE)
-  add_library(platform_macos OBJECT EXCLUDE_FROM_ALL ${PROJECT_SOURCE_DIR}/launcher/platform_macos.cpp)
-  target_include_directories(platform_macos PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/macos_stub
-    ${PROJECT_SOURCE_DIR}/launcher ${PROJECT_SOURCE_DIR}/gui)
-  add_dependencies(check platform_macos)
-endif()

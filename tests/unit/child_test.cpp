@@ -1,4 +1,5 @@
 #include "child.h"
+#include "spawned.h"
 #include "temporary_folder.h"
 
 #include <atomic>
@@ -14,23 +15,10 @@
 
 namespace {
 
-using testing::HasSubstr;
-
-Child make(const std::string &path, std::vector<std::string> args = {}) {
-  Child child;
-  child.name = "test";
-  child.path = path;
-  child.args = std::move(args);
-  return child;
-}
-
-Child shell(const std::string &script) {
-  return make("/bin/sh", {"-c", script});
-}
-
-int status_of(Child child, SpawnMode mode = SpawnMode::separate) {
-  EXPECT_TRUE(spawn(child, mode));
-  return wait_for_exit(child).value_or(-1);
+/// The signal that ended the process of the record; 0 when none did.
+int ending_signal(Child child) {
+  const int status = status_of(std::move(child)); // a Mac's macro takes its address
+  return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
 bool exists(pid_t pid) {
@@ -83,9 +71,10 @@ TEST(Spawn, RestoresTheTwoSignalsThatTheLauncherHandlesAndNoOther) {
   (void)signal(SIGINT, handler);
   (void)signal(SIGTERM, SIG_IGN);
   (void)signal(SIGPIPE, SIG_IGN);
-  EXPECT_EQ(WTERMSIG(status_of(shell("kill -INT $$; exit 1"))), SIGINT);
-  EXPECT_EQ(WTERMSIG(status_of(shell("kill -TERM $$; exit 1"))), SIGTERM);
-  EXPECT_EQ(WEXITSTATUS(status_of(shell("kill -PIPE $$; exit 7"))), 7);
+  EXPECT_EQ(ending_signal(shell("kill -INT $$; exit 1")), SIGINT);
+  EXPECT_EQ(ending_signal(shell("kill -TERM $$; exit 1")), SIGTERM);
+  const int status = status_of(shell("kill -PIPE $$; exit 7"));
+  EXPECT_EQ(WEXITSTATUS(status), 7);
   for (const int number : {SIGINT, SIGTERM, SIGPIPE}) {
     (void)signal(number, SIG_DFL);
   }
@@ -95,41 +84,11 @@ TEST(Spawn, LeavesTheSignalMaskAsItWas) {
   sigset_t before;
   sigset_t after;
   pthread_sigmask(SIG_SETMASK, nullptr, &before);
-  EXPECT_EQ(WTERMSIG(status_of(shell("kill -USR1 $$; exit 1"))), SIGUSR1);
+  EXPECT_EQ(ending_signal(shell("kill -USR1 $$; exit 1")), SIGUSR1);
   pthread_sigmask(SIG_SETMASK, nullptr, &after);
   for (int number = 1; number < 32; ++number) {
     EXPECT_EQ(sigismember(&before, number), sigismember(&after, number)) << number;
   }
-}
-
-TEST(Spawn, QuietHasASessionOfItsOwnOnDevNull) {
-  const TemporaryFolder folder;
-  // The terminal streams are asked about before the script redirects anything.
-  const std::string script = folder.write(
-      "ask",
-      "#!/bin/sh\nfor d in 0 1 2; do [ /proc/$$/fd/$d -ef /dev/null ] || exit 9; done\n"
-      "read -r _ _ _ _ group session _ < /proc/$$/stat\n"
-      "[ $group = $$ ] && [ $session = $$ ]\n",
-      true);
-  Child quiet = make(script);
-  quiet.quiet = true;
-  EXPECT_EQ(status_of(std::move(quiet)), 0);
-}
-
-TEST(Spawn, OtherwiseSharesGroupAndSession) {
-  EXPECT_EQ(status_of(shell("read -r _ _ _ _ group session _ < /proc/$$/stat; [ $group = " +
-                            std::to_string(getpgrp()) +
-                            " ] && [ $session = " + std::to_string(getsid(0)) + " ]")),
-            0);
-}
-
-TEST(Spawn, PassesDescriptorsOnlyWhenAsked) {
-  const int descriptor = open("/dev/null", O_RDONLY); // deliberately without O_CLOEXEC
-  ASSERT_GE(descriptor, 3);
-  const std::string look = "[ -e /proc/$$/fd/" + std::to_string(descriptor) + " ]";
-  EXPECT_NE(status_of(shell(look)), 0);
-  EXPECT_EQ(status_of(shell(look), SpawnMode::pass_through), 0);
-  close(descriptor);
 }
 
 TEST(Reap, IsTrueForAnIdleRecord) {

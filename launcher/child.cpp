@@ -61,8 +61,9 @@ void remove_handler(int number) {
   }
 }
 
-[[noreturn]] void execute(const Child &child, char *const *argv, SpawnMode mode,
-                          const Before &before) {
+/// Never inlined: tests/macos/fork_calls.py reads in the program what it calls.
+[[noreturn, gnu::noinline]] void execute(const Child &child, char *const *argv, SpawnMode mode,
+                                         const Before &before) {
   signal(SIGINT, SIG_DFL);
   signal(SIGTERM, SIG_DFL);
   remove_handler(SIGHUP);

@@ -21,8 +21,10 @@ OLDEST_MACOS = {"x86_64": "10.13", "arm64": "11.0"}
 
 def output_of(*command):
     # A disassembly shows the program's strings as they are.
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True,
-                          errors="replace").stdout
+    done = subprocess.run(
+        command, check=True, stdout=subprocess.PIPE, text=True, errors="replace"
+    )
+    return done.stdout
 
 
 def symbol_problems(file, processor):
@@ -47,9 +49,8 @@ def problems_of(file, program, libraries, forks):
     yield from symbol_problems(file, program.processor)
     yield from program.signature_problems()
     if forks:
-        code = output_of("llvm-objdump", "--macho", "-d", "--no-show-raw-insn",
-                         f"--arch={program.processor}", str(file))
-        yield from unsafe_calls(code)
+        options = ("--macho", "-d", "--no-show-raw-insn", f"--arch={program.processor}")
+        yield from unsafe_calls(output_of("llvm-objdump", *options, str(file)))
 
 
 def main():

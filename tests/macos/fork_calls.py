@@ -61,7 +61,8 @@ def callees(instructions):
 def calls_before_child(functions):
     """What the forking function calls in the branch of the new process before execute()."""
     instructions = functions[FORKING]
-    targets = [int(i.target, 16) for i in instructions if JUMPS.fullmatch(i.name) and i.target[:2] == "0x"]
+    jumps = [each for each in instructions if JUMPS.fullmatch(each.name)]
+    targets = [int(jump.target, 16) for jump in jumps if jump.target.startswith("0x")]
     index = next(i for i, each in enumerate(instructions) if each.target == CHILD)
     calls = set()
     while instructions[index].address not in targets:

@@ -13,6 +13,7 @@
 #include "settings.h"
 #include "supervisor.h"
 #include "tdgui.h"
+#include "version.h"
 
 #include <atomic>
 #include <cctype>
@@ -33,8 +34,6 @@
 #include <unistd.h>
 
 namespace {
-
-constexpr const char *version = "1.4.4+412";
 
 // True while the run is meant to go on; never set back once cleared.
 std::atomic<bool> g_running{true};

@@ -1,0 +1,96 @@
+"""How the bundle is made: by packaging/macos/assemble.cmake, and of which programs."""
+
+import subprocess
+
+import pytest
+
+SUITE = ("td_hub", "td_receiver", "td_sender", "td_align")
+
+
+@pytest.fixture
+def made_of(tmp_path):
+    """What a bundle is made of, each file with its name as its text."""
+    for name in ("launcher", "Info.plist", "icon", *(f"suite/{name}" for name in SUITE)):
+        path = tmp_path / name
+        path.parent.mkdir(exist_ok=True)
+        path.write_text(name)
+        path.chmod(0o644 if name in ("Info.plist", "icon") else 0o755)
+    return tmp_path
+
+
+def assemble(root, folder):
+    parts = {
+        "BUNDLE": "Tandrel.app",
+        "LAUNCHER": "launcher",
+        "SUITE_DIR": "suite",
+        "PLIST": "Info.plist",
+        "ICON": "icon",
+    }
+    script = root / "packaging/macos/assemble.cmake"
+    options = [f"-D{name}={folder / path}" for name, path in parts.items()]
+    return subprocess.run(["cmake", *options, "-P", script], capture_output=True, text=True)
+
+
+def test_each_file_has_its_place(root, made_of):
+    assert assemble(root, made_of).returncode == 0
+    contents = made_of / "Tandrel.app/Contents"
+    assert (contents / "Info.plist").read_text() == "Info.plist"
+    assert (contents / "Resources/Tandrel.icns").read_text() == "icon"
+    assert (contents / "MacOS/launcher").read_text() == "launcher"
+    for name in SUITE:
+        assert (contents / "MacOS" / name).read_text() == f"suite/{name}"
+        assert (contents / "MacOS" / name).stat().st_mode & 0o777 == 0o755
+
+
+def test_what_was_in_the_bundle_before_is_gone(root, made_of):
+    old = made_of / "Tandrel.app/Contents/MacOS/config/launcher.json"
+    old.parent.mkdir(parents=True)
+    old.write_text("{}")
+    assert assemble(root, made_of).returncode == 0
+    assert not old.parent.exists()
+
+
+def test_of_a_link_to_a_program_the_bundle_gets_the_program(root, made_of):
+    (made_of / "suite/td_hub").rename(made_of / "hub-2")
+    (made_of / "suite/td_hub").symlink_to("../hub-2")
+    assert assemble(root, made_of).returncode == 0
+    copy = made_of / "Tandrel.app/Contents/MacOS/td_hub"
+    assert not copy.is_symlink()
+    assert copy.read_text() == "suite/td_hub"
+
+
+@pytest.mark.parametrize("missing", [*(f"suite/{name}" for name in SUITE), "launcher", "icon"])
+def test_without_one_of_the_files_there_is_no_bundle(root, made_of, missing):
+    (made_of / missing).unlink()
+    done = assemble(root, made_of)
+    assert done.returncode != 0
+    assert f"{made_of / missing}, which does not exist" in " ".join(done.stderr.split())
+    assert not (made_of / "Tandrel.app").exists()
+
+
+def configure(root, folder, *options):
+    """Configures the tree with the target "app"; returns what was said and the build's rules."""
+    common = ("-G", "Ninja", "-DTANDREL_APP=ON", "-DTANDREL_GUI=OFF", "-DTANDREL_COMPONENTS=OFF")
+    command = ["cmake", "-S", root, "-B", folder, *common, *options]
+    done = subprocess.run(command, capture_output=True, text=True, check=True)
+    return done.stdout, (folder / "build.ninja").read_text()
+
+
+def test_a_folder_of_the_suites_own_programs_is_taken(root, made_of, tmp_path):
+    suite = made_of / "suite"
+    said, rules = configure(root, tmp_path / "build", f"-DTANDREL_SUITE_DIR={suite}")
+    assert f"-- Tandrel.app gets the suite's programs from {suite}\n" in said
+    assert f"-DSUITE_DIR={suite} " in rules
+
+
+def test_without_any_programs_there_is_no_target(root, tmp_path):
+    said, rules = configure(root, tmp_path / "build")
+    assert "-- No Tandrel.app: " in said
+    assert "assemble.cmake" not in rules
+
+
+def test_the_stand_ins_are_said_to_be_in_the_bundle(root, tmp_path):
+    folder = tmp_path / "build"
+    said, rules = configure(root, folder, "-DTANDREL_COMPONENTS=ON")
+    assert "-- Tandrel.app gets the stand-ins: " in said
+    assert f"-DSUITE_DIR={folder} " in rules

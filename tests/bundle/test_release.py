@@ -1,0 +1,104 @@
+"""The continuous integration's description, and the script that publishes a release."""
+
+import os
+import shlex
+import subprocess
+
+import pytest
+import yaml
+
+
+@pytest.fixture(scope="module")
+def workflow(root):
+    # As a YAML 1.1 value the key "on" would be the truth value; as a string it is "on".
+    text = (root / ".github/workflows/ci.yml").read_text()
+    return yaml.load(text, Loader=yaml.BaseLoader)
+
+
+def steps_of(workflow):
+    return [step for job in workflow["jobs"].values() for step in job["steps"]]
+
+
+def test_every_push_and_pull_request_is_checked(workflow):
+    assert workflow["on"] == {"push": "", "pull_request": ""}
+    assert workflow["permissions"] == {"contents": "read"}
+
+
+def test_the_front_doors_are_run_on_linux_and_on_both_processors_of_a_mac(workflow):
+    jobs = workflow["jobs"]
+    for job in ("linux", "macos"):
+        commands = [step["run"] for step in jobs[job]["steps"] if "run" in step]
+        assert commands[0] == "scripts/start-stop"
+        assert commands[-1] == "scripts/test"
+    processors = [entry["processor"] for entry in jobs["macos"]["strategy"]["matrix"]["include"]]
+    assert processors == ["x86_64", "arm64"]
+    assert "scripts/mac-app" in [step.get("run") for step in jobs["macos"]["steps"]]
+
+
+def test_every_command_is_one_script_of_this_tree(workflow, root):
+    commands = [step["run"] for step in steps_of(workflow) if "run" in step]
+    assert len(commands) >= 5
+    for command in commands:
+        script = shlex.split(command)[0]
+        assert script.startswith("scripts/") and not set(command) & set(";&|\n")
+        assert os.access(root / script, os.X_OK)
+
+
+def test_every_job_ends_in_time_and_every_action_has_a_version(workflow):
+    assert all(int(job["timeout-minutes"]) <= 90 for job in workflow["jobs"].values())
+    for step in steps_of(workflow):
+        assert ("run" in step) != ("uses" in step)
+        if "uses" in step:
+            action, _, version = step["uses"].partition("@")
+            assert action.startswith("actions/") and version.startswith("v")
+
+
+def test_only_a_tag_is_released_and_only_after_everything_else(workflow):
+    release = workflow["jobs"]["release"]
+    assert release["if"] == "startsWith(github.ref, 'refs/tags/v')"
+    assert set(release["needs"]) == set(workflow["jobs"]) - {"release"}
+    assert release["permissions"] == {"contents": "write"}
+
+
+class Release:
+    """scripts/release with a tool that records what is published, in a folder with two images."""
+
+    def __init__(self, root, folder):
+        self.script = root / "scripts/release"
+        self.folder = folder
+        self.version = (root / "VERSION").read_text().strip()
+        (folder / "gh").write_text('#!/bin/sh\nprintf "%s\\n" "$@" > published\n')
+        (folder / "gh").chmod(0o755)
+        for name in ("a.dmg", "b.dmg"):
+            (folder / name).touch()
+
+    def run(self, *arguments):
+        """The exit status and what was published, None when nothing was."""
+        environment = {"PATH": f"{self.folder}:{os.environ['PATH']}"}
+        command = [self.script, *arguments]
+        done = subprocess.run(command, cwd=self.folder, env=environment, capture_output=True)
+        published = self.folder / "published"
+        return done.returncode, published.read_text().splitlines() if published.exists() else None
+
+
+@pytest.fixture
+def release(root, tmp_path):
+    return Release(root, tmp_path)
+
+
+def test_the_files_are_published_under_the_versions_tag(release):
+    tag = f"v{release.version}"
+    title = f"Tandrel {release.version}"
+    options = ["--verify-tag", "--title", title, "--generate-notes"]
+    published = ["release", "create", tag, *options, "a.dmg", "b.dmg"]
+    assert release.run(tag, "a.dmg", "b.dmg") == (0, published)
+
+
+def test_a_tag_of_another_version_is_refused(release):
+    assert release.run("v0.0.1+1", "a.dmg") == (1, None)
+    assert release.run(release.version, "a.dmg") == (1, None)
+
+
+def test_a_release_needs_files_that_exist(release):
+    assert release.run(f"v{release.version}") == (2, None)
+    assert release.run(f"v{release.version}", "a.dmg", "missing.dmg") == (1, None)

@@ -1,5 +1,7 @@
 """How the bundle is made: by packaging/macos/assemble.cmake, and of which programs."""
 
+import plistlib
+import shutil
 import subprocess
 
 import pytest
@@ -94,3 +96,33 @@ def test_the_stand_ins_are_said_to_be_in_the_bundle(root, tmp_path):
     said, rules = configure(root, folder, "-DTANDREL_COMPONENTS=ON")
     assert "-- Tandrel.app gets the stand-ins: " in said
     assert f"-DSUITE_DIR={folder} " in rules
+
+
+@pytest.fixture
+def tree(root, tmp_path):
+    """A copy of what is configured, for changes to it."""
+    copy = tmp_path / "tree"
+    for name in ("launcher", "gui", "packaging"):
+        shutil.copytree(root / name, copy / name)
+    for name in ("CMakeLists.txt", "VERSION"):
+        shutil.copy(root / name, copy)
+    return copy
+
+
+def test_everything_takes_the_version_from_one_file(tree, made_of, tmp_path):
+    (tree / "VERSION").write_text("2.0.10+7\n")
+    folder = tmp_path / "build"
+    configure(tree, folder, f"-DTANDREL_SUITE_DIR={made_of / 'suite'}")
+    plist = plistlib.loads((folder / "obj/packaging/macos/Info.plist").read_bytes())
+    assert (plist["CFBundleShortVersionString"], plist["CFBundleVersion"]) == ("2.0.10", "7")
+    assert 'version = "2.0.10+7";' in (folder / "obj/launcher/version.h").read_text()
+    assert '\n.Os "Tandrel 2.0.10+7"\n' in (folder / "launcher.1").read_text()
+
+
+@pytest.mark.parametrize("version", ["", "2.0.10\n", "2.0.10+7b\n"])
+def test_a_file_that_holds_no_version_is_refused(tree, tmp_path, version):
+    (tree / "VERSION").write_text(version)
+    command = ["cmake", "-S", tree, "-B", tmp_path / "build"]
+    done = subprocess.run(command, capture_output=True, text=True)
+    assert done.returncode != 0
+    assert "holds no version such as 1.4.4+412" in done.stderr

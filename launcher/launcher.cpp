@@ -48,7 +48,7 @@ bool g_stopped = false;
 // How the control operations reach the child list: empty until start-up is complete.
 std::function<Child *(const std::string &name)> g_find_child;
 std::function<bool(int http, int udp, std::string &message)> g_apply_ports;
-// The once-only quit; empty outside menu-bar mode.
+// The once-only quit; empty in a run that has a terminal.
 std::function<void()> g_quit_hook;
 
 // --- Signals ------------------------------------------------------------------------------------

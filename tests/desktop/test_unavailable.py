@@ -8,6 +8,7 @@ import pytest
 from component_events import kill, start_recording, stops, wait_for_components, wait_for_start
 from components import COMPONENTS, STOP_ORDER
 from console import RESTARTING, STOPPED
+from deadline import wait_until
 from preload import preloaded
 
 UNAVAILABLE = "The menu-bar interface is not available: {}.\n"
@@ -58,18 +59,29 @@ def no_second_connection(folder):
     return preloaded(folder, TD_DISPLAYS="1")
 
 
-def signals(pid):
-    """The signals that the main thread blocks, and that the process ignores and handles."""
-    lines = Path(f"/proc/{pid}/status").read_text().splitlines()
-    return [line for line in lines if line.startswith(("SigBlk", "SigIgn", "SigCgt"))]
+def status(pid, *fields):
+    """Fields of /proc/PID/status, as text."""
+    rows = dict(row.split(":\t") for row in Path(f"/proc/{pid}/status").read_text().splitlines())
+    return [rows[field] for field in fields]
 
 
-def signals_without_interface(desktop):
-    """What `signals` is for a run that looks for no interface. Leaves no record of that run."""
+def signal_actions(pid):
+    """The signals that a process ignores, and those that it handles."""
+    return status(pid, "SigIgn", "SigCgt")
+
+
+def wait_until_nothing_is_blocked(pid):
+    """All signals are blocked in the main thread for the moment in which it starts a component."""
+    wait_until(lambda: int(status(pid, "SigBlk")[0], 16) == 0, "an empty signal mask")
+
+
+def actions_without_interface(desktop):
+    """The signal actions of a run that finds no display. Leaves no record of that run."""
     run = start_recording(desktop.suite, terminal=None)
     kill(desktop.suite, "sender")
     wait_for_start(desktop.suite, "sender", 2)  # it is supervised
-    found = signals(run.pid)
+    found = signal_actions(run.pid)
+    wait_until_nothing_is_blocked(run.pid)
     assert run.stop(SIGTERM) == 0
     (desktop.suite.folder / "events.jsonl").unlink()
     return found
@@ -77,7 +89,7 @@ def signals_without_interface(desktop):
 
 def check_goes_on_as_in_a_terminal(desktop, changes, reason):
     suite = desktop.suite
-    wanted = signals_without_interface(desktop)
+    wanted = actions_without_interface(desktop)
     run = suite.start_up(
         "--no-browser", terminal=None, environment={**desktop.screen.environment, **changes}
     )
@@ -85,7 +97,8 @@ def check_goes_on_as_in_a_terminal(desktop, changes, reason):
     wait_for_components(suite)
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)  # it is supervised
-    assert signals(run.pid) == wanted
+    assert signal_actions(run.pid) == wanted
+    wait_until_nothing_is_blocked(run.pid)
     assert desktop.menu_bar.windows() == {}
     children = psutil.Process(run.pid).children(recursive=True)
     assert {child.name() for child in children} == {f"td_{name}" for name in COMPONENTS}

@@ -48,7 +48,7 @@ void detach_from_terminal() {
 /// What the new process needs of the time before the fork.
 struct Before {
   pid_t parent;
-  int highest_descriptor;
+  int highest_descriptor; // of a separate process only
   sigset_t mask;
 };
 
@@ -88,7 +88,10 @@ bool spawn(Child &child, SpawnMode mode) {
     return false;
   }
   const std::vector<char *> argv = argument_vector(child);
-  Before before{getpid(), platform::highest_descriptor(), {}};
+  Before before{getpid(), 0, {}};
+  if (mode == SpawnMode::separate) {
+    before.highest_descriptor = platform::highest_descriptor();
+  }
 
   // A signal that reached the new process before it has its own dispositions would run a copy of
   // our handler there and be lost: a stop right after a start would then last until SIGKILL. So all

@@ -11,7 +11,7 @@ import pytest
 from components import COMPONENTS
 from deadline import wait_until
 from probe_tools import CURL
-from run import CTRL_BACKSLASH
+from run import CTRL_BACKSLASH, CTRL_C
 from suite import RECORDING_TOOL
 
 # ms after the launcher was executed; a start-up takes about 150.
@@ -120,26 +120,18 @@ def test_interrupts_at_many_moments_of_the_wait_for_a_late_hub(suite, delay):
     check_interrupted_run(suite, run, status)
 
 
-def test_ctrl_c_during_a_probe(suite):
-    """Ctrl-C ends curl as well as the wait, before curl's own timeout."""
+@pytest.mark.parametrize("key", [CTRL_C, CTRL_BACKSLASH])
+def test_a_key_during_a_probe(suite, key):
+    """It ends curl as well as the wait, before curl's own timeout.
+
+    No shell reports curl's end by Ctrl-\\ as an interrupt.
+    """
     suite.set_behaviour("hub", "never-answer")
     suite.record("hub")
     run = suite.start(*suite.ports_options, terminal="all")
     wait_until(lambda: suite.events("start"), "the hub")
     wait_until(lambda: probes(suite.http), "a probe")
-    run.interrupt()
-    assert run.wait() == 1
-    check_interrupted_run(suite, run, 1)
-
-
-def test_ctrl_backslash_during_a_probe(suite):
-    """As Ctrl-C, although no shell reports this end of curl as an interrupt."""
-    suite.set_behaviour("hub", "never-answer")
-    suite.record("hub")
-    run = suite.start(*suite.ports_options, terminal="all")
-    wait_until(lambda: suite.events("start"), "the hub")
-    wait_until(lambda: probes(suite.http), "a probe")
-    run.press(CTRL_BACKSLASH)
+    run.press(key)
     assert run.wait() == 1
     check_interrupted_run(suite, run, 1)
 

@@ -20,7 +20,7 @@ from component_events import (
 from components import COMPONENTS, STOP_ORDER
 from console import RESTARTING
 from deadline import DEADLINE, wait_until
-from run import CTRL_BACKSLASH
+from run import CTRL_BACKSLASH, CTRL_C
 
 
 def check_stopped_in_order(suite):
@@ -31,20 +31,11 @@ def check_stopped_in_order(suite):
     assert suite.processes() == []
 
 
-@pytest.mark.parametrize("presses", [1, 2, 5])
-def test_ctrl_c_stops_everything_in_order(suite, presses):
+@pytest.mark.parametrize("keys", [[CTRL_C], [CTRL_C] * 2, [CTRL_C] * 5, [CTRL_BACKSLASH]])
+def test_a_key_stops_everything_in_order(suite, keys):
     run = start_recording(suite, terminal="all")
-    for _ in range(presses):
-        run.interrupt()
-    assert run.wait() == 0
-    assert run.text.endswith(console.STOPPED)
-    assert run.text.count(b"Tandrel: stop") == 2
-    check_stopped_in_order(suite)
-
-
-def test_ctrl_backslash_stops_everything_in_order(suite):
-    run = start_recording(suite, terminal="all")
-    run.press(CTRL_BACKSLASH)
+    for key in keys:
+        run.press(key)
     assert run.wait() == 0
     assert run.text.endswith(console.STOPPED)
     assert run.text.count(b"Tandrel: stop") == 2

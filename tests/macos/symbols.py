@@ -14,7 +14,7 @@ def path_of(library):
         return "/usr/lib/libobjc.A.dylib"
     if library == "libc++":
         return "/usr/lib/libc++.1.dylib"
-    version = "A" if library == "CoreFoundation" else "C"
+    version = "C" if library in ("AppKit", "Foundation") else "A"
     return f"/System/Library/Frameworks/{library}.framework/Versions/{version}/{library}"
 
 

@@ -1,0 +1,82 @@
+// What platform_macos.cpp does, with functions in place of macOS's that answer as a test wants.
+
+#include "platform.h"
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <mach-o/dyld.h>
+
+namespace {
+
+std::string g_path;                  // of the running executable
+CFDictionaryRef g_session = nullptr; // with the window server
+std::vector<CFTypeRef> g_released;   // in this order
+
+} // namespace
+
+extern "C" {
+
+int _NSGetExecutablePath(char *buffer, std::uint32_t *size) { // NOLINT
+  if (*size <= g_path.size()) {
+    return -1;
+  }
+  std::memcpy(buffer, g_path.c_str(), g_path.size() + 1);
+  return 0;
+}
+
+CFDictionaryRef CGSessionCopyCurrentDictionary() {
+  return g_session;
+}
+
+void CFRelease(CFTypeRef object) {
+  g_released.push_back(object);
+}
+}
+
+void tdgui::run(const GuiConfig & /*config*/) {}
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class MacInterface : public testing::Test {
+protected:
+  void SetUp() override {
+    g_session = nullptr;
+    g_released.clear();
+  }
+};
+
+TEST_F(MacInterface, IsFoundWithAGraphicSession) {
+  const char object = 0;
+  g_session = reinterpret_cast<CFDictionaryRef>(&object);
+  EXPECT_EQ(platform::find_interface("/"), &tdgui::run);
+  EXPECT_THAT(g_released, ElementsAre(&object));
+}
+
+TEST_F(MacInterface, IsNotFoundWithoutAGraphicSession) {
+  EXPECT_EQ(platform::find_interface("/"), nullptr);
+  EXPECT_THAT(g_released, IsEmpty()); // CFRelease does not take null
+}
+
+TEST(MacExecutablePath, IsWhatTheSystemReports) {
+  g_path = "/Applications/./Tandrel.app/Contents/MacOS/launcher";
+  EXPECT_EQ(platform::executable_path(), g_path);
+}
+
+TEST(MacExecutablePath, HasAtMost4095Bytes) {
+  g_path = std::string(4095, '/');
+  EXPECT_EQ(platform::executable_path(), g_path);
+  g_path += '/';
+  EXPECT_EQ(platform::executable_path(), "");
+}
+
+} // namespace

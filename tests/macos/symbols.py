@@ -1,4 +1,4 @@
-"""The table symbols.txt: which library of macOS has the symbols that our programs use."""
+"""The table symbols.txt: which library has the symbols that our programs for macOS use."""
 
 from pathlib import Path
 
@@ -8,6 +8,8 @@ TABLE = Path(__file__).with_name("symbols.txt")
 
 def path_of(library):
     """Where a Mac has the library: the name by which a program asks for it."""
+    if library == "libcpp-httplib":
+        return "@rpath/libcpp-httplib.dylib"  # not macOS's, so wherever it has been installed
     if library == "libSystem":
         return "/usr/lib/libSystem.B.dylib"
     if library == "libobjc":

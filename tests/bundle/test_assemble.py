@@ -119,6 +119,13 @@ def test_everything_takes_the_version_from_one_file(tree, made_of, tmp_path):
     assert '\n.Os "Tandrel 2.0.10+7"\n' in (folder / "launcher.1").read_text()
 
 
+def test_the_version_is_the_same_everywhere(root, build):
+    version = (root / "VERSION").read_text().strip()
+    manual = (build / "launcher.1").read_text()
+    assert manual.splitlines()[2] == f'.Os "Tandrel {version}"'
+    assert f'"{version}"' in (build / "obj/launcher/version.h").read_text()
+
+
 @pytest.mark.parametrize("version", ["", "2.0.10\n", "2.0.10+7b\n"])
 def test_a_file_that_holds_no_version_is_refused(tree, tmp_path, version):
     (tree / "VERSION").write_text(version)

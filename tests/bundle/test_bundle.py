@@ -1,25 +1,17 @@
-"""What is in Tandrel.app, and its launcher started in it."""
+"""What is in Tandrel.app: of this system's programs, or of those built for macOS."""
 
 import os
+import platform
 import plistlib
 import re
-import subprocess
+import sys
 
 import pytest
-from console import READY
-from run import Run
-from suite import Ports
+from contents import FILES, PROGRAMS, SIGNATURE, files_of
 
-PROGRAMS = ("launcher", "td_hub", "td_receiver", "td_sender", "td_align")
-DATA = ("Contents/Info.plist", "Contents/PkgInfo", "Contents/Resources/Tandrel.icns")
-FILES = {*DATA, *(f"Contents/MacOS/{program}" for program in PROGRAMS)}
-# Signing a bundle adds these.
-SIGNATURE = {"Contents/_CodeSignature/CodeResources"}
-
-
-def files_of(folder):
-    """The paths of everything in a folder that is no folder itself."""
-    return {str(path.relative_to(folder)) for path in folder.rglob("*") if not path.is_dir()}
+# A Mac builds for its own processor, and there is none for ARM before 11.0.
+ON_ARM_MAC = (sys.platform, platform.machine()) == ("darwin", "arm64")
+OLDEST_MACOS = "11.0" if ON_ARM_MAC else "10.13"
 
 
 def test_the_bundle_holds_the_programs_and_nothing_else(bundle):
@@ -56,7 +48,7 @@ def test_the_plist_says_what_the_application_is(bundle, plist, root):
         "CFBundleSignature": "????",
         "CFBundleInfoDictionaryVersion": "6.0",
         "CFBundleDevelopmentRegion": "en",
-        "LSMinimumSystemVersion": "10.13",
+        "LSMinimumSystemVersion": OLDEST_MACOS,
         "LSUIElement": True,
         "NSPrincipalClass": "NSApplication",
         "NSHighResolutionCapable": True,
@@ -78,56 +70,3 @@ def test_the_plist_has_a_sentence_for_each_permission(plist):
 def test_the_entitlements_are_what_recording_takes(root):
     entitlements = plistlib.loads((root / "packaging/macos/entitlements.plist").read_bytes())
     assert entitlements == {"com.apple.security.device.audio-input": True}
-
-
-def test_the_version_is_the_same_everywhere(root, build):
-    version = (root / "VERSION").read_text().strip()
-    manual = (build / "launcher.1").read_text()
-    assert manual.splitlines()[2] == f'.Os "Tandrel {version}"'
-    assert f'"{version}"' in (build / "obj/launcher/version.h").read_text()
-
-
-class Installed:
-    """The copied bundle with a home of its own, as `Run` takes it."""
-
-    def __init__(self, bundle, home):
-        self.folder = home
-        self.launcher = bundle / "Contents/MacOS/launcher"
-        self.environment = {"HOME": str(home), "PATH": os.environ["PATH"]}
-
-
-def test_a_run_keeps_its_settings_in_the_support_folder(installed, tmp_path):
-    home = tmp_path / "home"
-    support = home / "Library/Application Support/Tandrel"
-    support.mkdir(parents=True)
-    ports = Ports()
-    run = None
-    try:
-        http = ports.free()
-        settings = f'{{"http_port": {http}, "udp_port": {ports.free()}, "open_browser": false}}'
-        (support / "launcher.json").write_text(settings)
-        run = Run(Installed(installed, home), [], terminal="input")
-        run.wait_for(READY)
-        assert f":{http}/".encode() in run.output
-        assert run.stop() == 0
-        assert run.output.endswith(b"Tandrel: stopped.\n")
-    finally:
-        if run is not None:
-            if run.process.poll() is None:
-                run.stop()
-            run.close()
-        ports.close()
-    # A file beside the programs would break the bundle's signature.
-    assert files_of(installed) - SIGNATURE == FILES
-
-
-def test_the_support_folder_is_made(installed, tmp_path):
-    home = tmp_path / "home"
-    (home / "Library").mkdir(parents=True)
-    started = Installed(installed, home)
-    done = subprocess.run(
-        [started.launcher, "--unknown"], env=started.environment, capture_output=True
-    )
-    assert done.returncode == 1
-    assert (home / "Library/Application Support/Tandrel").is_dir()
-    assert not (installed / "Contents/MacOS/config").exists()

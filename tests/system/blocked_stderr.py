@@ -1,6 +1,5 @@
 """A way to stop the launcher at its next message."""
 
-import fcntl
 import os
 
 
@@ -12,11 +11,22 @@ class BlockedStderr:
 
     def __init__(self):
         self._reading, self.writing = os.pipe()
-        size = fcntl.fcntl(self.writing, fcntl.F_SETPIPE_SZ, 4096)
-        os.write(self.writing, b" " * size)
+        self._filled = 0
+        os.set_blocking(self.writing, False)
+        for size in (4096, 1):  # what is too much for the rest of the pipe may be refused whole
+            self._fill(b" " * size)
+        os.set_blocking(self.writing, True)
+
+    def _fill(self, data):
+        while True:
+            try:
+                self._filled += os.write(self.writing, data)
+            except BlockingIOError:
+                return
 
     def release(self):
-        os.read(self._reading, 65536)
+        while self._filled > 0:
+            self._filled -= len(os.read(self._reading, self._filled))
 
     def text(self):
         """What was written after `release`, once the launcher and its components have ended."""

@@ -4,6 +4,8 @@ import itertools
 import os
 import shlex
 
+import system
+
 # Every set of descriptors among 0, 1 and 2.
 COMBINATIONS = [closed for count in range(4) for closed in itertools.combinations(range(3), count)]
 
@@ -23,8 +25,9 @@ def program_that_closes(suite, closed):
 
 def targets(suite, run, closed, instead):
     """What 0, 1 and 2 are expected to be open on: `instead` for those that were closed."""
-    pipes = [f"/proc/self/fd/{pipe.fileno()}" for pipe in (run.process.stdout, run.process.stderr)]
-    opened = [str(_input(suite)), *map(os.readlink, pipes)]
+    own = system.descriptors(os.getpid())
+    pipes = [own[pipe.fileno()] for pipe in (run.process.stdout, run.process.stderr)]
+    opened = [str(_input(suite)), *pipes]
     return [instead if number in closed else opened[number] for number in range(3)]
 
 

@@ -1,9 +1,9 @@
 """What recording components have recorded, and helpers that wait for it or cause it."""
 
 import os
-from pathlib import Path
 from signal import SIGKILL
 
+import system
 from components import COMPONENTS
 from deadline import wait_until
 
@@ -47,38 +47,18 @@ def arguments_of_start(suite, name, count):
     return wait_for_start(suite, name, count)["argv"][1:]
 
 
-def process_state(pid):
-    """The letter that /proc gives for a process ("S", "Z"); None when there is none."""
-    try:
-        return Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
-    except (FileNotFoundError, ProcessLookupError):
-        return None
-
-
-def signal_set(pid, field):
-    """The standard signals in a mask of /proc/<pid>/status ("SigBlk", "SigIgn", "ShdPnd")."""
-    lines = Path(f"/proc/{pid}/status").read_text().splitlines()
-    mask = int(dict(line.split(":\t", 1) for line in lines)[field], 16)
-    return {number for number in range(1, 32) if mask >> (number - 1) & 1}
-
-
-def is_gone(pid):
-    """Whether a process has ended and its parent has reaped it."""
-    return process_state(pid) is None
-
-
 def kill(suite, name, number=SIGKILL):
     """Kills a component's newest process and returns its id once it is dead."""
     pid = starts(suite, name)[-1]["pid"]
     os.kill(pid, number)
-    wait_until(lambda: process_state(pid) in (None, "Z"), f"the end of the {name}")
+    wait_until(lambda: system.has_ended(pid), f"the end of the {name}")
     return pid
 
 
 def kill_until_reaped(suite, name):
     """Kills a component and waits until the supervisor has reaped it."""
     pid = kill(suite, name)
-    wait_until(lambda: is_gone(pid), f"the supervisor to reap the {name}")
+    wait_until(lambda: system.is_gone(pid), f"the supervisor to reap the {name}")
 
 
 def wait_for_supervisor_pass(suite, watched="hub"):

@@ -1,12 +1,15 @@
 """Fixtures that every system test shares."""
 
+import os
 import shutil
+import subprocess
 import tempfile
 from pathlib import Path
 
 import inherited_signals
 import pytest
 import suite as suite_module
+import system
 from standins import StandIns
 
 inherited_signals.handle_ignored()
@@ -14,9 +17,36 @@ inherited_signals.handle_ignored()
 
 @pytest.fixture(scope="session")
 def session_folder():
-    folder = tempfile.mkdtemp(prefix="tandrel-test-")
-    yield folder
+    folder = tempfile.mkdtemp(prefix="tandrel-test-", dir=system.TEMPORARY_FOLDER)
+    yield os.path.realpath(folder)
     shutil.rmtree(folder)
+
+
+ENVIRONMENT_PRINTER = """
+#include <stdio.h>
+#include <unistd.h>
+extern char **environ;
+static void print(const char *text) {
+  fputs(text, stdout);
+  putchar(0);
+}
+int main(void) {
+  char folder[4096];
+  print(getcwd(folder, sizeof folder));
+  for (char **variable = environ; *variable; ++variable) {
+    print(*variable);
+  }
+}
+"""
+
+
+@pytest.fixture(scope="session")
+def environment_printer(session_folder):
+    """A program that prints its working folder and its environment, each text followed by a NUL."""
+    source = Path(session_folder, "environment.c")
+    source.write_text(ENVIRONMENT_PRINTER)
+    subprocess.run(["cc", "-o", source.with_suffix(""), source], check=True)
+    return source.with_suffix("")
 
 
 @pytest.fixture

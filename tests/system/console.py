@@ -2,9 +2,9 @@
 
 import ipaddress
 import socket
-from pathlib import Path
 
 import psutil
+import system
 
 USAGE = """\
 Tandrel — all-in-one launcher
@@ -106,7 +106,7 @@ def lan_address():
     private, other = [], []
     for name, addresses in psutil.net_if_addrs().items():
         for entry in addresses:
-            if entry.family != socket.AF_INET or not _is_up(name):
+            if entry.family != socket.AF_INET or not system.is_up(name):
                 continue
             address = ipaddress.ip_address(entry.address)
             if address.is_loopback or address.is_link_local:
@@ -114,13 +114,6 @@ def lan_address():
             is_private = any(address in network for network in networks)
             (private if is_private else other).append(entry.address)
     return (private + other + ["127.0.0.1"])[0]
-
-
-def _is_up(interface):
-    flags = Path("/sys/class/net", interface.partition(":")[0], "flags")
-    if flags.exists():
-        return bool(int(flags.read_text(), 16) & 1)
-    return psutil.net_if_stats()[interface].isup
 
 
 def dashboard_url(port):

@@ -3,9 +3,10 @@
 import json
 import os
 import select
-import shutil
 import socket
 
+import psutil
+import system
 from component_events import wait_for_start
 from components import COMPONENTS
 from deadline import DEADLINE
@@ -21,7 +22,7 @@ class Interface(Run):
 
     def __init__(self, suite, *arguments, **options):
         self._connection = None
-        install_module(suite)
+        install_interface(suite)
         path = suite.folder / "interface.socket"
         with socket.socket(socket.AF_UNIX, socket.SOCK_STREAM) as listener:
             listener.bind(str(path))
@@ -69,7 +70,7 @@ class Interface(Run):
 
     def threads(self):
         """How many threads the launcher has."""
-        return len(os.listdir(f"/proc/{self.pid}/task"))
+        return psutil.Process(self.pid).num_threads()
 
     def leave(self):
         """Lets the interface return without a Quit; the launcher's exit status."""
@@ -92,9 +93,9 @@ class Interface(Run):
         super().close()
 
 
-def install_module(suite, module="tdgui.so"):
-    """Puts an interface module beside the launcher."""
-    shutil.copy2(MODULES / module, suite.folder / "tdgui.so")
+def install_interface(suite):
+    """Has the launcher find the scripted interface."""
+    system.install_interface(MODULES, suite.folder)
 
 
 def start_interface(suite, *arguments, **options):

@@ -2,6 +2,7 @@
 
 import shutil
 
+import system
 from deadline import wait_until
 from suite import RECORDING_TOOL
 
@@ -12,13 +13,17 @@ _WAIT_FOR_HUB_EXIT = """#!/bin/sh
 exits() {{ grep '"event":"exit","program":"td_hub"' "${{0%/*}}/../events.jsonl" 2>/dev/null; }}
 until [ "$(exits | wc -l)" -ge {count} ]; do sleep 0.01; done
 pid=$(exits | sed -n '{count}s/.*"pid":\\([0-9]*\\).*/\\1/p')
-until [ "$(cut -d ' ' -f 3 "/proc/$pid/stat")" = Z ]; do sleep 0.01; done
+until {is_zombie}; do sleep 0.01; done
 """
+
+
+def _wait_for_hub_exit(count):
+    return _WAIT_FOR_HUB_EXIT.format(count=count, is_zombie=system.IS_ZOMBIE)
 
 
 def succeed_after_hub_exit(suite):
     """Every probe waits for the first exit of a recording hub, and succeeds."""
-    suite.tool("curl", _WAIT_FOR_HUB_EXIT.format(count=1))
+    suite.tool("curl", _wait_for_hub_exit(1))
 
 
 def probe_after_hub_exit(suite, count=1):
@@ -26,7 +31,7 @@ def probe_after_hub_exit(suite, count=1):
 
     So another owner of the port answers when the hub can no longer be examined.
     """
-    suite.tool("curl", _WAIT_FOR_HUB_EXIT.format(count=count) + f'exec {CURL} "$@"\n')
+    suite.tool("curl", _wait_for_hub_exit(count) + f'exec {CURL} "$@"\n')
 
 
 def record_and_probe(suite):

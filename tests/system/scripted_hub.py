@@ -5,6 +5,8 @@ It binds no port, so every port number can be tried, and a whole run takes a few
 
 import shlex
 
+import system
+
 DEFAULT_PORTS = ("4466", "4465")  # the dashboard port and the control port, as text
 SAVED = b'{"http_port": 5000, "udp_port": 5001}'
 SAVED_PORTS = ("5000", "5001")
@@ -21,8 +23,7 @@ cd {folder}
 while :; do
   [ -s hub.pid ] || continue
   read -r pid < hub.pid
-  read -r _ _ state _ < /proc/$pid/stat
-  [ "$state" = Z ] && exit 7
+  {is_zombie} && exit 7
 done
 """
 
@@ -31,7 +32,7 @@ def make_failing(suite, path="td_hub"):
     """The hub ends at once and the probe fails right after: the launcher gives up."""
     folder = shlex.quote(str(suite.folder))
     suite.script(path, _RECORD_ARGUMENTS.format(folder=folder))
-    suite.tool("curl", _PROBE_AFTER_HUB.format(folder=folder))
+    suite.tool("curl", _PROBE_AFTER_HUB.format(folder=folder, is_zombie=system.IS_ZOMBIE))
 
 
 def ports(suite):

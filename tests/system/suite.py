@@ -14,6 +14,7 @@ import threading
 from pathlib import Path
 
 import psutil
+import system
 from components import ALL_COMPONENTS
 from console import READY
 from deadline import wait_until
@@ -25,23 +26,31 @@ STAND_INS = Path(os.environ.get("TD_STANDIN_DIR", BUILD)).resolve()
 # The scripted interfaces are built with the tests, which the launcher that people run is not.
 MODULES = Path(os.environ.get("TD_MODULE_DIR", BUILD / "scripted")).resolve()
 
+LAUNCHER = Path(system.LAUNCHER.format(build=BUILD, modules=MODULES))
+
 RECORDING_TOOL = """#!/bin/sh
 printf '%s\\0' "$#" "$@" >> "$0.calls"
 """
 
 
 class Ports:
-    """Free ports, each reserved for one test by the name of an abstract Unix socket."""
+    """Free ports, each reserved for one test: by another port, which the test holds until its end.
+
+    All of them are below the range that connections take theirs from.
+    """
+
+    _PORTS = range(10000, 21000)
+    _DISTANCE = len(_PORTS)  # from a port to the one that reserves it
 
     def __init__(self):
         self._holds = []
 
     def free(self):
         while True:
-            port = random.randrange(10000, 32000)  # below the range that connections take from
-            hold = socket.socket(socket.AF_UNIX, socket.SOCK_STREAM)
+            port = random.choice(self._PORTS)
+            hold = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
             try:
-                hold.bind(f"\0tandrel-test-port-{port}")
+                hold.bind(("127.0.0.1", port + self._DISTANCE))
             except OSError:
                 hold.close()
                 continue
@@ -81,7 +90,7 @@ class Suite:
         self.runs = []
         self.bin.mkdir()
         self.home.mkdir()
-        shutil.copy2(BUILD / "launcher", self.folder / "launcher")
+        shutil.copy2(LAUNCHER, self.folder / "launcher")
         for name in ALL_COMPONENTS:
             os.link(self._stand_in(name), self.component(name))
         for tool in ("open", "xdg-open", "osascript", "zenity", "kdialog", "xmessage"):

@@ -3,11 +3,10 @@
 No file or connection of the launcher may get the number of one of them, and so its texts.
 """
 
-import os
-
 import closed_streams
 import console
 import pytest
+import system
 from component_events import stops, wait_for_components
 from components import STOP_ORDER
 from interface import start_interface
@@ -20,7 +19,8 @@ def closed(request):
 
 def streams(run):
     """What descriptors 0, 1 and 2 of the launcher are open on."""
-    return [os.readlink(f"/proc/{run.pid}/fd/{number}") for number in range(3)]
+    opened = system.descriptors(run.pid)
+    return [opened[number] for number in range(3)]
 
 
 def expected_output(suite, closed):

@@ -4,9 +4,8 @@ It no longer answers that it is a terminal then, but the run was started in one:
 never shows an interface.
 """
 
-import shutil
 import socket
-from signal import SIGTERM
+from signal import SIGHUP, SIGTERM
 
 import console
 import pytest
@@ -14,17 +13,16 @@ from blocked_stderr import BlockedStderr
 from component_events import exits, kill, stops, wait_for_start
 from console import RESTARTING
 from deadline import wait_until
-from interface import install_module, start_interface
+from inherited_signals import start_with_signals
+from interface import install_interface, start_interface
 from probe_tools import record_and_probe
-
-ENV = shutil.which("env")
 
 
 class OfferedInterface:
     """An interface that the launcher could show; see tests/scripted_gui."""
 
     def __init__(self, suite, listener):
-        install_module(suite)
+        install_interface(suite)
         path = str(suite.folder / "interface.socket")
         self.environment = {**suite.environment, "TD_SCRIPTED_GUI": path}
         self._listener = listener
@@ -49,16 +47,17 @@ def interface(suite):
 class HeldRun:
     """A run in a terminal, held at a message of its start-up: that there is no sender."""
 
-    def __init__(self, suite, interface, *arguments, program=None):
+    def __init__(self, suite, interface, ignored=()):
         self._suite = suite
         self._interface = interface
         self._errors = BlockedStderr()
         suite.record()
         suite.component("sender").unlink()
-        self.run = suite.start(
-            *(*arguments, *suite.ports_options, "--no-browser"),
+        self.run = start_with_signals(
+            suite,
+            *(*suite.ports_options, "--no-browser"),
+            ignored=ignored,
             environment=interface.environment,
-            program=program,
             stderr=self._errors.writing,
             terminal="all",
         )
@@ -102,7 +101,7 @@ def test_after_the_hub_has_answered(suite, interface):
 
 
 def test_a_run_that_ignores_the_hang_up_goes_on_as_in_a_console(suite, interface):
-    held = HeldRun(suite, interface, "--ignore-signal=HUP", suite.launcher, program=ENV)
+    held = HeldRun(suite, interface, ignored=[SIGHUP])
     held.hang_up_and_release()
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)

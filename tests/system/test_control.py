@@ -3,11 +3,11 @@
 import time
 
 import pytest
+import system
 from blocked_stderr import BlockedStderr
 from component_events import (
     KILL_DELAY,
     SECOND,
-    is_gone,
     kill,
     kill_until_reaped,
     starts,
@@ -93,7 +93,7 @@ def test_starting_a_running_component_does_nothing(suite):
 def test_a_component_stopped_by_hand_stays_stopped(suite, name, watched):
     interface = start_interface(suite)
     interface.ask("stop", name)
-    assert is_gone(starts(suite, name)[0]["pid"])
+    assert system.is_gone(starts(suite, name)[0]["pid"])
     assert interface.running() == [other for other in COMPONENTS if other != name]
     assert stops(suite) == [f"td_{name}"]
     wait_for_supervisor_pass(suite, watched)
@@ -114,7 +114,7 @@ def test_a_component_stopped_by_hand_stays_stopped(suite, name, watched):
 def test_restart_by_hand(suite, name):
     interface = start_interface(suite)
     interface.ask("restart", name)
-    assert is_gone(starts(suite, name)[0]["pid"])
+    assert system.is_gone(starts(suite, name)[0]["pid"])
     wait_for_start(suite, name, 2)
     interface.ask("stop", name)
     interface.ask("restart", name)  # of a stopped one: a start
@@ -241,7 +241,7 @@ def test_the_supervisor_waits_for_an_operation(suite):
     restart = wait_for_start(suite, "receiver", 2)
     interface.receive()
     assert restart["time_ns"] - asked >= KILL_DELAY + SECOND // 2
-    assert is_gone(starts(suite, "sender")[0]["pid"])
+    assert system.is_gone(starts(suite, "sender")[0]["pid"])
     assert interface.running() == ["hub", "receiver"]
     assert interface.quit() == 0
     assert interface.errors.decode() == RESTARTING.format("receiver")

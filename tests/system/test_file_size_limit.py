@@ -1,11 +1,11 @@
 """A limit on the size of files: writing beyond it must not end the launcher."""
 
 import resource
-import shutil
 import signal
-from pathlib import Path
+import sys
 
 import pytest
+import system
 from component_events import (
     exits,
     kill_until_reaped,
@@ -15,37 +15,34 @@ from component_events import (
     wait_for_start,
 )
 from components import COMPONENTS, STOP_ORDER
+from inherited_signals import start_with_signals
 from interface import start_interface
 from settings_in_force import settings_text
 
-ENV = shutil.which("env")
-PRLIMIT = shutil.which("prlimit")
 LOG_SIZE = 1 << 20  # bytes: more than any other file of a test needs
 
-
-def limit_file_size(pid, size):
-    """Limits what a process and those that it starts from now on can write to a file."""
-    _, highest = resource.prlimit(pid, resource.RLIMIT_FSIZE)
-    resource.prlimit(pid, resource.RLIMIT_FSIZE, (size, highest))
-
-
-def signals(pid, field):
-    """The numbers of the signals in a field of a process's state, such as "SigIgn"."""
-    status = Path(f"/proc/{pid}/status").read_text()
-    mask = next(int(line.split()[1], 16) for line in status.splitlines() if line.startswith(field))
-    return {number for number in range(1, 65) if mask >> (number - 1) & 1}
+# Becomes the program that its arguments name, which can write no file beyond that size. What Python
+# ignores is not handed on.
+LIMITED = f"""
+import os, resource, signal, sys
+resource.setrlimit(resource.RLIMIT_FSIZE, ({LOG_SIZE}, {LOG_SIZE}))
+for number in (signal.SIGPIPE, signal.SIGXFSZ):
+    signal.signal(number, signal.SIG_DFL)
+os.execv(sys.argv[1], sys.argv[1:])
+"""
 
 
+@system.needs("limits of others")
 @pytest.mark.parametrize("size", [0, 10])
 def test_saving_beyond_the_limit_does_not_end_the_launcher(suite, size):
     suite.save_settings(settings_text(suite.http, suite.udp, True))
     interface = start_interface(suite)
-    limit_file_size(interface.pid, size)
+    system.limit_file_size(interface.pid, size)
     interface.ask("set_pref", 0)
     assert interface.running() == COMPONENTS
     assert len(suite.settings.read_bytes()) <= size
     assert interface.ask("pref") is False
-    limit_file_size(interface.pid, resource.RLIM_INFINITY)
+    system.limit_file_size(interface.pid, resource.RLIM_INFINITY)
     interface.ask("set_pref", 0)
     assert suite.settings.read_text() == settings_text(suite.http, suite.udp, False)
     assert interface.quit() == 0
@@ -57,9 +54,9 @@ def start_with_full_log(suite):
     """Starts a run whose output and errors go to a file that is at the limit already."""
     log = suite.folder / "full.log"
     log.write_bytes(b" " * LOG_SIZE)
-    command = [f"--fsize={LOG_SIZE}", suite.launcher, *suite.ports_options, "--no-browser"]
+    command = ["-IS", "-c", LIMITED, suite.launcher, *suite.ports_options, "--no-browser"]
     with log.open("ab") as output:
-        return suite.start(*command, program=PRLIMIT, stdout=output, stderr=output)
+        return suite.start(*command, program=sys.executable, stdout=output, stderr=output)
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT])
@@ -83,17 +80,30 @@ def test_components_have_the_default_action_at_the_limit(suite):
     kill_until_reaped(suite, "sender")
     wait_for_start(suite, "sender", 2)
     for name in COMPONENTS:
-        pid = starts(suite, name)[-1]["pid"]
-        assert signal.SIGXFSZ not in signals(pid, "SigIgn") | signals(pid, "SigCgt")
-        assert signal.SIGXFSZ not in signals(pid, "SigBlk")
+        for start in starts(suite, name):
+            assert signal.SIGXFSZ not in start["ignored"] + start["blocked"]
     assert run.stop() == 0
 
 
-def test_a_limit_signal_that_the_parent_ignores_stays_ignored(suite):
-    suite.record()
-    command = ["--ignore-signal=XFSZ", suite.launcher, *suite.ports_options, "--no-browser"]
-    run = suite.start(*command, program=ENV)
+def start_ignoring_the_limit(suite):
+    """Starts a run whose parent ignores the signal, and waits for the components."""
+    arguments = [*suite.ports_options, "--no-browser"]
+    run = start_with_signals(suite, *arguments, ignored=[signal.SIGXFSZ])
     wait_for_components(suite)
-    for pid in (run.pid, *(starts(suite, name)[0]["pid"] for name in COMPONENTS)):
-        assert signal.SIGXFSZ in signals(pid, "SigIgn")
+    return run
+
+
+@system.needs("signals of others")
+def test_a_limit_signal_that_the_parent_ignores_stays_ignored_in_the_launcher(suite):
+    suite.record()
+    run = start_ignoring_the_limit(suite)
+    assert signal.SIGXFSZ in system.signal_set(run.pid, "Ign")
+    assert run.stop() == 0
+
+
+def test_a_limit_signal_that_the_parent_ignores_stays_ignored_in_components(suite):
+    suite.record()
+    run = start_ignoring_the_limit(suite)
+    for name in COMPONENTS:
+        assert signal.SIGXFSZ in starts(suite, name)[0]["ignored"]
     assert run.stop() == 0

@@ -1,12 +1,12 @@
 """A run without a terminal: with an interface where there is one, else as in a console."""
 
-import os
+import shutil
 import signal
-from pathlib import Path
 from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 import console
 import pytest
+import system
 from blocked_stderr import BlockedStderr
 from component_events import (
     kill,
@@ -19,7 +19,8 @@ from component_events import (
 from components import COMPONENTS, STOP_ORDER
 from console import RESTARTING
 from deadline import wait_until
-from interface import install_module, start_interface
+from interface import install_interface, start_interface
+from suite import MODULES
 
 
 def count_end_messages(output):
@@ -91,9 +92,10 @@ def test_a_signal_ends_supervision_and_nothing_else(suite, number):
     assert stops(suite) == ["td_sender", "td_sender", "td_hub"]
 
 
+@system.needs("thread limit")
 def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite):
     suite.record()
-    install_module(suite)
+    install_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "no-threads"}
     environment["TD_SCRIPTED_GUI"] = "-"
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
@@ -106,8 +108,7 @@ def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite):
 def test_components_inherit_nothing_of_the_interface(suite):
     """Not even the interface's connection to this test, which is not closed at exec by itself."""
     interface = start_interface(suite)
-    held = os.listdir(f"/proc/{interface.pid}/fd")
-    assert len(held) > 3
+    assert len(system.descriptors(interface.pid)) > 3
     for name in COMPONENTS:
         interface.ask("restart", name)
         wait_for_start(suite, name, 2)
@@ -123,21 +124,22 @@ def test_components_inherit_nothing_of_the_interface(suite):
     assert interface.quit() == 0
 
 
+@system.needs("interface module")
 @pytest.mark.parametrize("terminal", ["input", "output"])
 def test_with_a_terminal_no_interface_is_loaded(suite, terminal):
-    install_module(suite)
+    install_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI": "-"}
     run = start_recording(suite, terminal=terminal, environment=environment)
     kill(suite, "sender")
     wait_for_start(suite, "sender", 2)  # the supervisor works, so the mode has been chosen
-    assert "tdgui.so" not in Path(f"/proc/{run.pid}/maps").read_text()
+    assert not system.has_loaded(run.pid, "tdgui.so")
     assert run.stop() == 0
     assert count_end_messages(run.output) == (1, 1)
 
 
 def unavailable(suite):
-    """A module that says, by TD_SCRIPTED_GUI_MODE, that it cannot be used."""
-    install_module(suite)
+    """An interface that says, by TD_SCRIPTED_GUI_MODE, that it cannot be used."""
+    install_interface(suite)
 
 
 def no_module(suite):
@@ -157,11 +159,18 @@ def folder(suite):
 
 
 def incomplete(suite):
-    install_module(suite, "incomplete.so")
+    shutil.copy2(MODULES / "incomplete.so", suite.folder / "tdgui.so")
 
 
 @pytest.mark.parametrize(
-    "make_interface", [unavailable, no_module, no_library, empty_file, folder, incomplete]
+    "make_interface",
+    [
+        unavailable,
+        *(
+            pytest.param(make, marks=system.needs("interface module"))
+            for make in (no_module, no_library, empty_file, folder, incomplete)
+        ),
+    ],
 )
 def test_without_an_interface_the_run_goes_on_as_in_a_console(suite, make_interface):
     make_interface(suite)
@@ -182,11 +191,12 @@ def test_a_run_without_terminal_and_interface_ends_by_a_signal(suite, number):
     check_everything_stopped(suite, run)
 
 
+@system.needs("interface module")
 def test_the_interface_is_loaded_from_the_launchers_folder_only(suite):
     """Not in the current folder."""
     elsewhere = suite.folder / "elsewhere"
     elsewhere.mkdir()
-    install_module(suite)
+    install_interface(suite)
     (suite.folder / "tdgui.so").rename(elsewhere / "tdgui.so")
     environment = {**suite.environment, "TD_SCRIPTED_GUI": "-"}
     run = start_recording(suite, terminal=None, cwd=elsewhere, environment=environment)
@@ -196,7 +206,7 @@ def test_the_interface_is_loaded_from_the_launchers_folder_only(suite):
 
 def test_no_interface_is_loaded_when_the_hub_does_not_start(suite):
     suite.set_behaviour("hub", "exit-at-once status=1")
-    install_module(suite)
+    install_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI": "-"}
     run = suite.start(*suite.ports_options, terminal=None, environment=environment)
     assert run.wait() == 1

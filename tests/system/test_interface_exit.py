@@ -10,7 +10,7 @@ from component_events import KILL_DELAY, kill_until_reaped, stops
 from components import STOP_ORDER
 from console import RESTARTING, STOPPED
 from deadline import wait_until
-from interface import install_module, start_interface
+from interface import install_interface, start_interface
 
 STATUS = 5
 
@@ -114,7 +114,7 @@ def test_an_exit_during_a_restart_leaves_nothing_behind(suite, exit_command):
 
 def test_an_exit_while_the_interface_is_loaded_leaves_nothing_behind(suite):
     suite.record("hub")
-    install_module(suite)
+    install_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "exit-early"}
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
     check_ended(suite, run)

@@ -8,6 +8,7 @@ from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 import console
 import psutil
 import pytest
+import system
 from components import COMPONENTS
 from deadline import wait_until
 from probe_tools import CURL
@@ -42,7 +43,7 @@ def probes(port):
         try:
             if any(f"127.0.0.1:{port}/" in word for word in process.cmdline()):
                 found.append(process)
-        except psutil.NoSuchProcess:
+        except (psutil.NoSuchProcess, psutil.AccessDenied):
             continue
     return found
 
@@ -209,6 +210,7 @@ def end_tool(suite, name):
     wait_until(lambda: not runs_tool(), f"the end of {name}")
 
 
+@system.needs("background browser")
 @pytest.mark.parametrize("interrupt", [press_ctrl_c, send_sigterm])
 def test_an_interrupt_while_the_browser_is_opened(suite, interrupt):
     add_tool_that_waits(suite, "open")

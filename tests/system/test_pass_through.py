@@ -9,21 +9,23 @@ import sys
 import closed_streams
 import console
 import pytest
-from component_events import is_gone, process_state, signal_set
+import system
 from components import ALL_COMPONENTS
 from deadline import DEADLINE, wait_until
+from inherited_signals import start_with_signals
 from run import CTRL_C
 
-ENV = shutil.which("env")
+SENDER = ["sender", "--hub", "127.0.0.1:1"]
 
 
-def start_sender(suite, *env_options):
-    """A sender that was started by a launcher without a terminal, and the sender's start record."""
+def start_sender(suite, **signals):
+    """A sender that was started by a launcher without a terminal, and the sender's start record.
+
+    `signals`: which ones the launcher was started with "ignored" or "blocked".
+    """
     suite.record("sender")
-    options = ["--default-signal", *env_options, str(suite.launcher), "sender"]
     # A session of its own: these tests may themselves run in the foreground of a terminal.
-    options += ["--hub", "127.0.0.1:1"]
-    run = suite.start(*options, program=ENV, terminal=None, start_new_session=True)
+    run = start_with_signals(suite, *SENDER, terminal=None, start_new_session=True, **signals)
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
     return run, start
 
@@ -80,7 +82,11 @@ def test_every_exit_status_is_returned(suite):
         assert [run.wait() for run in runs] == list(batch)
 
 
-@pytest.mark.parametrize("number", ["KILL", "TERM", "INT", "HUP", "USR1", "ABRT", "SEGV", "RTMIN"])
+ENDING_SIGNALS = ["KILL", "TERM", "INT", "HUP", "USR1", "ABRT", "SEGV"]
+REAL_TIME_SIGNALS = ["RTMIN"] if hasattr(signal, "SIGRTMIN") else []
+
+
+@pytest.mark.parametrize("number", ENDING_SIGNALS + REAL_TIME_SIGNALS)
 def test_a_component_killed_by_a_signal_gives_1(suite, number):
     suite.script("td_sender", f"#!/bin/bash\nulimit -c 0\nkill -{number} $$\n")
     run = suite.start("sender")
@@ -142,8 +148,7 @@ def test_the_streams_are_the_launchers(suite):
 def test_the_component_shares_terminal_session_and_group(suite):
     suite.record("sender")
     # The launcher leads the session here; its end would hang up on the sender.
-    options = ["--ignore-signal=HUP", str(suite.launcher), "sender", "--hub", "127.0.0.1:1"]
-    run = suite.start(*options, program=ENV, terminal="all")
+    run = start_with_signals(suite, *SENDER, ignored=[signal.SIGHUP], terminal="all")
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
     assert start["isatty"] == [True, True, True]
     assert len(set(start["stdio"])) == 1
@@ -154,6 +159,7 @@ def test_the_component_shares_terminal_session_and_group(suite):
     assert [row["signal"] for row in suite.events("stop")] == [signal.SIGINT]
 
 
+@system.needs("end with parent")
 def test_the_launcher_changes_no_signal_handling(suite):
     run, start = start_sender(suite)
     assert start["ignored"] == start["blocked"] == []
@@ -163,6 +169,7 @@ def test_the_launcher_changes_no_signal_handling(suite):
     wait_until(lambda: suite.events("exit"), "the sender's end")
 
 
+@system.needs("end with parent")
 @pytest.mark.parametrize("number", [signal.SIGKILL, signal.SIGTERM, signal.SIGHUP])
 def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
     run, start = start_sender(suite)
@@ -170,16 +177,17 @@ def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
     assert run.wait() == -number  # its output ends with the sender
     assert [row["signal"] for row in suite.events("stop")] == [signal.SIGTERM]
     assert [row["status"] for row in suite.events("exit")] == [0]
-    wait_until(lambda: is_gone(start["pid"]), "the sender to be reaped")
+    wait_until(lambda: system.is_gone(start["pid"]), "the sender to be reaped")
 
 
+@system.needs("end with parent")
 def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
     suite.set_behaviour("sender", "ignore-sigterm")
     run, start = start_sender(suite)
     run.signal(signal.SIGKILL)
     assert run.wait_for_process() == -signal.SIGKILL
     wait_until(lambda: suite.events("ignored"), "the sender to get its SIGTERM")
-    assert process_state(start["pid"]) in ("R", "S")
+    assert not system.has_ended(start["pid"]) and not system.is_suspended(start["pid"])
     assert suite.kill("sender") == start["pid"]
     run.wait()
     assert [row["signal"] for row in suite.events("ignored")] == [signal.SIGTERM]
@@ -231,17 +239,18 @@ def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
     assert run.wait_for_process() == 0
 
 
+@system.needs("end with parent", "signals of others")
 def test_a_blocked_sigterm_stays_blocked(suite):
     """In the launcher and in the component, which then outlives the launcher."""
-    run, start = start_sender(suite, "--block-signal=INT,TERM,HUP,QUIT")
     ending = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT}
+    run, start = start_sender(suite, blocked=ending)
     assert set(start["blocked"]) == ending
     # For the time of the start the launcher blocks all signals.
-    wait_until(lambda: signal_set(run.pid, "SigBlk") == ending, "the launcher's own mask")
+    wait_until(lambda: system.signal_set(run.pid, "Blk") == ending, "the launcher's own mask")
     run.signal(signal.SIGKILL)
     assert run.wait_for_process() == -signal.SIGKILL
     # The kernel has sent it by the time that the launcher can be reaped.
-    assert signal_set(start["pid"], "ShdPnd") == {signal.SIGTERM}
+    assert system.signal_set(start["pid"], "ShdPnd") == {signal.SIGTERM}
     assert suite.kill("sender") == start["pid"]
     run.wait()
     assert suite.events("stop") == suite.events("exit") == []
@@ -249,23 +258,17 @@ def test_a_blocked_sigterm_stays_blocked(suite):
 
 def test_signal_dispositions_and_mask_are_inherited_except_for_int_and_term(suite):
     suite.record("align")
-    run = suite.start(
-        "--default-signal",
-        "--ignore-signal=INT,TERM,HUP,PIPE,USR1",
-        "--block-signal=USR2",
-        str(suite.launcher),
-        "align",
-        program=ENV,
-    )
+    ignored = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGPIPE, signal.SIGUSR1]
+    run = start_with_signals(suite, "align", ignored=ignored, blocked=[signal.SIGUSR2])
     assert run.wait() == 0
     (start,) = suite.events("start")
-    assert start["ignored"] == [signal.SIGHUP, signal.SIGUSR1, signal.SIGPIPE]
+    assert start["ignored"] == sorted([signal.SIGHUP, signal.SIGUSR1, signal.SIGPIPE])
     assert start["blocked"] == [signal.SIGUSR2]
 
 
 def test_with_an_ignored_sigchld_the_status_is_still_returned(suite):
     suite.set_behaviour("align", "status=3")
-    run = suite.start("--ignore-signal=CHLD", str(suite.launcher), "align", program=ENV)
+    run = start_with_signals(suite, "align", ignored=[signal.SIGCHLD])
     assert run.wait() == 3
 
 
@@ -274,9 +277,9 @@ def test_after_a_suspension_the_status_is_still_returned(suite):
     run = subprocess.Popen([suite.launcher, "align"], stdin=subprocess.PIPE)
     wait_until(lambda: suite.processes("align"), "the component's start")
     run.send_signal(signal.SIGSTOP)
-    wait_until(lambda: process_state(run.pid) == "T", "the suspension")
+    wait_until(lambda: system.is_suspended(run.pid), "the suspension")
     run.send_signal(signal.SIGCONT)
-    wait_until(lambda: process_state(run.pid) == "S", "the launcher to go on")
+    wait_until(lambda: system.is_waiting(run.pid), "the launcher to go on")
     run.communicate(b"5\n")
     assert run.returncode == 5
 
@@ -314,12 +317,13 @@ def test_closed_streams_stay_closed(suite, closed):
     assert start["descriptors"] == []
 
 
-def test_the_environment_and_the_working_folder_are_inherited(suite):
-    suite.script("td_align", "#!/bin/sh\npwd\ncat /proc/$$/environ\n")
+def test_the_environment_and_the_working_folder_are_inherited(suite, environment_printer):
+    suite.component("align").unlink()
+    suite.component("align").symlink_to(environment_printer)
     environment = {"HOME": "", "ODD": "a=b\n", "PATH": suite.environment["PATH"], "LAST": ""}
     run = suite.start("align", environment=environment, cwd=suite.home)
     assert run.wait() == 0
-    folder, _, variables = run.output.partition(b"\n")
+    folder, _, variables = run.output.partition(b"\0")
     assert folder == bytes(suite.home)
     assert variables == b"HOME=\0ODD=a=b\n\0PATH=" + environment["PATH"].encode() + b"\0LAST=\0"
 

@@ -6,7 +6,8 @@ import console
 import hub_scripts
 import probe_tools
 import pytest
-from component_events import SECOND, arguments_of_start, is_gone, kill, starts, stops
+import system
+from component_events import SECOND, arguments_of_start, kill, starts, stops
 from components import COMPONENTS, STOP_ORDER, client_arguments, hub_arguments
 from console import RESTARTING
 from deadline import DEADLINE, wait_until
@@ -101,7 +102,7 @@ def test_a_change_to_a_hub_that_exits_fails(suite, behaviour):
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp) == (False, would_not_start(http))
     assert interface.running() == []
-    assert is_gone(starts(suite, "hub")[1]["pid"])
+    assert system.is_gone(starts(suite, "hub")[1]["pid"])
     check_only_arguments_changed(suite, interface, http, udp)
     # It is not restarted, and the next change can succeed.
     suite.set_behaviour("hub", "record=events.jsonl")

@@ -2,7 +2,6 @@
 
 import fcntl
 import os
-import shutil
 import time
 from pathlib import Path
 from signal import (
@@ -21,12 +20,12 @@ from signal import (
 import console
 import psutil
 import pytest
-from component_events import process_state, signal_set, start_recording, stops, wait_for_components
+import system
+from component_events import start_recording, stops, wait_for_components
 from components import COMPONENTS, PROGRAMS, STOP_ORDER
 from console import READY
 from deadline import wait_until
-
-ENV = shutil.which("env")
+from inherited_signals import start_with_signals
 
 
 def starts(suite):
@@ -43,12 +42,11 @@ def start_with_records(suite, *options, **run_options):
     return run, starts(suite)
 
 
-def start_by_env(suite, *env_options, verbose=False):
-    """The same for a launcher started with the signal dispositions that env(1) sets."""
+def start_inheriting(suite, verbose=False, **signals):
+    """The same for a launcher that was started with signals "ignored" or "blocked"."""
     suite.record()
-    launcher = [str(suite.launcher), *suite.ports_options, "--no-browser"]
-    launcher += ["--verbose"] if verbose else []
-    run = suite.start("--default-signal", *env_options, *launcher, program=ENV)
+    options = [*suite.ports_options, "--no-browser", *(["--verbose"] if verbose else [])]
+    run = start_with_signals(suite, *options, **signals)
     run.wait_for(READY)
     return run, starts(suite)
 
@@ -138,32 +136,32 @@ def test_no_descriptor_above_a_limit_that_was_lowered_reaches_a_component(suite,
     )
     for descriptor in (reading, writing, high):
         os.close(descriptor)
-    assert os.path.exists(f"/proc/{run.pid}/fd/{high}")
+    assert high in system.descriptors(run.pid)
     assert [row["descriptors"] for row in rows.values()] == [[], [], []]
     assert run.stop() == 0
 
 
 @pytest.mark.parametrize("verbose", [False, True])
 def test_components_inherit_default_signals_except_for_an_ignored_sigpipe(suite, verbose):
-    run, rows = start_by_env(suite, verbose=verbose)
+    run, rows = start_inheriting(suite, verbose)
     assert [row["ignored"] for row in rows.values()] == [[SIGPIPE]] * 3
     assert [row["blocked"] for row in rows.values()] == [[], [], []]
     assert run.stop() == 0
 
 
 def test_int_and_term_are_default_even_when_the_launcher_was_started_with_them_ignored(suite):
-    run, rows = start_by_env(suite, "--ignore-signal=INT,TERM,USR1", "--block-signal=USR2")
-    assert [row["ignored"] for row in rows.values()] == [[SIGUSR1, SIGPIPE]] * 3
+    run, rows = start_inheriting(suite, ignored=[SIGINT, SIGTERM, SIGUSR1], blocked=[SIGUSR2])
+    assert [row["ignored"] for row in rows.values()] == [sorted([SIGUSR1, SIGPIPE])] * 3
     assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
     assert run.stop(SIGTERM) == 0
 
 
+@system.needs("signals of others")
 @pytest.mark.parametrize("verbose", [False, True])
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
 def test_a_signal_that_the_parent_has_blocked_ends_the_run(suite, number, verbose):
-    blocked = f"--block-signal={number.name[3:]},USR2"
-    run, rows = start_by_env(suite, blocked, verbose=verbose)
-    assert signal_set(run.pid, "SigBlk") == {SIGUSR2}
+    run, rows = start_inheriting(suite, verbose, blocked=[number, SIGUSR2])
+    assert system.signal_set(run.pid, "Blk") == {SIGUSR2}
     assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
     assert run.stop(number) == 0
     assert run.output.endswith(console.STOPPED)
@@ -173,36 +171,39 @@ def test_a_signal_that_the_parent_has_blocked_ends_the_run(suite, number, verbos
     assert [row["program"] for row in suite.events("exit")] == STOP_ORDER
 
 
+@system.needs("signals of others")
 def test_an_ignored_quit_signal_stays_ignored(suite):
-    run, rows = start_by_env(suite, "--ignore-signal=QUIT")
+    run, rows = start_inheriting(suite, ignored=[SIGQUIT])
     assert [row["ignored"] for row in rows.values()] == [[SIGQUIT, SIGPIPE]] * 3
-    assert SIGQUIT in signal_set(run.pid, "SigIgn")
+    assert SIGQUIT in system.signal_set(run.pid, "Ign")
     run.signal(SIGQUIT)
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)
     assert run.stop() == 0
 
 
+@system.needs("signals of others")
 def test_the_end_of_the_launcher_alone_stops_no_component(suite):
     run, rows = start_with_records(suite)
     pids = [row["pid"] for row in rows.values()]
     for pid in pids:  # what a suspended process is sent stays pending
         os.kill(pid, SIGSTOP)
-        wait_until(lambda: process_state(pid) == "T", "the suspension")
+        wait_until(lambda: system.is_suspended(pid), "the suspension")
     run.signal(SIGKILL)
     assert run.wait() == -SIGKILL
-    assert [signal_set(pid, "ShdPnd") for pid in pids] == [set()] * 3
+    assert [system.signal_set(pid, "ShdPnd") for pid in pids] == [set()] * 3
     for pid in pids:
         os.kill(pid, SIGTERM)
         os.kill(pid, SIGCONT)
     wait_until(lambda: not suite.processes(), "the end of the components")
 
 
+@system.needs("signals of others")
 def test_under_nohup_a_hangup_changes_nothing(suite):
-    run, rows = start_by_env(suite, "--ignore-signal=HUP")
+    run, rows = start_inheriting(suite, ignored=[SIGHUP])
     assert [row["ignored"] for row in rows.values()] == [[SIGHUP, SIGPIPE]] * 3
-    assert SIGHUP in signal_set(run.pid, "SigIgn")
-    assert {SIGINT, SIGTERM} <= signal_set(run.pid, "SigCgt")
+    assert SIGHUP in system.signal_set(run.pid, "Ign")
+    assert {SIGINT, SIGTERM} <= system.signal_set(run.pid, "Cgt")
     run.signal(SIGHUP)
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)

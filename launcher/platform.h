@@ -1,5 +1,5 @@
-/// What differs between the systems the launcher runs on. One file implements all of it for each
-/// system; the build chooses the file.
+/// What differs between the systems the launcher runs on. For each system platform_* implements it,
+/// and interface_* find_interface(); the build chooses the files.
 #pragma once
 
 #include "tdgui.h"

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstring>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/auxv.h>
 #include <sys/prctl.h>
@@ -16,11 +15,6 @@
 namespace {
 
 constexpr std::size_t path_capacity = 4096; // with the terminating NUL
-
-using AvailableFunction = bool (*)();
-using ModuleRunFunction = void (*)(const tdgui::GuiConfig *);
-
-ModuleRunFunction g_module_run = nullptr;
 
 /// False where the kernel (before 5.9) does not have the call. The C library need not have it.
 bool close_range(int first, int last) {
@@ -37,10 +31,6 @@ bool is_in_foreground() {
   const bool in_foreground = tcgetpgrp(terminal) == getpgrp();
   close(terminal);
   return in_foreground;
-}
-
-void run_module(const tdgui::GuiConfig &config) {
-  g_module_run(&config);
 }
 
 } // namespace
@@ -98,20 +88,6 @@ std::string alert_command(const std::string &message) {
          message + "'; elif command -v kdialog; then kdialog --title Tandrel --error '" + message +
          "'; elif command -v xmessage; then xmessage -title Tandrel -center '" + message +
          "'; fi >/dev/null 2>&1";
-}
-
-RunFunction find_interface(const std::string &directory) {
-  // The module stays loaded until the process ends.
-  void *module = dlopen((directory + "tdgui.so").c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (module == nullptr) {
-    return nullptr;
-  }
-  auto *const available = reinterpret_cast<AvailableFunction>(dlsym(module, "tdgui_available"));
-  g_module_run = reinterpret_cast<ModuleRunFunction>(dlsym(module, "tdgui_run"));
-  if (available == nullptr || g_module_run == nullptr || !available()) {
-    return nullptr;
-  }
-  return run_module;
 }
 
 } // namespace platform

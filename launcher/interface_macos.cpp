@@ -1,0 +1,28 @@
+#include "platform.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+
+namespace {
+
+/// Whether this process can reach the window server. Where it cannot, AppKit ends the process. The
+/// attributes of the security session would not do: they tell how the user logged in, so a login by
+/// ssh has none for graphics even while AppKit works there because its user is at the screen, too.
+bool has_graphic_session() {
+  const CFDictionaryRef session = CGSessionCopyCurrentDictionary();
+  if (session == nullptr) {
+    return false;
+  }
+  CFRelease(session);
+  return true;
+}
+
+} // namespace
+
+namespace platform {
+
+RunFunction find_interface(const std::string & /*directory*/) {
+  return has_graphic_session() ? tdgui::run : nullptr;
+}
+
+} // namespace platform

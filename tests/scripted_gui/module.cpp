@@ -1,0 +1,11 @@
+// The two functions that the launcher calls in tdgui.so.
+
+#include "scripted.h"
+
+extern "C" bool tdgui_available() {
+  return scripted::is_available();
+}
+
+extern "C" void tdgui_run(const tdgui::GuiConfig *gui) {
+  scripted::run(*gui);
+}

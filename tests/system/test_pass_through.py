@@ -194,24 +194,23 @@ def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
 
 
 SAVING_COMPONENT = f"""#!{sys.executable} -IS
-import os, signal
+import signal
 
 def note(text):
     with open("{{folder}}/notes", "a") as notes:
         notes.write(text + "\\n")
 
-def save(*_):
-    note("saving")
-    with open("{{folder}}/go") as go:
-        go.read()
-    note("saved")
-    os._exit(0)
-
-signal.signal(signal.SIGTERM, lambda *_: note("SIGTERM"))
-signal.signal(signal.SIGINT, save)
+signals = {{{{signal.SIGINT, signal.SIGTERM}}}}
+signal.pthread_sigmask(signal.SIG_BLOCK, signals)
 note("ready")
-while True:
-    signal.pause()
+while signal.sigwait(signals) == signal.SIGTERM:
+    note("SIGTERM")
+note("saving")
+with open("{{folder}}/go") as go:
+    go.read()
+for number in signal.sigpending():
+    note(number.name)
+note("saved")
 """
 
 

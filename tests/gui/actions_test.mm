@@ -1,7 +1,7 @@
 // What choosing an item does, with its callback present and absent.
 
+#include "application.h"
 #include "interface.h"
-#include "runtime/replace_method.h"
 
 #include <gtest/gtest.h>
 
@@ -25,14 +25,14 @@ BOOL note_url(id, SEL, NSURL *url) {
 class Stubs {
 public:
   Stubs() {
-    g_terminate = td::replace_method([NSApplication class], @selector(terminate:),
-                                     reinterpret_cast<IMP>(note_terminate));
-    g_open_url = td::replace_method([NSWorkspace class], @selector(openURL:),
-                                    reinterpret_cast<IMP>(note_url));
+    g_terminate = replace_method([NSApplication class], @selector(terminate:),
+                                 reinterpret_cast<IMP>(note_terminate));
+    g_open_url =
+        replace_method([NSWorkspace class], @selector(openURL:), reinterpret_cast<IMP>(note_url));
   }
   ~Stubs() {
-    td::replace_method([NSApplication class], @selector(terminate:), g_terminate);
-    td::replace_method([NSWorkspace class], @selector(openURL:), g_open_url);
+    replace_method([NSApplication class], @selector(terminate:), g_terminate);
+    replace_method([NSWorkspace class], @selector(openURL:), g_open_url);
   }
 };
 
@@ -246,7 +246,7 @@ TEST(Actions, QuitCallsQuitOnceAndThenTerminates) {
 TEST(Actions, CopyPutsTheAddressOnThePasteboard) {
   run_interface(full_config(), [](Interface interface) {
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
-    [pasteboard declareTypes:[NSArray arrayWithObject:NSTIFFPboardType] owner:nil];
+    [pasteboard declareTypes:[NSArray arrayWithObject:NSPasteboardTypeTIFF] owner:nil];
     calls_of(interface, @"Copy Dashboard Address");
     EXPECT_EQ(pasteboard_text(), "http://localhost:8080/");
     EXPECT_EQ([[pasteboard types] count], 1u); // what was there before is gone

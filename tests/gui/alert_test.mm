@@ -1,7 +1,7 @@
 // tdgui::alert and the styles of the alerts.
 
+#include "application.h"
 #include "interface.h"
-#include "runtime/replace_method.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ NSInteger note_alert(NSAlert *alert, SEL selector) {
   return reinterpret_cast<NSInteger (*)(id, SEL)>(g_run_modal)(alert, selector);
 }
 
-/// GNUstep itself activates the application when an alert gets the focus; that is not recorded.
+/// An alert that gets the focus may activate the application itself; that is not recorded.
 void note_activate(id application, SEL selector, BOOL flag) {
   if (![NSApp modalWindow]) {
     g_events.emplace_back(flag ? "activate" : "activate without ignoring other applications");
@@ -35,13 +35,13 @@ public:
   Watch() {
     g_events.clear();
     g_run_modal =
-        td::replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(note_alert));
-    g_activate = td::replace_method([NSApplication class], @selector(activateIgnoringOtherApps:),
-                                    reinterpret_cast<IMP>(note_activate));
+        replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(note_alert));
+    g_activate = replace_method([NSApplication class], @selector(activateIgnoringOtherApps:),
+                                reinterpret_cast<IMP>(note_activate));
   }
   ~Watch() {
-    td::replace_method([NSAlert class], @selector(runModal), g_run_modal);
-    td::replace_method([NSApplication class], @selector(activateIgnoringOtherApps:), g_activate);
+    replace_method([NSAlert class], @selector(runModal), g_run_modal);
+    replace_method([NSApplication class], @selector(activateIgnoringOtherApps:), g_activate);
   }
 };
 

@@ -10,6 +10,11 @@
 
 #import <AppKit/AppKit.h>
 
+/// The interface's own object, as far as the tests use it.
+@protocol GuiTestController <NSMenuDelegate>
+- (NSStatusItem *)item;
+@end
+
 namespace gui_test {
 
 /// What the callbacks return, and what they were called with.
@@ -34,12 +39,13 @@ tdgui::GuiConfig full_config();
 
 /// The objects of a running interface.
 struct Interface {
-  id controller;
-  NSStatusItem *item;
-  NSMenu *menu;
-  CGFloat asked_length;                 ///< of the status item
-  NSApplicationActivationPolicy policy; ///< -1 when none was set
-  std::vector<std::string> steps;       ///< what run() did, in order, as seen from outside
+  id<GuiTestController> controller = nil;
+  NSStatusItem *item = nil;
+  NSMenu *menu = nil;
+  CGFloat asked_length = 0; ///< of the status item
+  /// -1 when none was set.
+  NSApplicationActivationPolicy policy = static_cast<NSApplicationActivationPolicy>(-1);
+  std::vector<std::string> steps; ///< what run() did, in order, as seen from outside
 };
 
 /// Calls tdgui::run with `config` and runs `body` in its event loop, which then ends.
@@ -58,8 +64,10 @@ void turn_loop(NSString *mode);
 /// Sends the item's action to its target.
 void choose(NSMenuItem *item);
 
-/// While it exists, wakes the event loop regularly and answers alerts. GNUstep looks at its event
-/// queue only after input from the X server, so the pulse produces some.
+/// Runs the event loop until `done` returns true, for at most ten seconds; returns its last result.
+bool run_loop_until(const std::function<bool()> &done);
+
+/// While it exists, wakes the event loop regularly and answers alerts.
 class Pulse {
 public:
   Pulse();

@@ -1,10 +1,9 @@
 #include "interface.h"
 
+#include "application.h"
 #include "config_layout.h"
-#include "runtime/replace_method.h"
-#include "x11/window_device.h"
-#include "x_events.h"
 
+#include <chrono>
 #include <deque>
 
 #include <gtest/gtest.h>
@@ -73,11 +72,24 @@ void set_open_browser_pref(bool open) {
   g_record.open_browser = open;
 }
 
+/// When the menu is set, the icon must be complete, and the menu too, except for its items.
+void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
+  const bool finished_icon = [[item button] image] && [[item button] toolTip];
+  const auto controller = static_cast<id<GuiTestController>>([menu delegate]);
+  const bool finished_menu = [controller item] == item && [menu numberOfItems] == 0;
+  g_interface.steps.emplace_back(finished_icon && finished_menu ? "menu" : "menu too early");
+  reinterpret_cast<void (*)(id, SEL, id)>(g_set_menu)(item, selector, menu);
+}
+
 NSStatusItem *make_status_item(id bar, SEL selector, CGFloat length) {
   g_interface.steps.emplace_back("status item");
   g_interface.asked_length = length;
   g_interface.item = reinterpret_cast<NSStatusItem *(*)(id, SEL, CGFloat)>(g_make_status_item)(
       bar, selector, length);
+  if (!g_set_menu) { // the item's class need not be NSStatusItem itself
+    g_set_menu = replace_method([g_interface.item class], @selector(setMenu:),
+                                reinterpret_cast<IMP>(set_menu));
+  }
   return g_interface.item;
 }
 
@@ -86,14 +98,6 @@ BOOL set_policy(id application, SEL selector, NSApplicationActivationPolicy poli
   g_interface.policy = policy;
   return reinterpret_cast<BOOL (*)(id, SEL, NSApplicationActivationPolicy)>(g_set_policy)(
       application, selector, policy);
-}
-
-/// When the menu is set, the icon must be complete, and the menu too, except for its items.
-void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
-  const bool finished_icon = [[item button] image] && [[item button] toolTip];
-  const bool finished_menu = [[menu delegate] item] == item && [menu numberOfItems] == 0;
-  g_interface.steps.emplace_back(finished_icon && finished_menu ? "menu" : "menu too early");
-  reinterpret_cast<void (*)(id, SEL, id)>(g_set_menu)(item, selector, menu);
 }
 
 void run_application(id application, SEL selector) {
@@ -112,25 +116,18 @@ void watch_calls() {
     return;
   }
   done = true;
-  g_make_status_item = td::replace_method([NSStatusBar class], @selector(statusItemWithLength:),
-                                          reinterpret_cast<IMP>(make_status_item));
-  g_set_policy = td::replace_method([NSApplication class], @selector(setActivationPolicy:),
-                                    reinterpret_cast<IMP>(set_policy));
-  g_set_menu = td::replace_method(objc_getClass("TDStatusItem"), @selector(setMenu:),
-                                  reinterpret_cast<IMP>(set_menu));
-  g_run_application = td::replace_method([NSApplication class], @selector(run),
-                                         reinterpret_cast<IMP>(run_application));
+  g_make_status_item = replace_method([NSStatusBar class], @selector(statusItemWithLength:),
+                                      reinterpret_cast<IMP>(make_status_item));
+  g_set_policy = replace_method([NSApplication class], @selector(setActivationPolicy:),
+                                reinterpret_cast<IMP>(set_policy));
+  g_run_application =
+      replace_method([NSApplication class], @selector(run), reinterpret_cast<IMP>(run_application));
   g_run_modal =
-      td::replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(count_alert));
+      replace_method([NSAlert class], @selector(runModal), reinterpret_cast<IMP>(count_alert));
 }
 
-void wake_loop() {
-  for (NSWindow *window in [NSApp windows]) {
-    if ([window isVisible]) {
-      send_exposure(td::display_of(window), td::x_window_of(window));
-    }
-  }
-  [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
+void post_event() {
+  [NSApp postEvent:[NSEvent otherEventWithType:NSEventTypeApplicationDefined
                                       location:NSZeroPoint
                                  modifierFlags:0
                                      timestamp:0
@@ -153,7 +150,7 @@ void wake_loop() {
 - (void)runBody:(NSTimer *)timer {
   using namespace gui_test;
   g_interface.menu = [g_interface.item menu];
-  g_interface.controller = [g_interface.menu delegate];
+  g_interface.controller = static_cast<id<GuiTestController>>([g_interface.menu delegate]);
   g_body(g_interface);
   [NSApp stop:nil];
 }
@@ -168,6 +165,7 @@ void wake_loop() {
     answer(panel);
   }
   wake_loop();
+  post_event();
 }
 
 @end
@@ -220,7 +218,7 @@ tdgui::GuiConfig full_config() {
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {
   @autoreleasepool {
     Pulse pulse;
-    g_interface = {nil, nil, nil, 0, -1, {}};
+    g_interface = {};
     g_body = body;
     GuiTestDriver *driver = [[[GuiTestDriver alloc] init] autorelease];
     [NSTimer scheduledTimerWithTimeInterval:0
@@ -257,6 +255,15 @@ void turn_loop(NSString *mode) {
   for (int round = 0; round < 5; ++round) {
     [[NSRunLoop currentRunLoop] runMode:mode beforeDate:[NSDate dateWithTimeIntervalSinceNow:1]];
   }
+}
+
+bool run_loop_until(const std::function<bool()> &done) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (!done() && std::chrono::steady_clock::now() < deadline) {
+    NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
+    [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:soon];
+  }
+  return done();
 }
 
 void choose(NSMenuItem *item) {
@@ -304,7 +311,7 @@ void click(NSWindow *panel, NSString *title) {
     }
   }
   ADD_FAILURE() << "no button " << [title UTF8String];
-  [NSApp stopModalWithCode:NSRunAbortedResponse];
+  [NSApp stopModalWithCode:NSModalResponseAbort];
 }
 
 bool shows(NSWindow *panel, NSString *text) {

@@ -37,7 +37,7 @@ void expect_part(NSWindow *panel, NSUInteger index, const char *text, NSRect fra
 void type(NSWindow *panel, NSString *keys) {
   for (NSUInteger i = 0; i < [keys length]; ++i) {
     NSString *key = [keys substringWithRange:NSMakeRange(i, 1)];
-    [NSApp postEvent:[NSEvent keyEventWithType:NSKeyDown
+    [NSApp postEvent:[NSEvent keyEventWithType:NSEventTypeKeyDown
                                             location:NSZeroPoint
                                        modifierFlags:0
                                            timestamp:0
@@ -98,22 +98,6 @@ TEST(PortsDialog, ShowsTheCurrentPorts) {
     });
     choose(item_titled((filled(interface), interface.menu), @"Settings…"));
     EXPECT_EQ(unanswered_alerts(), 0u);
-  });
-}
-
-TEST(PortsDialog, PartsNeitherOverlapNorLeaveThePanel) {
-  run_interface(full_config(), [](Interface interface) {
-    when_alert_runs([](NSWindow *panel) {
-      NSArray *parts = [[panel contentView] subviews];
-      for (NSView *one in parts) {
-        EXPECT_TRUE(NSContainsRect([[panel contentView] bounds], NSIntegralRect([one frame])));
-        for (NSView *other in parts) {
-          EXPECT_TRUE(one == other || !NSIntersectsRect([one frame], [other frame]));
-        }
-      }
-      click(panel, @"Cancel");
-    });
-    choose(item_titled((filled(interface), interface.menu), @"Settings…"));
   });
 }
 

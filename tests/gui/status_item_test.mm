@@ -1,5 +1,6 @@
 // The status item and its icon.
 
+#include "application.h"
 #include "interface.h"
 
 #include <algorithm>
@@ -21,23 +22,6 @@ const NSRect icon_bars[] = {{{0, 5.5}, {2, 5}},
                             {{8, 1}, {2, 14}},
                             {{12, 3}, {2, 10}},
                             {{16, 5.5}, {2, 5}}};
-
-NSBitmapImageRep *drawn(NSImage *image) {
-  const NSRect frame =
-      NSMakeRect(0, 0, icon_width * pixels_per_point, icon_height * pixels_per_point);
-  NSImage *canvas = [[[NSImage alloc] initWithSize:frame.size] autorelease];
-  [canvas lockFocus];
-  [[NSColor blackColor] set];
-  NSRectFill(frame);
-  NSAffineTransform *scale = [NSAffineTransform transform];
-  [scale scaleBy:pixels_per_point];
-  [scale concat];
-  [[[image representations] objectAtIndex:0] draw];
-  [[NSAffineTransform transform] set];
-  NSBitmapImageRep *bitmap = [[[NSBitmapImageRep alloc] initWithFocusedViewRect:frame] autorelease];
-  [canvas unlockFocus];
-  return bitmap;
-}
 
 /// The point's distance from the bar's outline; negative inside the bar.
 CGFloat distance_from(const NSRect &bar, CGFloat x, CGFloat y) {
@@ -123,42 +107,11 @@ TEST(StatusItem, IconHasFiveTealBars) {
     NSImage *image = [[interface.item button] image];
     EXPECT_EQ([image size].width, icon_width);
     EXPECT_EQ([image size].height, icon_height);
-    EXPECT_FALSE([image isFlipped]);
     for (int drawing = 0; drawing < 2; ++drawing) { // the image is drawn again each time
-      const Difference difference = compare(drawn(image));
+      const Difference difference = compare(drawn(image, pixels_per_point));
       EXPECT_GT(difference.ink, 80 * pixels_per_point * pixels_per_point);
       EXPECT_GT(difference.paper, 195 * pixels_per_point * pixels_per_point);
       EXPECT_EQ(difference.wrong, 0) << drawing;
-    }
-  });
-}
-
-TEST(StatusItem, IsDrawnOnTheScreen) {
-  run_interface(full_config(), [](Interface interface) {
-    NSWindow *window = [[interface.item button] window];
-    EXPECT_TRUE([window isVisible]);
-    NSView *button = [interface.item button];
-    EXPECT_TRUE(NSEqualRects([button frame], [[window contentView] frame]));
-  });
-}
-
-TEST(StatusItem, IgnoresTheSizeInAnEvent) {
-  run_interface(full_config(), [](Interface interface) {
-    NSView *button = [interface.item button];
-    NSWindow *window = [button window];
-    const NSRect frame = [window frame];
-    for (const short subtype : {GSAppKitWindowResized, GSAppKitWindowMoved}) {
-      [window sendEvent:[NSEvent otherEventWithType:NSAppKitDefined
-                                           location:NSMakePoint(460, 26)
-                                      modifierFlags:0
-                                          timestamp:0
-                                       windowNumber:[window windowNumber]
-                                            context:nil
-                                            subtype:subtype
-                                              data1:1
-                                              data2:1]];
-      EXPECT_TRUE(NSEqualRects([window frame], frame)) << subtype;
-      EXPECT_TRUE(NSEqualSizes([button frame].size, frame.size)) << subtype;
     }
   });
 }

@@ -10,6 +10,10 @@ enum {
   NSAlertStyleCritical = NSCriticalAlertStyle
 };
 
+static const NSEventType NSEventTypeApplicationDefined = NSApplicationDefined;
+static const NSEventType NSEventTypeKeyDown = NSKeyDown;
+static const NSUInteger NSEventModifierFlagCommand = NSCommandKeyMask;
+
 @interface NSApplication (TDMissing)
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;
 @end

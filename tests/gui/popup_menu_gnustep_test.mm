@@ -208,6 +208,15 @@ TEST(PopupMenu, StaysOnTheScreen) {
   });
 }
 
+TEST(MenuText, SecondaryTextIsGrey) {
+  @autoreleasepool {
+    NSColor *grey =
+        [[NSColor secondaryLabelColor] colorUsingColorSpaceName:NSCalibratedWhiteColorSpace];
+    EXPECT_GT([grey whiteComponent], 0.3);
+    EXPECT_LT([grey whiteComponent], 0.7);
+  }
+}
+
 TEST(MenuText, NamesTheKeyAndFillsInFontAndColour) {
   run_interface(full_config(), [](Interface interface) {
     const std::vector<NSMenuItem *> items = filled(interface);

@@ -1,4 +1,5 @@
-// What platform_macos.cpp and interface_macos.cpp do, with functions in place of macOS's that answer as a test wants.
+// What platform_macos.cpp and interface_macos.cpp do, with functions in place of macOS's that
+// answer as a test wants.
 
 #include "platform.h"
 

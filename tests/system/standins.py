@@ -25,7 +25,7 @@ class StandIns:
 
     def __init__(self):
         self._folder = tempfile.TemporaryDirectory(prefix="tandrel-stand-ins-")
-        self.folder = Path(self._folder.name)
+        self.folder = Path(self._folder.name).resolve()
         self.ports = Ports()
         self.udp = self.ports.free()
         self.http = self.ports.free()

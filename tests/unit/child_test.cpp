@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -91,8 +92,40 @@ TEST(Spawn, LeavesTheSignalMaskAsItWas) {
   }
 }
 
+/// Starts a process that waits, and expects it to be in that group and session: those of the
+/// process itself where they are 0.
+void expect_group_and_session(bool quiet, pid_t group, pid_t session) {
+  const TemporaryFolder folder;
+  const std::string ready = folder.prefix() + "ready";
+  ASSERT_EQ(mkfifo(ready.c_str(), 0600), 0);
+  Child child = shell("echo > " + ready + "; exec sleep 1000");
+  child.quiet = quiet;
+  ASSERT_TRUE(spawn(child));
+  std::ifstream(ready).get(); // opens once the process runs the shell
+  EXPECT_EQ(getpgid(child.pid), group == 0 ? child.pid : group);
+  EXPECT_EQ(getsid(child.pid), session == 0 ? child.pid : session);
+  stop(child);
+}
+
+TEST(Spawn, QuietHasASessionOfItsOwn) {
+  expect_group_and_session(true, 0, 0);
+}
+
+TEST(Spawn, OtherwiseSharesGroupAndSession) {
+  expect_group_and_session(false, getpgrp(), getsid(0));
+}
+
+TEST(Spawn, PassesDescriptorsOnlyWhenAsked) {
+  const int descriptor = open("/dev/null", O_RDONLY); // deliberately without O_CLOEXEC
+  ASSERT_GE(descriptor, 3);
+  const std::string look = "[ -e /dev/fd/" + std::to_string(descriptor) + " ]";
+  EXPECT_NE(status_of(shell(look)), 0);
+  EXPECT_EQ(status_of(shell(look), SpawnMode::pass_through), 0);
+  close(descriptor);
+}
+
 TEST(Reap, IsTrueForAnIdleRecord) {
-  Child child = make("/bin/true");
+  Child child = make("/usr/bin/true");
   EXPECT_TRUE(reap(child));
 }
 
@@ -110,7 +143,7 @@ TEST(Reap, TellsRunningFromEnded) {
 }
 
 TEST(Reap, TakesAFailedPollForRunning) {
-  Child child = make("/bin/true");
+  Child child = make("/usr/bin/true");
   ASSERT_TRUE(spawn(child));
   const pid_t pid = child.pid;
   ASSERT_EQ(waitpid(pid, nullptr, 0), pid); // somebody else reaps it
@@ -121,7 +154,7 @@ TEST(Reap, TakesAFailedPollForRunning) {
 TEST(Stop, OfAnIdleRecordSendsNothing) {
   static std::atomic<int> received{0};
   (void)signal(SIGTERM, [](int) { ++received; }); // kill(-1) would reach this process too
-  Child child = make("/bin/true");
+  Child child = make("/usr/bin/true");
   stop(child);
   EXPECT_EQ(child.pid, -1);
   EXPECT_EQ(received, 0);
@@ -129,7 +162,7 @@ TEST(Stop, OfAnIdleRecordSendsNothing) {
 }
 
 TEST(Stop, ReapsAnEndedProcessAtOnce) {
-  Child child = make("/bin/true");
+  Child child = make("/usr/bin/true");
   ASSERT_TRUE(spawn(child));
   const pid_t pid = child.pid;
   wait_until_ended(child);
@@ -198,7 +231,7 @@ TEST(WaitForExit, GoesOnAfterASignal) {
 }
 
 TEST(WaitForExit, OfAProcessThatIsGoneIsEmpty) {
-  Child child = make("/bin/false");
+  Child child = make("/usr/bin/false");
   ASSERT_TRUE(spawn(child));
   ASSERT_EQ(waitpid(child.pid, nullptr, 0), child.pid);
   EXPECT_EQ(wait_for_exit(child), std::nullopt);

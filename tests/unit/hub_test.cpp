@@ -113,7 +113,7 @@ TEST_F(StartHub, DoesNotBelieveAnAnswerWhenTheHubHasExited) {
   // The probe succeeds, but only once the hub has exited.
   answer_from_probe(1, "until [ -s " + pid_file + " ]; do :; done\nread -r pid < " + pid_file +
                            "\nkill -KILL $pid\n"
-                           "until /bin/ps -o state= -p $pid | /bin/grep -q Z; do :; done\n");
+                           "until /bin/ps -o state= -p $pid | /usr/bin/grep -q Z; do :; done\n");
   EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
   EXPECT_EQ(hub.pid, -1);
 }

@@ -12,7 +12,11 @@ import system_linux
 import system_macos
 
 _MODULES = {"linux": system_linux, "macos": system_macos}
-_here = _MODULES[os.environ.get("TD_SYSTEM") or {"darwin": "macos"}.get(sys.platform, "linux")]
+_OWN = {"darwin": "macos"}.get(sys.platform, "linux")
+_here = _MODULES[os.environ.get("TD_SYSTEM", _OWN)]
+
+# The modules that work on this system, whichever is chosen.
+WORKING = [system_macos] if _OWN == "macos" else [system_linux, system_macos]
 
 # What one of the systems lacks, and some tests need.
 ABILITIES = {ability for module in _MODULES.values() for ability in module.MISSING}

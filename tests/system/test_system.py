@@ -3,7 +3,6 @@
 import os
 import signal
 import subprocess
-import sys
 
 import pytest
 import system
@@ -12,10 +11,8 @@ import system_macos
 from deadline import wait_until
 from suite import Ports
 
-HERE = [system_macos] if sys.platform == "darwin" else [system_linux, system_macos]
 
-
-@pytest.fixture(params=HERE, ids=lambda module: module.__name__)
+@pytest.fixture(params=system.WORKING, ids=lambda module: module.__name__)
 def module(request):
     return request.param
 

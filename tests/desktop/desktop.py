@@ -28,7 +28,7 @@ class Desktop:
         # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
-        folder = self._folder / "suite"
+        folder = self._folder / "build"  # as in this tree, for the scripts
         folder.mkdir()
         self.suite = suite_module.Suite(folder, self._ports, self._folder)
         shutil.copy2(suite_module.BUILD / "tdgui.so", folder / "tdgui.so")
@@ -52,13 +52,15 @@ class Desktop:
 
     def start(self, *arguments):
         """Starts the launcher on the suite's ports and waits until its icon is there."""
-        self.run = self.suite.start(
-            *self.suite.ports_options,
-            *arguments,
-            terminal=None,
-            environment={**self.screen.environment, **self._changes},
-        )
+        self.launch(*self.suite.ports_options, *arguments)
         self.menu_bar.icon()
+        return self.run
+
+    def launch(self, *arguments, **options):
+        """Starts the launcher and waits for nothing; `options` are those of `Run`."""
+        options.setdefault("terminal", None)
+        options.setdefault("environment", {**self.screen.environment, **self._changes})
+        self.run = self.suite.start(*arguments, **options)
         return self.run
 
     def quit(self):

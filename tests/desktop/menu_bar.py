@@ -84,15 +84,15 @@ class MenuBar:
 
     def icon(self):
         """Waits for the icon; returns the rectangle of its bars."""
+        return wait_until(self.drawn_icon, "the icon")
 
-        def drawn():
-            rect = self.icon_window()
-            if not rect:
-                return None
-            found = self.screen.image(rect).where(lambda pixel: _close(pixel, TEAL, 4))
-            return bounds(found, rect) if len(found) >= 60 else None
-
-        return wait_until(drawn, "the icon")
+    def drawn_icon(self):
+        """The rectangle of the icon's bars; None while it is not there or not drawn."""
+        rect = self.icon_window()
+        if not rect:
+            return None
+        found = self.screen.image(rect).where(lambda pixel: _close(pixel, TEAL, 4))
+        return bounds(found, rect) if len(found) >= 60 else None
 
     def icon_window(self):
         """The rectangle of the icon's window; dialogs show the same bars, only larger."""
@@ -118,12 +118,16 @@ class MenuBar:
         image = self.screen.image(rect)
         return all(_close(image.pixel(x, 0), EDGE, 3) for x in (0, rect.width - 1))
 
-    def open(self):
-        """Clicks the icon and returns the menu, drawn."""
+    def open_window(self):
+        """Clicks the icon and returns the menu's rectangle when it is drawn."""
         icon = self.icon()
         self._known = self.windows()
         self.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
-        return Menu(self.screen, self._new_window(self._edged, "the menu"), ROWS)
+        return self._new_window(self._edged, "the menu")
+
+    def open(self):
+        """Clicks the icon and returns the menu, drawn."""
+        return Menu(self.screen, self.open_window(), ROWS)
 
     def submenu(self, menu, row):
         """Points at a row of the open menu and returns its submenu, drawn."""

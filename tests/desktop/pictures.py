@@ -1,7 +1,8 @@
 """Makes pictures of the running interface on a private screen.
 
-    pictures.py FOLDER     menu.png, submenu.png, ports.png and warning.png in FOLDER
-    pictures.py FILE.png   the open menu alone
+    pictures.py FOLDER                 menu.png, submenu.png, ports.png and warning.png in FOLDER
+    pictures.py FILE.png ARGUMENTS...  the open menu of a launcher with these arguments; when that
+                                       ends at once, no picture, but its output and its status
 """
 
 import socket
@@ -10,6 +11,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 
+from deadline import wait_until  # noqa: E402
 from desktop import Desktop  # noqa: E402
 from dialogs import Dialog, PortsDialog  # noqa: E402
 from screen import SIZE, Rect  # noqa: E402
@@ -53,24 +55,43 @@ def picture_dialogs(desktop, ports, warning):
         refusal.answer("Return")
 
 
+def make_all(desktop, folder):
+    desktop.suite.http, desktop.suite.udp = DEFAULT_PORTS
+    desktop.start()
+    folder.mkdir(parents=True, exist_ok=True)
+    menu = picture_menu(desktop, folder / "menu.png")
+    picture_submenu(desktop, menu, folder / "submenu.png")
+    picture_dialogs(desktop, folder / "ports.png", folder / "warning.png")
+    return desktop.quit()
+
+
+def make_one(desktop, path, arguments):
+    """Returns the launcher's exit status."""
+    run = desktop.launch(*arguments)
+    wait_until(
+        lambda: run.process.poll() is not None or desktop.menu_bar.drawn_icon(),
+        "the icon or the launcher's end",
+    )
+    if run.process.poll() is None:
+        menu = desktop.menu_bar.open_window()
+        desktop.screen.save(path, around(menu, desktop.menu_bar.icon_window()))
+        desktop.screen.press("alt+q")
+    status = run.wait()
+    sys.stdout.buffer.write(run.output)
+    sys.stderr.buffer.write(run.errors)
+    return status
+
+
 def main():
     target = Path(sys.argv[1])
     desktop = Desktop()
     try:
         desktop.screen.paint(BACKGROUND)
-        desktop.suite.http, desktop.suite.udp = DEFAULT_PORTS
-        desktop.start()
         if target.suffix == ".png":
-            desktop.menu_bar.dismiss(picture_menu(desktop, target))
-        else:
-            target.mkdir(parents=True, exist_ok=True)
-            picture_submenu(
-                desktop, picture_menu(desktop, target / "menu.png"), target / "submenu.png"
-            )
-            picture_dialogs(desktop, target / "ports.png", target / "warning.png")
-        desktop.quit()
+            return make_one(desktop, target, sys.argv[2:])
+        return make_all(desktop, target)
     finally:
         desktop.close()
 
 
-main()
+sys.exit(main())

@@ -86,6 +86,21 @@ class Screen:
         value = self._root.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
         return value.value[0] if value and len(value.value) else None
 
+    def split(self, *monitors, primary=0):
+        """Divides the screen into monitors with these rectangles."""
+        for number, (x, y, width, height) in enumerate(monitors):
+            name = f"*{number}" if number == primary else str(number)
+            place = f"{width}/{width // 4}x{height}/{height // 4}+{x}+{y}"
+            # The one output of the screen would be a monitor of its own if none had it.
+            self.run("xrandr", "--setmonitor", name, place, "none" if number else "screen")
+        found = self._root.xrandr_get_monitors().monitors
+        assert {(m.x, m.y, m.width_in_pixels, m.height_in_pixels) for m in found} == {*monitors}
+
+    def is_managed(self, window):
+        """Whether a window, by its id, is left to the window manager."""
+        made = self._display.create_resource_object("window", window)
+        return not made.get_attributes().override_redirect
+
     def owner(self, selection):
         """The id of the window that owns a selection; 0 for none."""
         owner = self._display.get_selection_owner(self._display.intern_atom(selection))
@@ -163,6 +178,10 @@ class Screen:
     def click(self, x, y, times=1):
         self.run("xdotool", "mousemove", str(x), str(y), "click", "--repeat", str(times), "1")
 
+    def turn_wheel(self, button, notches):
+        """Turns the wheel over the pointer's place: button 4 is up, 5 is down."""
+        self.run("xdotool", "click", "--repeat", str(notches), str(button))
+
     def press(self, *keys):
         """Presses and releases each key or combination, by its name ("Return", "alt+q")."""
         self.run("xdotool", "key", *keys)
@@ -180,9 +199,13 @@ class Screen:
     def close(self):
         if self._display:
             self._display.close()
-        for program in reversed(self._programs):
-            program.terminate()
-            program.wait()
+        server, *clients = self._programs or [None]
+        for client in clients:
+            client.kill()  # asked to end, trayer sometimes does not
+            client.wait()
+        if server:
+            server.terminate()
+            server.wait()
 
 
 def _or_none(ask):

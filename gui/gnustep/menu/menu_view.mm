@@ -1,17 +1,13 @@
 #include "menu/menu_view.h"
 
-#include "menu/menu_text.h"
+#include "menu/menu_row.h"
 
 #include <algorithm>
 
 namespace {
 
-constexpr CGFloat mark_column = 24; // left of the titles, for check marks
-constexpr CGFloat key_gap = 28;     // least space between a title and its key equivalent or arrow
-constexpr CGFloat right_pad = 14;
-constexpr CGFloat row_pad = 8; // above and below a text together
-constexpr CGFloat separator_height = 9;
 constexpr CGFloat edge_pad = 4; // above the first and below the last row
+constexpr CGFloat strip_height = 18;
 
 NSColor *background_colour() {
   return [NSColor colorWithCalibratedWhite:0.98 alpha:1];
@@ -19,82 +15,24 @@ NSColor *background_colour() {
 NSColor *edge_colour() {
   return [NSColor colorWithCalibratedWhite:0.62 alpha:1];
 }
-NSColor *line_colour() {
-  return [NSColor colorWithCalibratedWhite:0.82 alpha:1];
-}
 
 /// Pale, so that the coloured dots and grey text stay readable on it.
 NSColor *highlight_colour() {
   return [NSColor colorWithCalibratedRed:0.80 green:0.88 blue:0.98 alpha:1];
 }
 
-CGFloat right_column_width(NSMenuItem *item) {
-  if ([item submenu]) {
-    return key_gap + 8;
-  }
-  NSAttributedString *key = td::shown_key(item);
-  return [key length] ? key_gap + [key size].width : 0;
-}
-
-CGFloat row_width(NSMenuItem *item) {
-  if ([item isSeparatorItem]) {
-    return 0;
-  }
-  return mark_column + ceil([td::shown_title(item) size].width) + ceil(right_column_width(item)) +
-         right_pad;
-}
-
-CGFloat row_height(NSMenuItem *item) {
-  if ([item isSeparatorItem]) {
-    return separator_height;
-  }
-  return ceil([td::shown_title(item) size].height) + row_pad;
-}
-
-void draw_separator(NSRect row) {
-  [line_colour() set];
-  NSRectFill(NSMakeRect(NSMinX(row) + 1, floor(NSMidY(row)), NSWidth(row) - 2, 1));
-}
-
-void draw_check_mark(NSRect row) {
+/// An arrow that points up (`direction` -1) or down (1), on the menu's background.
+void draw_strip(NSRect strip, int direction) {
+  [background_colour() set];
+  NSRectFill(strip);
   NSBezierPath *path = [NSBezierPath bezierPath];
-  const CGFloat x = NSMinX(row) + 8, y = NSMidY(row);
-  [path moveToPoint:NSMakePoint(x, y)];
-  [path lineToPoint:NSMakePoint(x + 3, y + 4)];
-  [path lineToPoint:NSMakePoint(x + 9, y - 4)];
-  [path setLineWidth:1.8];
-  [[NSColor controlTextColor] set];
-  [path stroke];
-}
-
-void draw_submenu_arrow(NSRect row) {
-  NSBezierPath *path = [NSBezierPath bezierPath];
-  const CGFloat x = NSMaxX(row) - right_pad - 5, y = NSMidY(row);
-  [path moveToPoint:NSMakePoint(x, y - 4)];
-  [path lineToPoint:NSMakePoint(x + 5, y)];
-  [path lineToPoint:NSMakePoint(x, y + 4)];
+  const CGFloat x = NSMidX(strip), y = NSMidY(strip);
+  [path moveToPoint:NSMakePoint(x - 5, y - 2.5 * direction)];
+  [path lineToPoint:NSMakePoint(x + 5, y - 2.5 * direction)];
+  [path lineToPoint:NSMakePoint(x, y + 2.5 * direction)];
   [path closePath];
   [[NSColor colorWithCalibratedWhite:0.35 alpha:1] set];
   [path fill];
-}
-
-void draw_text(NSAttributedString *text, CGFloat x, NSRect row) {
-  [text drawAtPoint:NSMakePoint(x, floor(NSMidY(row) - [text size].height / 2))];
-}
-
-void draw_item(NSMenuItem *item, NSRect row) {
-  if ([item isSeparatorItem]) {
-    return draw_separator(row);
-  }
-  if ([item state] == NSControlStateValueOn) {
-    draw_check_mark(row);
-  }
-  draw_text(td::shown_title(item), NSMinX(row) + mark_column, row);
-  if ([item submenu]) {
-    return draw_submenu_arrow(row);
-  }
-  NSAttributedString *key = td::shown_key(item);
-  draw_text(key, NSMaxX(row) - right_pad - ceil([key size].width), row);
 }
 
 } // namespace
@@ -110,19 +48,21 @@ bool selectable(NSMenuItem *item) {
 @implementation TDMenuView
 
 - (instancetype)initWithMenu:(NSMenu *)menu {
-  CGFloat width = 0, height = edge_pad;
+  CGFloat width = 0;
   for (NSMenuItem *item in [menu itemArray]) {
-    width = std::max(width, row_width(item));
+    width = std::max(width, td::row_width(item));
   }
   if (!(self = [super initWithFrame:NSZeroRect])) {
     return nil;
   }
   _rows = new std::vector<NSRect>;
+  _fullHeight = edge_pad;
   for (NSMenuItem *item in [menu itemArray]) {
-    _rows->push_back(NSMakeRect(1, height, width, row_height(item)));
-    height += NSHeight(_rows->back());
+    _rows->push_back(NSMakeRect(1, _fullHeight, width, td::row_height(item)));
+    _fullHeight += NSHeight(_rows->back());
   }
-  [self setFrameSize:NSMakeSize(width + 2, height + edge_pad)];
+  _fullHeight += edge_pad;
+  [self setFrameSize:NSMakeSize(width + 2, _fullHeight)];
   _shownMenu = [menu retain];
   _highlighted = -1;
   return self;
@@ -147,13 +87,16 @@ bool selectable(NSMenuItem *item) {
 }
 
 - (NSRect)rectOfRow:(NSInteger)row {
-  return (*_rows)[static_cast<std::size_t>(row)];
+  return NSOffsetRect((*_rows)[static_cast<std::size_t>(row)], 0, -_scrolled);
 }
 
 - (NSInteger)rowAtPoint:(NSPoint)point {
-  for (std::size_t row = 0; row < _rows->size(); ++row) {
-    if (NSPointInRect(point, (*_rows)[row])) {
-      return static_cast<NSInteger>(row);
+  if ([self scrollDirectionAtPoint:point] != 0) {
+    return -1;
+  }
+  for (NSInteger row = 0; row < [_shownMenu numberOfItems]; ++row) {
+    if (NSPointInRect(point, [self rectOfRow:row])) {
+      return row;
     }
   }
   return -1;
@@ -174,16 +117,95 @@ bool selectable(NSMenuItem *item) {
   [self display];
 }
 
+// --- Scrolling ----------------------------------------------------------------------------------
+
+/// How far the rows can move up.
+- (CGFloat)scrollRange {
+  return std::max<CGFloat>(0, _fullHeight - NSHeight([self bounds]));
+}
+
+/// The strip at the top (-1) or the bottom (1); empty when nothing is hidden beyond that end.
+- (NSRect)stripAtEnd:(int)direction {
+  if (direction < 0 ? _scrolled <= 0 : _scrolled >= [self scrollRange]) {
+    return NSZeroRect;
+  }
+  NSRect strip = [self bounds];
+  strip.origin.y = direction < 0 ? 0 : NSMaxY(strip) - strip_height;
+  strip.size.height = strip_height;
+  return strip;
+}
+
+- (BOOL)scrollBy:(CGFloat)distance {
+  const CGFloat before = _scrolled;
+  _scrolled = std::clamp<CGFloat>(_scrolled + distance, 0, [self scrollRange]);
+  if (_scrolled == before) {
+    return NO;
+  }
+  [self display];
+  return YES;
+}
+
+- (void)scrollToRow:(NSInteger)row {
+  const NSRect rect = [self rectOfRow:row];
+  const CGFloat above = NSMinY(rect) - strip_height;
+  const CGFloat below = NSMaxY(rect) - (NSHeight([self bounds]) - strip_height);
+  if (above < 0) {
+    [self scrollBy:above];
+  } else if (below > 0) {
+    [self scrollBy:below];
+  }
+}
+
+- (int)scrollDirectionAtPoint:(NSPoint)point {
+  for (const int direction : {-1, 1}) {
+    if (NSPointInRect(point, [self stripAtEnd:direction])) {
+      return direction;
+    }
+  }
+  return 0;
+}
+
+// --- Drawing ------------------------------------------------------------------------------------
+
+- (bool)isSeparator:(NSInteger)row {
+  return row >= 0 && row < [_shownMenu numberOfItems] &&
+         [[_shownMenu itemAtIndex:row] isSeparatorItem];
+}
+
+/// Separators next to each other are one gap with one line.
+- (void)drawSeparatorsFrom:(NSInteger)first {
+  NSInteger last = first;
+  while ([self isSeparator:last + 1]) {
+    ++last;
+  }
+  td::draw_separator(NSUnionRect([self rectOfRow:first], [self rectOfRow:last]));
+}
+
+- (void)drawRow:(NSInteger)row {
+  if ([self isSeparator:row]) {
+    if (![self isSeparator:row - 1]) {
+      [self drawSeparatorsFrom:row];
+    }
+    return;
+  }
+  if (row == _highlighted) {
+    [highlight_colour() set];
+    NSRectFill([self rectOfRow:row]);
+  }
+  td::draw_item([_shownMenu itemAtIndex:row], [self rectOfRow:row]);
+}
+
 - (void)drawRect:(NSRect)rect {
   [background_colour() set];
   NSRectFill([self bounds]);
   for (NSInteger row = 0; row < [_shownMenu numberOfItems]; ++row) {
-    const NSRect frame = [self rectOfRow:row];
-    if (row == _highlighted) {
-      [highlight_colour() set];
-      NSRectFill(frame);
+    [self drawRow:row];
+  }
+  for (const int direction : {-1, 1}) {
+    const NSRect strip = [self stripAtEnd:direction];
+    if (!NSIsEmptyRect(strip)) {
+      draw_strip(strip, direction);
     }
-    draw_item([_shownMenu itemAtIndex:row], frame);
   }
   [edge_colour() set];
   NSFrameRect([self bounds]);

@@ -1,82 +1,27 @@
 #include "menu/popup_menu.h"
 
-#include "menu/menu_windows.h"
+#include "menu/menu_view.h"
+#include "menu/open_menus.h"
 #include "x11/window_device.h"
 #include "x11/x_window.h"
 
-#include <vector>
+#include <cmath>
 
 namespace {
 
+constexpr NSTimeInterval scroll_interval = 0.03; // seconds, while the pointer rests on a strip
+constexpr CGFloat wheel_distance = 46;           // pixels, for one notch
+constexpr CGFloat still = 4; // a pointer moved less has not been moved on purpose
+
 enum class Outcome { open, chosen, dismissed };
 
-/// The state of an open menu: its windows, outermost first, and what the user has done so far.
+/// The state of an open menu: what is on the screen and what the user has done so far.
 struct Tracking {
-  std::vector<NSWindow *> windows;
+  td::OpenMenus menus;
+  NSPoint opened_at; ///< the pointer's place
   NSMenuItem *chosen = nil;
-  bool opening_click = true; // the mouse button that opened the menu is not released yet
+  bool opening_click = true; ///< the mouse button that opened the menu is not released yet
 };
-
-/// One row of the open menus.
-struct Row {
-  std::size_t depth; ///< of its window, 0 for the outermost
-  NSInteger row;     ///< from 0; -1: none
-};
-
-/// Closes the submenus opened from the window at `depth`.
-void close_beyond(Tracking &tracking, std::size_t depth) {
-  while (tracking.windows.size() > depth + 1) {
-    td::close_menu(tracking.windows.back());
-    tracking.windows.pop_back();
-  }
-}
-
-NSMenuItem *highlighted_item(NSWindow *window) {
-  const NSInteger row = [td::menu_view(window) highlightedRow];
-  return row < 0 ? nil : [[td::menu_view(window) shownMenu] itemAtIndex:row];
-}
-
-void open_submenu(Tracking &tracking, std::size_t depth) {
-  NSWindow *window = tracking.windows[depth];
-  NSMenu *submenu = [highlighted_item(window) submenu];
-  if (!submenu || tracking.windows.size() > depth + 1) {
-    return;
-  }
-  const NSRect row = td::row_on_screen(window, [td::menu_view(window) highlightedRow]);
-  tracking.windows.push_back(td::open_menu_beside(submenu, row));
-}
-
-void highlight(Tracking &tracking, Row place) {
-  const auto [depth, row] = place;
-  TDMenuView *view = td::menu_view(tracking.windows[depth]);
-  if (row == [view highlightedRow]) {
-    return;
-  }
-  close_beyond(tracking, depth);
-  [view setHighlightedRow:row];
-}
-
-/// The depth of the innermost open menu at `point` (screen coordinates); the number of windows if
-/// there is none.
-std::size_t depth_at(const Tracking &tracking, NSPoint point) {
-  for (std::size_t depth = tracking.windows.size(); depth-- > 0;) {
-    if (NSPointInRect(point, [tracking.windows[depth] frame])) {
-      return depth;
-    }
-  }
-  return tracking.windows.size();
-}
-
-void follow_pointer(Tracking &tracking, NSPoint point) {
-  const std::size_t depth = depth_at(tracking, point);
-  if (depth == tracking.windows.size()) {
-    // The row whose submenu is open stays highlighted.
-    [td::menu_view(tracking.windows.back()) setHighlightedRow:-1];
-    return;
-  }
-  highlight(tracking, {depth, td::row_at(tracking.windows[depth], point)});
-  open_submenu(tracking, depth);
-}
 
 Outcome choose(Tracking &tracking, NSMenuItem *item) {
   if (!item || [item submenu]) {
@@ -88,56 +33,29 @@ Outcome choose(Tracking &tracking, NSMenuItem *item) {
 
 Outcome mouse_down(Tracking &tracking, NSPoint point) {
   tracking.opening_click = false;
-  if (depth_at(tracking, point) == tracking.windows.size()) {
+  if (!tracking.menus.contain(point)) {
     return Outcome::dismissed;
   }
-  follow_pointer(tracking, point);
+  tracking.menus.follow_pointer(point);
   return Outcome::open;
+}
+
+/// Whether the pointer is where it was when the menu opened.
+bool is_still(const Tracking &tracking, NSPoint point) {
+  return std::hypot(point.x - tracking.opened_at.x, point.y - tracking.opened_at.y) < still;
 }
 
 Outcome mouse_up(Tracking &tracking, NSPoint point) {
-  const std::size_t depth = depth_at(tracking, point);
-  if (depth == tracking.windows.size()) {
-    const bool dragged_off = !tracking.opening_click;
-    tracking.opening_click = false;
-    return dragged_off ? Outcome::dismissed : Outcome::open;
-  }
+  const bool opens = tracking.opening_click;
   tracking.opening_click = false;
-  follow_pointer(tracking, point);
-  return choose(tracking, highlighted_item(tracking.windows[depth]));
-}
-
-void move_highlight(Tracking &tracking, NSInteger step) {
-  const std::size_t depth = tracking.windows.size() - 1;
-  TDMenuView *view = td::menu_view(tracking.windows[depth]);
-  const NSInteger count = [[view shownMenu] numberOfItems];
-  NSInteger row = [view highlightedRow];
-  if (row < 0 && step < 0) {
-    row = 0;
+  if (!tracking.menus.contain(point)) {
+    return opens ? Outcome::open : Outcome::dismissed;
   }
-  for (NSInteger tried = 0; tried < count; ++tried) {
-    row = (row + step + count) % count;
-    if (td::selectable([[view shownMenu] itemAtIndex:row])) {
-      return highlight(tracking, {depth, row});
-    }
+  tracking.menus.follow_pointer(point);
+  if (opens && is_still(tracking, point)) {
+    return Outcome::open; // the menu has opened over the icon, and this is the end of the click
   }
-}
-
-void enter_submenu(Tracking &tracking) {
-  const std::size_t depth = tracking.windows.size() - 1;
-  open_submenu(tracking, depth);
-  if (tracking.windows.size() > depth + 1) {
-    move_highlight(tracking, 1);
-  }
-}
-
-/// Closes the innermost submenu; without one, dismisses the menu.
-Outcome leave_submenu(Tracking &tracking) {
-  if (tracking.windows.size() == 1) {
-    return Outcome::dismissed;
-  }
-  close_beyond(tracking, tracking.windows.size() - 2);
-  return Outcome::open;
+  return choose(tracking, tracking.menus.highlighted_at(point));
 }
 
 NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
@@ -153,29 +71,28 @@ NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
 }
 
 Outcome key_down(Tracking &tracking, NSEvent *event) {
+  td::OpenMenus &menus = tracking.menus;
   NSString *characters = [event charactersIgnoringModifiers];
   switch ([characters length] ? [characters characterAtIndex:0] : 0) {
   case NSUpArrowFunctionKey:
-    move_highlight(tracking, -1);
+    menus.move_highlight(-1);
     return Outcome::open;
   case NSDownArrowFunctionKey:
-    move_highlight(tracking, 1);
+    menus.move_highlight(1);
     return Outcome::open;
   case NSRightArrowFunctionKey:
-    enter_submenu(tracking);
+    menus.enter_submenu();
     return Outcome::open;
   case NSLeftArrowFunctionKey:
-    if (tracking.windows.size() > 1) {
-      leave_submenu(tracking);
-    }
+    menus.leave_submenu();
     return Outcome::open;
   case '\033':
-    return leave_submenu(tracking);
+    return menus.leave_submenu() ? Outcome::open : Outcome::dismissed;
   case '\r':
-    enter_submenu(tracking);
-    return choose(tracking, highlighted_item(tracking.windows.back()));
+    menus.enter_submenu();
+    return choose(tracking, menus.highlighted());
   default:
-    return choose(tracking, item_for_key([td::menu_view(tracking.windows[0]) shownMenu], event));
+    return choose(tracking, item_for_key(menus.menu(), event));
   }
 }
 
@@ -189,7 +106,10 @@ Outcome handle(Tracking &tracking, NSEvent *event) {
   case NSMouseMoved:
   case NSLeftMouseDragged:
   case NSRightMouseDragged:
-    follow_pointer(tracking, point_on_screen(event));
+    tracking.menus.follow_pointer(point_on_screen(event));
+    return Outcome::open;
+  case NSScrollWheel:
+    tracking.menus.scroll(point_on_screen(event), -wheel_distance * [event deltaY]);
     return Outcome::open;
   case NSLeftMouseDown:
   case NSRightMouseDown:
@@ -205,25 +125,31 @@ Outcome handle(Tracking &tracking, NSEvent *event) {
   }
 }
 
+NSDate *next_deadline(const Tracking &tracking) {
+  return tracking.menus.scrolls() ? [NSDate dateWithTimeIntervalSinceNow:scroll_interval]
+                                  : [NSDate distantFuture];
+}
+
 Outcome next_step(Tracking &tracking) {
   @autoreleasepool {
     NSEvent *event = [NSApp nextEventMatchingMask:NSAnyEventMask
-                                        untilDate:[NSDate distantFuture]
+                                        untilDate:next_deadline(tracking)
                                            inMode:NSEventTrackingRunLoopMode
                                           dequeue:YES];
-    return handle(tracking, event);
+    if (event) {
+      return handle(tracking, event);
+    }
+    tracking.menus.scroll_on();
+    return Outcome::open;
   }
 }
 
 NSMenuItem *track(NSMenu *menu, NSRect anchor) {
-  Tracking tracking;
-  tracking.windows.push_back(td::open_menu_at(menu, anchor));
-  NSWindow *window = tracking.windows[0];
+  Tracking tracking{{menu, anchor}, [NSEvent mouseLocation]};
+  NSWindow *window = tracking.menus.window();
   td::grab_input(td::display_of(window), td::x_window_of(window));
   while (next_step(tracking) == Outcome::open) {}
   td::release_input(td::display_of(window));
-  close_beyond(tracking, 0);
-  td::close_menu(window);
   return tracking.chosen;
 }
 

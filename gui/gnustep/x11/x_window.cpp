@@ -44,6 +44,12 @@ ScreenRect screen_rect(Display *display, Window window) {
   return rect;
 }
 
+void leave_unmanaged(Display *display, Window window) {
+  XSetWindowAttributes attributes = {};
+  attributes.override_redirect = True;
+  XChangeWindowAttributes(display, window, CWOverrideRedirect, &attributes);
+}
+
 void grab_input(Display *display, Window window) {
   // While the button that opened the menu is down, another program may hold a grab.
   wait_until(grab_timeout,

@@ -21,6 +21,10 @@ ScreenRect screen_rect(_XDisplay *display, unsigned long window);
 /// Waits until the window and all its parents are mapped, for at most a second.
 void wait_until_viewable(_XDisplay *display, unsigned long window);
 
+/// Keeps window managers from placing and decorating the window, and from covering it. It must not
+/// be mapped yet.
+void leave_unmanaged(_XDisplay *display, unsigned long window);
+
 /// Grabs the pointer and the keyboard for `window`; an open menu needs that to notice a click
 /// outside it. Retries for at most a second while another program holds a grab.
 void grab_input(_XDisplay *display, unsigned long window);

@@ -1,0 +1,45 @@
+"""Where the menu and its submenus are shown."""
+
+import pytest
+from monitors import lies_in, start_with_icon_at
+from screen import Rect
+
+LEFT, RIGHT = Rect(0, 0, 512, 768), Rect(512, 0, 512, 768)
+UPPER, LOWER = Rect(0, 0, 1024, 400), Rect(0, 400, 1024, 368)
+
+
+def test_the_menu_is_left_alone_by_the_window_manager(running):
+    menu = running.menu_bar.open()
+    running.menu_bar.submenu(menu, "hub")
+    windows = running.menu_bar.windows()
+    shown = [window for window, rect in windows.items() if rect.width > 30]
+    assert len(shown) == 2
+    assert not any(running.screen.is_managed(window) for window in shown)
+    running.menu_bar.dismiss(menu)
+
+
+@pytest.mark.parametrize("primary", [0, 1])
+@pytest.mark.parametrize(("x", "monitor"), [(460, LEFT), (530, RIGHT)])
+def test_the_menu_is_on_the_icons_monitor(desktop, x, monitor, primary):
+    start_with_icon_at(desktop, x, "top", [LEFT, RIGHT], primary)
+    menu = desktop.menu_bar.open()
+    assert lies_in(menu.rect, monitor)
+    submenu = desktop.menu_bar.submenu(menu, "hub")
+    assert lies_in(submenu.rect, monitor)
+    if monitor == LEFT:
+        assert submenu.rect.x < menu.rect.x
+    desktop.menu_bar.dismiss(menu)
+    assert desktop.quit() == 0
+
+
+@pytest.mark.parametrize(("edge", "monitor"), [("top", UPPER), ("bottom", LOWER)])
+def test_the_menu_is_between_the_icon_and_the_other_end_of_its_monitor(desktop, edge, monitor):
+    icon = start_with_icon_at(desktop, 200, edge, [UPPER, LOWER])
+    menu = desktop.menu_bar.open()
+    assert lies_in(menu.rect, monitor)
+    if edge == "top":
+        assert menu.rect.y >= icon.y + icon.height
+    else:
+        assert menu.rect.y + menu.rect.height <= icon.y
+    desktop.menu_bar.dismiss(menu)
+    assert desktop.quit() == 0

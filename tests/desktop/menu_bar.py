@@ -8,7 +8,7 @@ PROGRAM = "launcher"  # the instance name of its windows
 TEAL = (77, 201, 191)  # the icon's bars
 ICON_SIDE = 22
 EDGE = (158, 158, 158)  # of a menu; drawn last
-DOTS = {"green": (0, 255, 0), "orange": (255, 128, 0), "red": (255, 0, 0)}
+DOTS = {"green": (40, 205, 65), "orange": (255, 149, 0), "red": (255, 59, 48)}  # as on a Mac
 
 TEXT_LEFT = 20  # beyond the check marks
 TEXT, LINE = 23, 9  # the heights of an item's row and of a separator
@@ -64,6 +64,14 @@ class Menu:
         return self.screen.words(
             Rect(self.rect.x + left, self.rect.y + self._rows[row], width, TEXT)
         )
+
+    def lines_above(self, row, separators):
+        """How far each line in the gap of so many separators above a row is from its top."""
+        height = separators * LINE
+        top = self.rect.y + self._rows[row] - height
+        image = self.screen.image(Rect(self.rect.x + 2, top, self.rect.width - 4, height))
+        lines = [image.pixel(0, y) != image.pixel(0, 0) for y in range(height)]
+        return [y for y, is_line in enumerate(lines) if is_line]
 
     def _centre(self, row):
         return self.rect.x + self.rect.width // 2, self.rect.y + self._rows[row] + TEXT // 2

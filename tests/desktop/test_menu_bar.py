@@ -16,6 +16,14 @@ def test_the_menu_opens_without_a_window_manager(running):
     assert running.menu_bar.states() == ALL_UP
 
 
+def test_a_pair_of_separators_is_one_wider_gap_with_its_line_in_the_middle(running):
+    menu = running.menu_bar.open()
+    assert menu.lines_above("open", separators=1) == [4]
+    assert menu.lines_above("settings", separators=2) == [9]
+    assert menu.lines_above("quit", separators=2) == [9]
+    running.menu_bar.dismiss(menu)
+
+
 def test_the_menu_shows_which_component_has_stopped(running):
     running.menu_bar.choose("receiver", "stop")
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "receiver": "red"}

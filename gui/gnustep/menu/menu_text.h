@@ -9,8 +9,7 @@ namespace td {
 /// it gets the menu font and the colour of an enabled or disabled item. Autoreleased.
 NSAttributedString *shown_title(NSMenuItem *item);
 
-/// The item's key equivalent as text, such as "Alt+O"; empty when it has none. GNUstep's Command
-/// key is Alt unless the user has configured another. Autoreleased.
+/// The item's key equivalent by its key_name. Autoreleased.
 NSAttributedString *shown_key(NSMenuItem *item);
 
 } // namespace td

@@ -1,5 +1,7 @@
 #include "menu/menu_text.h"
 
+#include "menu/menu_keys.h"
+
 namespace {
 
 NSColor *default_colour(NSMenuItem *item) {
@@ -14,17 +16,6 @@ void add_where_absent(NSMutableAttributedString *text, NSString *name, id value)
       [text addAttribute:name value:value range:run];
     }
   }
-}
-
-NSString *key_name(NSMenuItem *item) {
-  NSString *key = [item keyEquivalent];
-  if ([key length] == 0) {
-    return @"";
-  }
-  const NSUInteger mask = [item keyEquivalentModifierMask];
-  return [NSString stringWithFormat:@"%@%@%@%@", mask & NSControlKeyMask ? @"Ctrl+" : @"",
-                                    mask & NSCommandKeyMask ? @"Alt+" : @"",
-                                    mask & NSShiftKeyMask ? @"Shift+" : @"", [key uppercaseString]];
 }
 
 } // namespace

@@ -46,6 +46,7 @@ public:
 private:
   void close_beyond(std::size_t depth);
   void open_submenu(std::size_t depth);
+  // NOLINTNEXTLINE(bugprone-easily-swappable-parameters): as in a table
   void highlight(std::size_t depth, NSInteger row);
   std::size_t depth_at(NSPoint point) const;
 

@@ -1,6 +1,6 @@
 #include "menu/popup_menu.h"
 
-#include "menu/menu_view.h"
+#include "menu/menu_keys.h"
 #include "menu/open_menus.h"
 #include "x11/window_device.h"
 #include "x11/x_window.h"
@@ -58,18 +58,6 @@ Outcome mouse_up(Tracking &tracking, NSPoint point) {
   return choose(tracking, tracking.menus.highlighted_at(point));
 }
 
-NSMenuItem *item_for_key(NSMenu *menu, NSEvent *event) {
-  NSString *typed = [[event charactersIgnoringModifiers] lowercaseString];
-  for (NSMenuItem *item in [menu itemArray]) {
-    const NSUInteger mask = [item keyEquivalentModifierMask];
-    if ([typed length] && [[item keyEquivalent] isEqualToString:typed] &&
-        ([event modifierFlags] & mask) == mask && td::selectable(item)) {
-      return item;
-    }
-  }
-  return nil;
-}
-
 Outcome key_down(Tracking &tracking, NSEvent *event) {
   td::OpenMenus &menus = tracking.menus;
   NSString *characters = [event charactersIgnoringModifiers];
@@ -92,7 +80,7 @@ Outcome key_down(Tracking &tracking, NSEvent *event) {
     menus.enter_submenu();
     return choose(tracking, menus.highlighted());
   default:
-    return choose(tracking, item_for_key(menus.menu(), event));
+    return choose(tracking, td::item_for_key(menus.menu(), event));
   }
 }
 

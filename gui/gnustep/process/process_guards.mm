@@ -101,12 +101,16 @@ void check_methods() {
   }
 }
 
+/// Both Alt keys are the Command key, unless the user has configured others.
+///
 /// If the user's GSContext names a class that the display code lacks, it ends the process. A value
 /// that is no string, in the domain that is looked at first, has it use its own class.
 void set_preferences() {
   NSUserDefaults *defaults = [NSUserDefaults standardUserDefaults];
-  [defaults registerDefaults:[NSDictionary dictionaryWithObject:@"YES"
-                                                         forKey:@"GSSuppressAppIcon"]];
+  [defaults
+      registerDefaults:[NSDictionary dictionaryWithObjectsAndKeys:@"YES", @"GSSuppressAppIcon",
+                                                                  @"Alt_R", @"GSSecondCommandKey",
+                                                                  nil]];
   [defaults removeVolatileDomainForName:NSArgumentDomain];
   [defaults setVolatileDomain:[NSDictionary dictionaryWithObject:[NSArray array]
                                                           forKey:@"GSContext"]

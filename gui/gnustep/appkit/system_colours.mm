@@ -1,0 +1,31 @@
+// The colours of states. GNUstep's are pure green, orange and red, which are hard to look at; these
+// are the ones of macOS in its light appearance.
+
+#import <AppKit/AppKit.h>
+
+namespace {
+
+NSColor *system_colour(int red, int green, int blue) {
+  return [NSColor colorWithSRGBRed:red / 255.0 green:green / 255.0 blue:blue / 255.0 alpha:1];
+}
+
+} // namespace
+
+@interface NSColor (TDSystemColours)
+@end
+
+@implementation NSColor (TDSystemColours)
+
++ (NSColor *)systemGreenColor {
+  return system_colour(40, 205, 65);
+}
+
++ (NSColor *)systemOrangeColor {
+  return system_colour(255, 149, 0);
+}
+
++ (NSColor *)systemRedColor {
+  return system_colour(255, 59, 48);
+}
+
+@end

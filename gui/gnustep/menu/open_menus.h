@@ -44,10 +44,14 @@ public:
   bool leave_submenu();
 
 private:
+  struct Row {
+    std::size_t depth; // of its menu, 0 for the outermost
+    NSInteger row;     // from 0; -1: none
+  };
+
   void close_beyond(std::size_t depth);
   void open_submenu(std::size_t depth);
-  // NOLINTNEXTLINE(bugprone-easily-swappable-parameters): as in a table
-  void highlight(std::size_t depth, NSInteger row);
+  void highlight(Row place);
   std::size_t depth_at(NSPoint point) const;
 
   std::vector<NSWindow *> windows_; // outermost first

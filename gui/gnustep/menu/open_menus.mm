@@ -47,7 +47,7 @@ void OpenMenus::follow_pointer(NSPoint point) {
   }
   NSWindow *window = windows_[depth];
   scrolls_ = scroll_direction(window, point) != 0;
-  highlight(depth, [menu_view(window) rowAtPoint:point_in_view(window, point)]);
+  highlight({depth, [menu_view(window) rowAtPoint:point_in_view(window, point)]});
   open_submenu(depth);
 }
 
@@ -84,7 +84,7 @@ void OpenMenus::move_highlight(NSInteger step) {
   for (NSInteger tried = 0; tried < count; ++tried) {
     row = (row + step + count) % count;
     if (selectable([[view shownMenu] itemAtIndex:row])) {
-      highlight(depth, row);
+      highlight({depth, row});
       return [view scrollToRow:row];
     }
   }
@@ -130,7 +130,8 @@ void OpenMenus::open_submenu(std::size_t depth) {
   windows_.push_back(open_menu_beside(submenu, row));
 }
 
-void OpenMenus::highlight(std::size_t depth, NSInteger row) {
+void OpenMenus::highlight(Row place) {
+  const auto [depth, row] = place;
   TDMenuView *view = menu_view(windows_[depth]);
   if (row == [view highlightedRow]) {
     return;

@@ -6,7 +6,7 @@
 namespace td {
 
 char ascii_on_key(Display *display, unsigned int key_code) {
-  for (unsigned int layout = 0; layout < XkbNumKbdGroups; ++layout) {
+  for (int layout = 0; layout < XkbNumKbdGroups; ++layout) {
     const KeySym symbol = XkbKeycodeToKeysym(display, static_cast<KeyCode>(key_code), layout, 0);
     if (symbol > ' ' && symbol <= '~') { // there the symbols are ASCII
       return static_cast<char>(symbol);

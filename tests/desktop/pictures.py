@@ -7,6 +7,7 @@
 
 import socket
 import sys
+import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
@@ -14,12 +15,17 @@ sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 from deadline import wait_until  # noqa: E402
 from desktop import Desktop  # noqa: E402
 from dialogs import Dialog, PortsDialog  # noqa: E402
+from preload import preloaded  # noqa: E402
 from screen import SIZE, Rect  # noqa: E402
 
 BACKGROUND = 0x3B5268
 MARGIN = 10
 TITLE_BAR = 20  # the window manager's
+# The pictures must not differ from one run, or one machine, to another.
 DEFAULT_PORTS = (4466, 4465)
+TAKEN_PORT = 4470
+ADDRESS = "192.168.1.20"
+STILL = 0.5  # seconds without a change after which a picture is taken
 
 
 def around(*rects, above=0):
@@ -31,32 +37,46 @@ def around(*rects, above=0):
     return Rect(left, top, right - left, bottom - top)
 
 
+def save(desktop, path, rect):
+    """Takes the picture once the rectangle no longer changes."""
+    seen, since = desktop.screen.image(rect), time.monotonic()
+
+    def still():
+        nonlocal seen, since
+        image = desktop.screen.image(rect)
+        if image != seen:
+            seen, since = image, time.monotonic()
+        return time.monotonic() - since > STILL
+
+    wait_until(still, "a screen that does not change")
+    desktop.screen.save(path, rect)
+
+
 def picture_menu(desktop, path):
     menu = desktop.menu_bar.open()
-    desktop.screen.save(path, around(menu.rect, desktop.menu_bar.icon_window()))
+    save(desktop, path, around(menu.rect, desktop.menu_bar.icon_window()))
     return menu
 
 
 def picture_submenu(desktop, menu, path):
     submenu = desktop.menu_bar.submenu(menu, "receiver")
-    desktop.screen.save(
-        path, around(menu.rect, submenu.rect, desktop.menu_bar.icon_window())
-    )
+    save(desktop, path, around(menu.rect, submenu.rect, desktop.menu_bar.icon_window()))
     desktop.menu_bar.dismiss(menu)
 
 
 def picture_dialogs(desktop, ports, warning):
-    with socket.create_server(("", 0)) as taken:
+    with socket.create_server(("", TAKEN_PORT)):
         dialog = PortsDialog(desktop.menu_bar)
-        desktop.screen.save(ports, around(dialog.rect, above=TITLE_BAR))
-        dialog.apply(taken.getsockname()[1], desktop.suite.udp)
+        save(desktop, ports, around(dialog.rect, above=TITLE_BAR))
+        dialog.apply(TAKEN_PORT, desktop.suite.udp)
         refusal = Dialog(desktop.menu_bar, "Could not change the ports")
-        desktop.screen.save(warning, around(refusal.rect, above=TITLE_BAR))
+        save(desktop, warning, around(refusal.rect, above=TITLE_BAR))
         refusal.answer("Return")
 
 
 def make_all(desktop, folder):
     desktop.suite.http, desktop.suite.udp = DEFAULT_PORTS
+    desktop.change(preloaded(desktop.suite.folder, TD_ADDRESS=ADDRESS))
     desktop.start()
     folder.mkdir(parents=True, exist_ok=True)
     menu = picture_menu(desktop, folder / "menu.png")
@@ -74,7 +94,7 @@ def make_one(desktop, path, arguments):
     )
     if run.process.poll() is None:
         menu = desktop.menu_bar.open_window()
-        desktop.screen.save(path, around(menu, desktop.menu_bar.icon_window()))
+        save(desktop, path, around(menu, desktop.menu_bar.icon_window()))
         desktop.screen.press("alt+q")
     status = run.wait()
     sys.stdout.buffer.write(run.output)

@@ -1,9 +1,12 @@
 // Loaded into the launcher by LD_PRELOAD; changes what its environment says:
+//   TD_ADDRESS=A          each network interface has this IPv4 address
 //   TD_LACKING=SELECTOR   no class has a method of that name
 //   TD_DISPLAYS=N         from the N+1st time on, the display cannot be opened
 //   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application
 
+#include <arpa/inet.h>
 #include <dlfcn.h>
+#include <ifaddrs.h>
 #include <signal.h>
 #include <stddef.h>
 #include <stdlib.h>
@@ -11,6 +14,7 @@
 
 typedef void *(*Find)(void *cls, void *selector);
 typedef const char *(*Name)(void *selector);
+typedef int (*Interfaces)(struct ifaddrs **list);
 typedef void *(*Open)(const char *name);
 typedef void *(*Register)(const char *name);
 typedef void (*Send)(void *receiver, void *selector, void *argument);
@@ -37,6 +41,17 @@ void *XOpenDisplay(const char *name) {
     return NULL;
   }
   return ((Open)function("libX11.so.6", "XOpenDisplay"))(name);
+}
+
+int getifaddrs(struct ifaddrs **list) {
+  const char *address = getenv("TD_ADDRESS");
+  const int result = ((Interfaces)function("libc.so.6", "getifaddrs"))(list);
+  for (struct ifaddrs *entry = *list; address && result == 0 && entry; entry = entry->ifa_next) {
+    if (entry->ifa_addr && entry->ifa_addr->sa_family == AF_INET) {
+      ((struct sockaddr_in *)entry->ifa_addr)->sin_addr.s_addr = inet_addr(address);
+    }
+  }
+  return result;
 }
 
 static void terminate(int number) {

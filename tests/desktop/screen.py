@@ -145,8 +145,8 @@ class Screen:
         self._display.sync()
 
     def save(self, path, rect=Rect(0, 0, *SIZE)):
-        """Writes what the rectangle shows to a picture file."""
-        self._convert(rect, str(path))
+        """Writes what the rectangle shows to a picture file, which says nothing of the time."""
+        self._convert(rect, "-strip", str(path))
 
     def words(self, rect):
         """The text in a rectangle, read from its pixels; any white space is one blank."""

@@ -121,3 +121,35 @@ def test_without_a_display_it_leaves_a_picture(desktop, tree, display):
     text = subprocess.run(reader, stdout=subprocess.PIPE, text=True, check=True).stdout
     assert f":{desktop.suite.http}/" in text
     assert "stopped" in text
+
+
+@pytest.fixture
+def make_pictures(desktop, tree):
+    """Runs scripts/pictures with a stand-in for what takes the pictures; returns its status."""
+
+    def make(what):
+        (tree.folder / "tests").unlink()
+        taker = tree.folder / "tests" / "desktop" / "pictures.py"
+        taker.parent.mkdir(parents=True)
+        taker.write_text(f"import os, sys; {what}\n")
+        (tree.folder / "docs" / "pictures").mkdir(parents=True)
+        run = desktop.launch(program=tree.folder / "scripts" / "pictures")
+        return run.wait(), {p.name: p.read_text() for p in tree.folder.glob("docs/pictures/*")}
+
+    return make
+
+
+TAKE_TWO = """
+os.mkdir(sys.argv[1])
+for name in ("a.png", "b.png"):
+    open(os.path.join(sys.argv[1], name), "w").write({})
+"""
+
+
+def test_pictures_that_are_the_same_each_time_are_kept(make_pictures):
+    assert make_pictures(TAKE_TWO.format("name")) == (0, {"a.png": "a.png", "b.png": "b.png"})
+
+
+@pytest.mark.parametrize("text", ["str(os.getpid())", "name + sys.argv[1] * (name == 'b.png')"])
+def test_pictures_that_differ_from_time_to_time_are_not_kept(make_pictures, text):
+    assert make_pictures(TAKE_TWO.format(text)) == (1, {})

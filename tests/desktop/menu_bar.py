@@ -65,6 +65,11 @@ class Menu:
             Rect(self.rect.x + left, self.rect.y + self._rows[row], width, TEXT)
         )
 
+    def row_at(self, y):
+        """The name of the row at a height of the screen; None when there is none."""
+        tops = {name: self.rect.y + top for name, top in self._rows.items()}
+        return next((name for name, top in tops.items() if top <= y < top + TEXT), None)
+
     def lines_above(self, row, separators):
         """How far each line in the gap of so many separators above a row is from its top."""
         height = separators * LINE

@@ -6,6 +6,7 @@ from screen import Rect
 
 LEFT, RIGHT = Rect(0, 0, 512, 768), Rect(512, 0, 512, 768)
 UPPER, LOWER = Rect(0, 0, 1024, 400), Rect(0, 400, 1024, 368)
+REST, TIGHT = Rect(0, 0, 1024, 438), Rect(0, 438, 1024, 330)  # TIGHT: the menu and little more
 
 
 def test_the_menu_is_left_alone_by_the_window_manager(running):
@@ -42,4 +43,14 @@ def test_the_menu_is_between_the_icon_and_the_other_end_of_its_monitor(desktop, 
     else:
         assert menu.rect.y + menu.rect.height <= icon.y
     desktop.menu_bar.dismiss(menu)
+    assert desktop.quit() == 0
+
+
+def test_a_click_on_an_icon_that_the_menu_covers_chooses_nothing(desktop):
+    icon = start_with_icon_at(desktop, 200, "bottom", [REST, TIGHT])
+    menu = desktop.menu_bar.open()
+    assert lies_in(menu.rect, TIGHT)
+    assert menu.row_at(icon.y + icon.height // 2) == "quit"
+    desktop.screen.press("Escape")
+    desktop.menu_bar.wait_until_closed(menu)
     assert desktop.quit() == 0

@@ -81,12 +81,3 @@ def test_a_submenu_is_beside_its_row_wherever_that_has_scrolled_to(low, menu):
     highlighted = low.screen.image(menu).where(lambda pixel: max(abs(a - b) for a, b in zip(pixel, HIGHLIGHT)) < 2)
     assert abs(menu.y + highlighted[0][1] - (submenu.y + TOP)) <= 1
     low.screen.press("Left", "Up", "alt+q")
-
-
-def test_the_click_that_opens_it_over_the_icon_chooses_nothing(low):
-    icon = low.menu_bar.icon()
-    menu = low.menu_bar.open_window()  # a whole click
-    assert menu.y <= icon.y < menu.y + menu.height
-    low.screen.press("Up")
-    wait_for_words(low, menu, LAST)
-    low.screen.press("Return")

@@ -1,25 +1,15 @@
 // The two functions that the launcher calls in tdgui.so.
 
+#include "process/display_guard.h"
 #include "process/process_guards.h"
 #include "tdgui.h"
 
 #include <cstdio>
 #include <exception>
 
-#include <X11/Xlib.h>
-
 #define TDGUI_EXPORT extern "C" __attribute__((visibility("default")))
 
 namespace {
-
-bool can_open_display() {
-  Display *display = XOpenDisplay(nullptr);
-  if (!display) {
-    return false;
-  }
-  XCloseDisplay(display);
-  return true;
-}
 
 void report_unavailable(const char *reason) {
   std::fprintf(stderr, "The menu-bar interface is not available: %s.\n", reason);
@@ -30,12 +20,14 @@ void report_unavailable(const char *reason) {
 /// Whether the interface can be shown. Finds out by making the application. Call once, on the main
 /// thread. When it returns false, tdgui_run must not be called; the process's signal actions and
 /// mask are as before, and nothing has been started. It then says why on standard error, in one
-/// line, unless there is just no display.
+/// line, unless there is just no display. If the display goes away meanwhile, ends the process by
+/// exit(0).
 TDGUI_EXPORT bool tdgui_available() noexcept {
-  if (!can_open_display()) {
-    return false;
-  }
   try {
+    if (!td::display_answers()) {
+      return false;
+    }
+    td::quit_when_display_is_lost(nullptr); // exit() is enough here: the launcher has a handler
     td::make_application();
     return true;
   } catch (const std::exception &error) {
@@ -51,6 +43,7 @@ TDGUI_EXPORT bool tdgui_available() noexcept {
 /// returns early when the interface fails.
 TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
   try {
+    td::quit_when_display_is_lost(config->quit ? config->quit : config->quit_fallback);
     tdgui::run(*config);
   } catch (...) { // also GNUstep's exceptions
     std::fputs("The menu-bar interface failed.\n", stderr);

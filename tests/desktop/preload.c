@@ -2,6 +2,8 @@
 //   TD_ADDRESS=A          each network interface has this IPv4 address
 //   TD_LACKING=SELECTOR   no class has a method of that name
 //   TD_DISPLAYS=N         from the N+1st time on, the display cannot be opened
+//   TD_PAUSE=FUNCTION     the first call of XOpenDisplay (once it has opened the display) or of
+//                         XGetSelectionOwner stops the process until SIGCONT
 //   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application
 
 #include <arpa/inet.h>
@@ -16,6 +18,7 @@ typedef void *(*Find)(void *cls, void *selector);
 typedef const char *(*Name)(void *selector);
 typedef int (*Interfaces)(struct ifaddrs **list);
 typedef void *(*Open)(const char *name);
+typedef unsigned long (*Owner)(void *display, unsigned long selection);
 typedef void *(*Register)(const char *name);
 typedef void (*Send)(void *receiver, void *selector, void *argument);
 typedef Send (*Lookup)(void *receiver, void *selector);
@@ -34,13 +37,28 @@ void *class_getInstanceMethod(void *cls, void *selector) {
   return ((Find)function("libobjc.so.4", "class_getInstanceMethod"))(cls, selector);
 }
 
+static void pause_in(const char *name) {
+  static int paused;
+  const char *wanted = getenv("TD_PAUSE");
+  if (wanted && strcmp(wanted, name) == 0 && !paused++) {
+    raise(SIGSTOP);
+  }
+}
+
 void *XOpenDisplay(const char *name) {
   static int opened;
   const char *displays = getenv("TD_DISPLAYS");
   if (displays && opened++ >= atoi(displays)) {
     return NULL;
   }
-  return ((Open)function("libX11.so.6", "XOpenDisplay"))(name);
+  void *display = ((Open)function("libX11.so.6", "XOpenDisplay"))(name);
+  pause_in("XOpenDisplay");
+  return display;
+}
+
+unsigned long XGetSelectionOwner(void *display, unsigned long selection) {
+  pause_in("XGetSelectionOwner");
+  return ((Owner)function("libX11.so.6", "XGetSelectionOwner"))(display, selection);
 }
 
 int getifaddrs(struct ifaddrs **list) {

@@ -3,6 +3,7 @@
 import os
 import subprocess
 from collections import namedtuple
+from signal import SIGCONT, SIGSTOP, SIGTERM
 
 from deadline import wait_until
 from Xlib import X, display, error
@@ -189,12 +190,24 @@ class Screen:
     def type(self, text):
         self.run("xdotool", "type", text)
 
-    def end(self):
-        """Ends the X server, with every program that is shown on it."""
+    def end(self, number=SIGTERM):
+        """Ends the X server with a signal, with every program that is shown on it."""
         self._display.close()
         self._display = None
-        self._programs[0].terminate()
+        self._programs[0].send_signal(number)
         self._programs[0].wait()
+
+    def disconnect(self, window):
+        """Has the X server close the connection of the program that a window belongs to."""
+        self._display.create_resource_object("window", window).kill_client()
+        self._display.sync()
+
+    def suspend(self):
+        """Stops the X server until `resume`: it accepts connections and does not answer."""
+        self._programs[0].send_signal(SIGSTOP)
+
+    def resume(self):
+        self._programs[0].send_signal(SIGCONT)
 
     def close(self):
         if self._display:

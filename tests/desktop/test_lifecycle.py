@@ -41,10 +41,3 @@ def test_an_application_told_to_terminate_stops_everything(desktop):
     run.signal(SIGUSR2)
     assert run.wait() == 0
     check_everything_stopped(run, desktop.suite)
-
-
-def test_the_loss_of_the_display_stops_everything(running):
-    """Xlib then ends the process by itself, with a failure."""
-    running.screen.end()
-    assert running.run.wait() == 1
-    check_everything_stopped(running.run, running.suite)

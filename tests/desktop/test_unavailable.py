@@ -54,9 +54,9 @@ def another_backend_preferred(folder):
     return configured(folder, preferences="{ GSBackend = nosuch; }")
 
 
-def no_second_connection(folder):
-    """The display can be opened once, but not for the application."""
-    return preloaded(folder, TD_DISPLAYS="1")
+def display_not_opened(folder):
+    """The display answers, but cannot be opened for the application."""
+    return preloaded(folder, TD_DISPLAYS="0")
 
 
 def status(pid, *fields):
@@ -117,7 +117,7 @@ def test_a_method_is_missing(desktop, selector):
 
 
 @pytest.mark.parametrize(
-    "break_it", [no_backend, broken_backend, another_backend_preferred, no_second_connection]
+    "break_it", [no_backend, broken_backend, another_backend_preferred, display_not_opened]
 )
 def test_the_application_cannot_be_made(desktop, break_it):
     changes = break_it(desktop.suite.folder)

@@ -1,10 +1,18 @@
 """The launcher's dialogs, read from pixels and answered by mouse and keyboard."""
 
+import re
+
 from deadline import wait_until
 from menu_bar import bounds
+from screen import Rect
 
+MARGIN = 20  # around everything in a dialog
+BUTTON = (80, 26)  # width and height of a button with a short title
+BUTTON_GAP = 10
 FIELD_HEIGHT = 15  # of a text field's white inside, at least
 PORT_DIGITS = 5  # at most
+LABEL_DISTANCE = 139  # from a label's left edge to the field's white inside
+LABEL_START = 45  # of a label's width; no letter in this part goes below the line
 
 
 class Dialog:
@@ -28,7 +36,24 @@ class Dialog:
     def answer(self, key):
         """Answers with a key ("Return", "Escape") and waits until the dialog has gone."""
         self.screen.press(key)
+        self.wait_until_closed()
+
+    def wait_until_closed(self):
         wait_until(lambda: self.window not in self._menu_bar.windows(), "the dialog to close")
+
+    def title(self):
+        """The window's title, as the window manager shows it."""
+        return bytes(self.screen.property(self.window, "_NET_WM_NAME")).decode()
+
+    def button(self, number):
+        """The rectangle of a button; they are counted from the right."""
+        right = self.rect.x + self.rect.width - MARGIN - number * (BUTTON[0] + BUTTON_GAP)
+        bottom = self.rect.y + self.rect.height - MARGIN
+        return Rect(right - BUTTON[0], bottom - BUTTON[1], *BUTTON)
+
+    def close_by_title_bar(self):
+        self.screen.click(self.rect.x + self.rect.width - 10, self.rect.y - 10)
+        self.wait_until_closed()
 
 
 class PortsDialog(Dialog):
@@ -51,17 +76,29 @@ class PortsDialog(Dialog):
         place = bounds([at for at in white if at[1] in rows], self.rect)
         return [place._replace(y=self.rect.y + y) for y in tops]
 
-    def _ink(self, field):
+    def ink(self, field):
+        """The dark pixels of a field's text."""
         return self.screen.image(self._fields[field]).where(lambda pixel: max(pixel) < 128)
+
+    def ports(self):
+        """The numbers that the fields showed when the dialog opened."""
+        return [int(number) for number in re.findall(r"port\W*(\d+)", self.text)]
+
+    def label_ink(self, field):
+        """The dark pixels of the start of a field's label; their rows are the field's."""
+        place = self._fields[field]
+        left = place.x - LABEL_DISTANCE
+        word = self.screen.image(place._replace(x=left, width=LABEL_START))
+        return word.where(lambda pixel: max(pixel) < 128)
 
     def enter(self, field, text):
         """Replaces a field's text: 0 is the dashboard port's, 1 the control port's."""
         place = self._fields[field]
         self.screen.click(place.x + place.width - 4, place.y + place.height // 2)
         self.screen.press(*["BackSpace"] * PORT_DIGITS)
-        wait_until(lambda: not self._ink(field), "an empty field")
+        wait_until(lambda: not self.ink(field), "an empty field")
         self.screen.type(str(text))
-        wait_until(lambda: self._ink(field), "the typed text")
+        wait_until(lambda: self.ink(field), "the typed text")
 
     def apply(self, http, udp):
         self.enter(0, http)

@@ -6,7 +6,9 @@ from collections import namedtuple
 from signal import SIGCONT, SIGSTOP, SIGTERM
 
 from deadline import wait_until
-from Xlib import X, display, error
+from Xlib import XK, X, Xutil, display, error
+from Xlib.ext import xtest
+from Xlib.protocol import event
 
 Rect = namedtuple("Rect", "x y width height")
 SIZE = (1024, 768)
@@ -55,6 +57,7 @@ class Screen:
     def __init__(self, environment, managed=True):
         self._programs = []
         self._display = None
+        self._managed = managed
         reading, writing = os.pipe()
         self._start(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24"]
@@ -84,8 +87,16 @@ class Screen:
         self._start(command, self.environment)
 
     def _root_property(self, name):
-        value = self._root.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
-        return value.value[0] if value and len(value.value) else None
+        return next(iter(self.property(self._root.id, name)), None)
+
+    def property(self, window, name):
+        """The value of a window's property: numbers, or bytes; empty when it has none."""
+        source = self._display.create_resource_object("window", window)
+        value = source.get_full_property(self._display.intern_atom(name), X.AnyPropertyType)
+        return value.value if value else ()
+
+    def atom(self, name):
+        return self._display.intern_atom(name)
 
     def split(self, *monitors, primary=0):
         """Divides the screen into monitors with these rectangles."""
@@ -133,6 +144,42 @@ class Screen:
         size = window.get_geometry()
         place = window.translate_coords(self._root, 0, 0)
         return Rect(-place.x, -place.y, size.width, size.height)
+
+    def cover(self, rect, colour):
+        """Covers a rectangle with a window of another program, 0xRRGGBB; with the focus.
+
+        Returns the window's id. It stays until the screen closes.
+        """
+        depth = self._display.screen().root_depth
+        window = self._root.create_window(*rect, 0, depth, background_pixel=colour)
+        window.set_wm_class("cover", "Cover")
+        window.set_wm_normal_hints(flags=Xutil.USPosition | Xutil.USSize)
+        window.map()
+        wait_until(lambda: window.get_attributes().map_state == X.IsViewable, "the cover")
+        if self._managed:
+            wait_until(lambda: self.active_window() == window.id, "the focus of the cover")
+        else:
+            window.set_input_focus(X.RevertToParent, X.CurrentTime)
+            self._display.sync()
+        return window.id
+
+    def minimise(self, window):
+        """Has the window manager minimise a window, and waits until it has."""
+        target = self._display.create_resource_object("window", window)
+        target.change_attributes(event_mask=X.StructureNotifyMask)
+        request = event.ClientMessage(
+            window=target,
+            client_type=self.atom("WM_CHANGE_STATE"),
+            data=(32, [Xutil.IconicState, 0, 0, 0, 0]),
+        )
+        mask = X.SubstructureRedirectMask | X.SubstructureNotifyMask
+        self._root.send_event(request, event_mask=mask)
+        wait_until(lambda: self._seen(X.UnmapNotify), "the window to disappear")
+        target.change_attributes(event_mask=X.NoEventMask)
+
+    def _seen(self, kind):
+        events = [self._display.next_event() for _ in range(self._display.pending_events())]
+        return any(seen.type == kind for seen in events)
 
     def image(self, rect=Rect(0, 0, *SIZE)):
         """What the rectangle shows, which must lie on the screen."""
@@ -187,8 +234,15 @@ class Screen:
         """Presses and releases each key or combination, by its name ("Return", "alt+q")."""
         self.run("xdotool", "key", *keys)
 
+    def tap(self, key):
+        """Presses and releases a key, with less delay than `press`."""
+        code = self._display.keysym_to_keycode(XK.string_to_keysym(key))
+        xtest.fake_input(self._display, X.KeyPress, code)
+        xtest.fake_input(self._display, X.KeyRelease, code)
+        self._display.sync()
+
     def type(self, text):
-        self.run("xdotool", "type", text)
+        self.run("xdotool", "type", "--", text)
 
     def end(self, number=SIGTERM):
         """Ends the X server with a signal, with every program that is shown on it."""

@@ -2,6 +2,7 @@
 
 import socket
 
+import pytest
 from components import client_arguments, hub_arguments
 from deadline import wait_until
 from dialogs import Dialog, PortsDialog
@@ -45,7 +46,7 @@ def test_other_ports_are_applied_and_saved(running):
     running.menu_bar.dismiss(menu)
 
     again = PortsDialog(running.menu_bar)
-    assert f"Dashboard port [{http}" in again.text.replace("|", "[")
+    assert again.ports() == [http, udp]
     again.answer("Escape")
 
 
@@ -68,6 +69,15 @@ def test_a_refused_port_changes_nothing(running):
     check_and_close_warning(
         running, "Ports below 1024 need administrator privileges; pick higher ones."
     )
+    assert running.pids() == before
+    assert saved_ports(running) == (None, None)
+
+
+@pytest.mark.parametrize("number", [2**32 + 28004, -(2**32) + 28004, 10**30])
+def test_a_number_beyond_32_bits_is_out_of_range(running, number):
+    before = running.pids()
+    PortsDialog(running.menu_bar).apply(number, running.suite.udp)
+    check_and_close_warning(running, "Ports must be between 1 and 65535.")
     assert running.pids() == before
     assert saved_ports(running) == (None, None)
 

@@ -15,7 +15,7 @@ UNAVAILABLE = "The menu-bar interface is not available: {}.\n"
 NO_APPLICATION = UNAVAILABLE.format("GNUstep cannot make the application")
 BACKEND = "Bundles/libgnustep-back-029.bundle"
 LACKING = {
-    "_setupPanel": "-[NSAlert _setupPanel]",  # replaced when the module is loaded
+    "runModal": "-[NSAlert runModal]",  # replaced when the module is loaded
     "_pbs": "+[NSPasteboard _pbs]",
     "_connect": "-[NSDistributedNotificationCenter _connect]",  # before the application is made
 }

@@ -193,6 +193,13 @@ TEST(PortsDialog, PortsAreComparedAndPassedOnWhole) { // not cut to the 16 bits 
             Calls{"set_ports -57456 2147483647 ''"});
 }
 
+TEST(PortsDialog, ANumberBeyondTheTypesRangeIsItsLimit) {
+  EXPECT_EQ(calls_after(full_config(), {@"4294995300", @"-4294939292"}),
+            Calls{"set_ports 2147483647 -2147483648 ''"});
+  EXPECT_EQ(calls_after(full_config(), {@"99999999999999999999999999x", nil}),
+            Calls{"set_ports 2147483647 8081 ''"});
+}
+
 TEST(PortsDialog, CancelCallsNothing) {
   EXPECT_EQ(calls_after(full_config(), {@"9000", @"9001", @"Cancel"}), Calls{});
 }

@@ -1,64 +1,142 @@
-// GNUstep's alert has no accessory view, its panel is dark grey, and the panel is hidden while
-// another program is active. All three are changed right after the alert has made its panel.
+// GNUstep's alert has no accessory view, and its panel has a title and a look of its own, does not
+// let the window manager close it, and is hidden while another program is active. The alert is
+// shown in another panel instead.
 
+#include "appkit/dialog_window.h"
 #include "runtime/attached_object.h"
 #include "runtime/replace_method.h"
 
 #include <algorithm>
 
-#import <AppKit/AppKit.h>
+namespace {
+
+constexpr CGFloat margin = 20;
+constexpr CGFloat icon_side = 48;
+constexpr CGFloat text_left = margin + icon_side + 16;
+constexpr CGFloat text_width = 340; // longer texts are wrapped
+constexpr CGFloat text_gap = 8;     // between the two texts
+constexpr CGFloat part_gap = 16;    // between texts, accessory and buttons
+constexpr CGFloat button_gap = 10;
+constexpr CGFloat button_height = 26;
+constexpr CGFloat least_button_width = 80;
+
+/// As wide as the text, but not wider than a column, and as high as it takes.
+NSTextField *text_view(NSString *text, NSFont *font) {
+  NSTextField *view = [NSTextField labelWithString:text];
+  [view setFont:font];
+  [[view cell] setWraps:YES];
+  const NSSize column = NSMakeSize(text_width, CGFLOAT_MAX);
+  const NSSize size =
+      [[view attributedStringValue] boundingRectWithSize:column
+                                                 options:NSStringDrawingUsesLineFragmentOrigin]
+          .size;
+  [view setFrameSize:NSMakeSize(ceil(size.width), ceil(size.height))];
+  return view;
+}
+
+NSImageView *icon_view() {
+  const NSRect frame = NSMakeRect(0, 0, icon_side, icon_side);
+  NSImageView *view = [[[NSImageView alloc] initWithFrame:frame] autorelease];
+  [view setImage:[NSApp applicationIconImage]];
+  return view;
+}
+
+/// The button that stands for closing the window: the one that Escape presses, else the last.
+NSButton *closing_button(NSArray *buttons) {
+  for (NSButton *button in buttons) {
+    if ([[button keyEquivalent] isEqualToString:@"\033"]) {
+      return button;
+    }
+  }
+  return [buttons lastObject];
+}
+
+CGFloat button_width(NSButton *button) {
+  return std::max(least_button_width, ceil([[button cell] cellSize].width) + 2 * button_gap);
+}
+
+CGFloat total_width(NSArray *buttons) {
+  CGFloat width = -button_gap;
+  for (NSButton *button in buttons) {
+    width += button_width(button) + button_gap;
+  }
+  return width;
+}
+
+void add_at(NSView *content, NSView *part, CGFloat x, CGFloat y) {
+  [part setFrameOrigin:NSMakePoint(x, y)];
+  [content addSubview:part];
+}
+
+/// Places the buttons in a row from the right.
+void add_buttons(NSView *content, NSArray *buttons, id target) {
+  CGFloat right = NSWidth([content frame]) - margin;
+  for (NSButton *button in buttons) {
+    [button setImage:nil]; // GNUstep's mark of the default button
+    [button setTarget:target];
+    [button setAction:@selector(answer:)];
+    [button setFrameSize:NSMakeSize(button_width(button), button_height)];
+    add_at(content, button, right - NSWidth([button frame]), margin);
+    right = NSMinX([button frame]) - button_gap;
+  }
+}
+
+} // namespace
+
+@interface TDAlertPanel : TDDialogWindow
+- (instancetype)initWithAlert:(NSAlert *)alert;
+@end
+
+@implementation TDAlertPanel
+
+/// The icon at the left; beside it, from the top, the two texts and the accessory; below, the
+/// buttons.
+- (instancetype)initWithAlert:(NSAlert *)alert {
+  NSTextField *message =
+      text_view([alert messageText], [NSFont boldSystemFontOfSize:[NSFont systemFontSize] + 1]);
+  NSTextField *details = text_view([alert informativeText], [NSFont systemFontOfSize:0]);
+  NSMutableArray *column = [NSMutableArray arrayWithObjects:message, details, nil];
+  if ([alert accessoryView]) {
+    [column addObject:[alert accessoryView]];
+  }
+  CGFloat width = 0, height = -part_gap;
+  for (NSView *part in column) {
+    width = std::max(width, NSWidth([part frame]));
+    height += NSHeight([part frame]) + (part == message ? text_gap : part_gap);
+  }
+  width = std::max(text_left + width, margin + total_width([alert buttons])) + margin;
+  height = std::max(height, icon_side) + part_gap + button_height + 2 * margin;
+  if (!(self = [super initWithContentSize:NSMakeSize(width, height) title:[alert messageText]])) {
+    return nil;
+  }
+  NSView *content = [self contentView];
+  CGFloat y = height - margin;
+  add_at(content, icon_view(), margin, y - icon_side);
+  for (NSView *part in column) {
+    y -= NSHeight([part frame]);
+    add_at(content, part, text_left, y);
+    y -= part == message ? text_gap : part_gap;
+  }
+  add_buttons(content, [alert buttons], self);
+  [self setClosingButton:closing_button([alert buttons])];
+  [self recalculateKeyViewLoop]; // Tab reaches the accessory too
+  return self;
+}
+
+- (void)answer:(NSButton *)sender {
+  [NSApp stopModalWithCode:[sender tag]]; // counted from NSAlertFirstButtonReturn
+}
+
+@end
 
 namespace {
 
-constexpr CGFloat panel_margin = 9;   // GNUstep's own, between the panel's edge and its message
-constexpr CGFloat accessory_gap = 12; // above and below the accessory
-
-IMP g_make_panel;
-
-/// GNUstep makes the panel with a fixed size: its minimum and maximum size have to change as well.
-void resize(NSWindow *panel, NSSize content) {
-  const NSRect frame = [panel frameRectForContentRect:{NSZeroPoint, content}];
-  [panel setMinSize:frame.size];
-  [panel setMaxSize:frame.size];
-  [panel setContentSize:content];
-}
-
-bool has_fixed_edge(NSView *part) {
-  return [part autoresizingMask] & (NSViewMinYMargin | NSViewMaxYMargin);
-}
-
-/// From the top, the panel has the icon and the title, which keep their distance from the top edge;
-/// the message, which has no fixed edge; and the buttons, which keep their distance from the bottom
-/// edge. The accessory is placed above the buttons.
-void add_accessory(NSWindow *panel, NSView *accessory) {
-  NSView *content = [panel contentView];
-  const NSSize old_size = [content frame].size, added = [accessory frame].size;
-  resize(panel, NSMakeSize(std::max(old_size.width, added.width + 2 * panel_margin),
-                           old_size.height + added.height + accessory_gap));
-  CGFloat buttons_top = 0;
-  for (NSView *part in [content subviews]) {
-    const NSRect frame = [part frame];
-    if (!has_fixed_edge(part)) {
-      [part
-          setFrameOrigin:NSMakePoint(NSMinX(frame), NSMinY(frame) + added.height + accessory_gap)];
-    }
-    if ([part autoresizingMask] & NSViewMaxYMargin) {
-      buttons_top = std::max(buttons_top, NSMaxY(frame));
-    }
-  }
-  [accessory setFrameOrigin:NSMakePoint(panel_margin, buttons_top + accessory_gap)];
-  [content addSubview:accessory];
-  [panel recalculateKeyViewLoop]; // Tab reaches the accessory too
-}
-
-void make_panel(NSAlert *alert, SEL selector) {
-  reinterpret_cast<void (*)(id, SEL)>(g_make_panel)(alert, selector);
-  NSWindow *panel = [alert window];
-  [panel setHidesOnDeactivate:NO]; // the modal loop would go on with nothing visible
-  [panel setBackgroundColor:[NSColor colorWithCalibratedWhite:0.92 alpha:1]];
-  if ([alert accessoryView]) {
-    add_accessory(panel, [alert accessoryView]);
-  }
+NSInteger run_modal(NSAlert *alert, SEL /*selector*/) {
+  TDAlertPanel *panel = [[TDAlertPanel alloc] initWithAlert:alert];
+  const NSInteger answer = [NSApp runModalForWindow:panel];
+  [panel orderOut:nil];
+  [panel release];
+  return answer;
 }
 
 } // namespace
@@ -66,8 +144,8 @@ void make_panel(NSAlert *alert, SEL selector) {
 @implementation NSAlert (TDMissing)
 
 + (void)load {
-  g_make_panel = td::replace_method(objc_getClass("NSAlert"), @selector(_setupPanel),
-                                    reinterpret_cast<IMP>(make_panel));
+  td::replace_method(objc_getClass("NSAlert"), @selector(runModal),
+                     reinterpret_cast<IMP>(run_modal));
 }
 
 - (NSView *)accessoryView {

@@ -33,18 +33,3 @@
 }
 
 @end
-
-@implementation NSTextField (TDMissing)
-
-+ (instancetype)labelWithString:(NSString *)text {
-  NSTextField *label = [[[self alloc] initWithFrame:NSZeroRect] autorelease];
-  [label setStringValue:text];
-  [label setEditable:NO];
-  [label setSelectable:NO];
-  [label setBezeled:NO];
-  [label setDrawsBackground:NO];
-  [label sizeToFit];
-  return label;
-}
-
-@end

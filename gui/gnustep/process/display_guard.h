@@ -1,5 +1,5 @@
-/// Keeps a display that does not answer, or that goes away, from leaving the process in a state that
-/// nobody can end.
+/// Keeps a display that does not answer, or that goes away, from leaving the process in a state
+/// that nobody can end.
 #pragma once
 
 namespace td {

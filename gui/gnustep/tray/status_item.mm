@@ -1,6 +1,7 @@
 // GNUstep's status bar is a stub without status items. This status item is a button in a small
 // window of its own (status_window.mm).
 
+#include "appkit/dialog_window.h"
 #include "menu/popup_menu.h"
 #include "tray/status_window.h"
 
@@ -143,8 +144,9 @@ NSImage *application_icon(NSImage *image) {
   _statusMenu = menu;
 }
 
+/// While a dialog is open, a click on the icon shows that instead.
 - (void)popUpMenu {
-  if (_statusMenu) {
+  if (!td::raise_dialog() && _statusMenu) {
     td::pop_up_menu(_statusMenu, [_window frameOnScreen]);
   }
 }

@@ -41,6 +41,11 @@ bool is_move_or_resize(NSEvent *event) {
   return self;
 }
 
+/// The icon takes clicks while a dialog is open.
+- (BOOL)worksWhenModal {
+  return YES;
+}
+
 - (void)show {
   if (!td::dock_in_tray(td::display_of(self), td::x_window_of(self), icon_side)) {
     [self setFrameTopLeftPoint:top_right_corner()];

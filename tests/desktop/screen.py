@@ -220,6 +220,13 @@ class Screen:
         )
         return done.stdout
 
+    def copy(self, text):
+        """Puts a text on the clipboard, as a program that is still running."""
+        command = ["xclip", "-quiet", "-selection", "clipboard"]
+        self._start(command, self.environment, stdin=subprocess.PIPE)
+        self._programs[-1].stdin.write(text.encode())
+        self._programs[-1].stdin.close()
+
     def move(self, x, y):
         self.run("xdotool", "mousemove", str(x), str(y))
 

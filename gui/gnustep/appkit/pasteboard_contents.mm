@@ -1,21 +1,35 @@
 // GNUstep has no -clearContents, and accepts a string only after its type has been declared; AppKit
-// declares the type itself.
+// declares the type itself. What was copied is lost when the last GNUstep application ends, unless
+// the desktop's clipboard manager takes it over before.
 
 #include "runtime/replace_method.h"
+#include "x11/clipboard_handover.h"
 
 #import <AppKit/AppKit.h>
 
 namespace {
 
-IMP g_set_string;
+IMP g_set_string, g_terminate;
+NSString *g_copied; // by this process, last; retained
 
 // The method's arguments. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 BOOL set_string(NSPasteboard *pasteboard, SEL selector, NSString *string, NSString *type) {
   if (![[pasteboard types] containsObject:type]) {
     [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
   }
+  if ([[pasteboard name] isEqualToString:NSGeneralPboard]) {
+    [g_copied release];
+    g_copied = [string copy];
+  }
   return reinterpret_cast<BOOL (*)(id, SEL, id, id)>(g_set_string)(pasteboard, selector, string,
                                                                    type);
+}
+
+void terminate(NSApplication *application, SEL selector, id sender) {
+  if (g_copied) {
+    td::hand_over_clipboard([g_copied UTF8String]);
+  }
+  reinterpret_cast<void (*)(id, SEL, id)>(g_terminate)(application, selector, sender);
 }
 
 } // namespace
@@ -25,6 +39,8 @@ BOOL set_string(NSPasteboard *pasteboard, SEL selector, NSString *string, NSStri
 + (void)load {
   g_set_string = td::replace_method(objc_getClass("NSPasteboard"), @selector(setString:forType:),
                                     reinterpret_cast<IMP>(set_string));
+  g_terminate = td::replace_method(objc_getClass("NSApplication"), @selector(terminate:),
+                                   reinterpret_cast<IMP>(terminate));
 }
 
 - (NSInteger)clearContents {

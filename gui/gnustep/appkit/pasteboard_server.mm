@@ -3,6 +3,7 @@
 // detached from this process, and it is ready before GNUstep looks for it.
 
 #include "process/detached.h"
+#include "process/temporary_folder.h"
 #include "runtime/replace_method.h"
 
 #import <AppKit/AppKit.h>
@@ -29,7 +30,8 @@ bool find_server() {
 
 void start_server() {
   NSString *path = [NSTask launchPathForTool:@"gpbs"];
-  if (!path || !td::run_detached("exec \"$@\"", {[path UTF8String], "--auto"})) {
+  const char *command = R"(TEMP=$1 exec "$2" --auto)"; // the server must use the same folder
+  if (!path || !td::run_detached(command, {td::temporary_folder(), [path UTF8String]})) {
     return;
   }
   NSDate *deadline = [NSDate dateWithTimeIntervalSinceNow:start_timeout];

@@ -1,10 +1,12 @@
 #include "process/process_guards.h"
 
 #include "process/detached.h"
+#include "process/temporary_folder.h"
 #include "runtime/replace_method.h"
 
 #include <array>
 #include <csignal>
+#include <cstring>
 #include <stdexcept>
 
 #import <AppKit/AppKit.h>
@@ -74,11 +76,26 @@ NSTask *launch_detached(Class /*cls*/, SEL /*selector*/, NSString *path, NSArray
 /// No program needs these notifications.
 void skip_server_connection(id /*center*/, SEL /*selector*/) {}
 
-/// GNUstep would open the program's arguments as files and read some as preferences.
-void hide_arguments() {
+/// Replaces -[GSServicesManager registerAsServiceProvider]. The application offers no services, and
+/// where its name cannot be registered, GNUstep would ask the user what to do, before the icon
+/// shows.
+void skip_registration(id /*manager*/, SEL /*selector*/) {}
+
+/// What GNUstep takes for the program's arguments and environment. It would open the arguments as
+/// files and read some as preferences; and it would use no other folder for temporary files than
+/// the one that the environment names first.
+void set_process_info() {
   NSString *program = [[[NSProcessInfo processInfo] arguments] objectAtIndex:0];
   char *words[] = {const_cast<char *>([program fileSystemRepresentation]), nullptr};
-  [NSProcessInfo initializeWithArguments:words count:1 environment:environ];
+  std::string folder = "TEMP=" + td::temporary_folder();
+  std::vector<char *> environment = {folder.data()};
+  for (char **entry = environ; *entry; ++entry) {
+    if (std::strncmp(*entry, "TEMP=", 5) != 0) {
+      environment.push_back(*entry);
+    }
+  }
+  environment.push_back(nullptr);
+  [NSProcessInfo initializeWithArguments:words count:1 environment:environment.data()];
 }
 
 void replace_methods() {
@@ -88,6 +105,8 @@ void replace_methods() {
                      reinterpret_cast<IMP>(launch_detached));
   td::replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect),
                      reinterpret_cast<IMP>(skip_server_connection));
+  td::replace_method(objc_getClass("GSServicesManager"), @selector(registerAsServiceProvider),
+                     reinterpret_cast<IMP>(skip_registration));
 }
 
 /// Those of the whole layer: the others have been replaced when the module was loaded.
@@ -126,7 +145,7 @@ void make_application() {
   replace_methods();
   check_methods();
   @autoreleasepool {
-    hide_arguments();
+    set_process_info();
     set_preferences();
     [NSApplication sharedApplication];
   }

@@ -17,12 +17,14 @@ find_library(TDGUI_BASE_LIBRARY NAMES gnustep-base)
 find_library(TDGUI_X11_LIBRARY NAMES X11)
 find_library(TDGUI_XRANDR_LIBRARY NAMES Xrandr)
 find_library(TDGUI_XCB_LIBRARY NAMES xcb)
+find_library(TDGUI_SHAPE_LIBRARY NAMES xcb-shape)
 
 set(TDGUI_MISSING)
 foreach(_part IN ITEMS clang++:_clang gnustep-config:TDGUI_GNUSTEP_CONFIG
                        libBlocksRuntime:TDGUI_BLOCKS_LIBRARY libgnustep-gui:TDGUI_GUI_LIBRARY
                        libgnustep-base:TDGUI_BASE_LIBRARY libX11:TDGUI_X11_LIBRARY
-                       libXrandr:TDGUI_XRANDR_LIBRARY libxcb:TDGUI_XCB_LIBRARY)
+                       libXrandr:TDGUI_XRANDR_LIBRARY libxcb:TDGUI_XCB_LIBRARY
+                       libxcb-shape:TDGUI_SHAPE_LIBRARY)
   string(REPLACE ":" ";" _part "${_part}")
   list(GET _part 0 _name)
   list(GET _part 1 _variable)
@@ -57,4 +59,5 @@ endif()
 # The blocks runtime comes first: libgnustep-base has an older one, which never copies clang's
 # blocks.
 set(TDGUI_LIBRARIES ${TDGUI_BLOCKS_LIBRARY} ${TDGUI_GUI_LIBRARY} ${TDGUI_BASE_LIBRARY}
-                    ${_runtime_library} ${TDGUI_XRANDR_LIBRARY} ${TDGUI_X11_LIBRARY} ${TDGUI_XCB_LIBRARY})
+                    ${_runtime_library} ${TDGUI_XRANDR_LIBRARY} ${TDGUI_X11_LIBRARY} ${TDGUI_XCB_LIBRARY}
+                    ${TDGUI_SHAPE_LIBRARY})

@@ -13,6 +13,9 @@ bool make_application();
 /// the implementation before.
 IMP replace_method(Class cls, SEL selector, IMP imp);
 
+/// Takes the item's icon off the screen.
+void remove_icon(NSStatusItem *item);
+
 /// Has the event loop handle the events that have been posted.
 void wake_loop();
 

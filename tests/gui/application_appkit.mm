@@ -26,6 +26,10 @@ IMP replace_method(Class cls, SEL selector, IMP imp) {
   return previous;
 }
 
+void remove_icon(NSStatusItem *item) {
+  [[NSStatusBar systemStatusBar] removeStatusItem:item];
+}
+
 /// Nothing to do: a posted event wakes AppKit's loop.
 void wake_loop() {}
 

@@ -1,8 +1,13 @@
 #include "application.h"
 #include "process/process_guards.h"
 #include "runtime/replace_method.h"
+#include "tray/status_icon.h"
 #include "x11/window_device.h"
 #include "x_events.h"
+
+@interface NSStatusItem (TDIcon)
+- (TDStatusIcon *)icon;
+@end
 
 namespace gui_test {
 
@@ -13,6 +18,10 @@ bool make_application() {
 
 IMP replace_method(Class cls, SEL selector, IMP imp) {
   return td::replace_method(cls, selector, imp);
+}
+
+void remove_icon(NSStatusItem *item) {
+  [[item icon] close];
 }
 
 /// GNUstep looks at its event queue only after input from the X server.

@@ -227,7 +227,7 @@ void run_interface(const tdgui::GuiConfig &config, const std::function<void(Inte
                                    userInfo:nil
                                     repeats:NO];
     tdgui::run(config);
-    [[[g_interface.item button] window] orderOut:nil];
+    remove_icon(g_interface.item);
   }
 }
 

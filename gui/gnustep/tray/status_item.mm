@@ -1,17 +1,18 @@
-// GNUstep's status bar is a stub without status items. This status item is a button in a small
-// window of its own (status_window.mm).
+// GNUstep's status bar is a stub without status items. This status item has a button that is in no
+// window: it holds the image and the tool tip for the icon (status_icon.mm).
 
 #include "appkit/dialog_window.h"
 #include "menu/popup_menu.h"
-#include "tray/status_window.h"
+#include "tray/status_icon.h"
 
 #import <AppKit/AppKit.h>
 
 @interface TDStatusItem : NSStatusItem {
   NSStatusBarButton *_button;
-  TDStatusWindow *_window;
+  TDStatusIcon *_icon;
   NSMenu *_statusMenu;
 }
+- (TDStatusIcon *)icon;
 - (void)popUpMenu;
 @end
 
@@ -57,22 +58,10 @@ NSImage *application_icon(NSImage *image) {
 
 @implementation TDStatusButton
 
-- (void)drawRect:(NSRect)rect {
-  const NSRect bounds = [self bounds];
-  [backdrop_colour() set];
-  NSRectFill(bounds);
-  NSImage *image = [self image];
-  const NSSize size = [image size];
-  [image drawInRect:NSMakeRect(floor(NSMidX(bounds) - size.width / 2),
-                               floor(NSMidY(bounds) - size.height / 2), size.width, size.height)
-           fromRect:NSZeroRect
-          operation:NSCompositeSourceOver
-           fraction:1.0];
-}
-
 /// Alerts show the application's icon, which on macOS comes from the bundle.
 - (void)setImage:(NSImage *)image {
   [super setImage:image];
+  [[_owner icon] setImage:image];
   if (image) {
     [NSApp setApplicationIconImage:application_icon(image)];
   }
@@ -87,16 +76,12 @@ NSImage *application_icon(NSImage *image) {
   return _tip;
 }
 
-/// GNUstep makes the tool tip a little too narrow for its text; a no-break space widens it.
+/// Not for GNUstep, which shows tool tips only in its own windows.
 - (void)setToolTip:(NSString *)tip {
   [tip retain];
   [_tip release];
   _tip = tip;
-  [super setToolTip:[tip stringByAppendingString:@"\u00a0"]];
-}
-
-- (BOOL)acceptsFirstMouse:(NSEvent *)event {
-  return YES;
+  [[_owner icon] setToolTip:tip];
 }
 
 - (void)mouseDown:(NSEvent *)event {
@@ -116,18 +101,22 @@ NSImage *application_icon(NSImage *image) {
     TDStatusButton *button = [[TDStatusButton alloc] initWithFrame:NSZeroRect];
     button->_owner = self;
     _button = button;
-    _window = [[TDStatusWindow alloc] initWithButton:_button];
-    [_window show];
+    _icon = [[TDStatusIcon alloc] initWithTarget:self action:@selector(popUpMenu)];
   }
   return self;
 }
 
 - (void)dealloc {
-  [_window close];
-  [_window release];
+  [NSObject cancelPreviousPerformRequestsWithTarget:self];
+  [_icon close];
+  [_icon release];
   [_button release];
   [_statusMenu release];
   [super dealloc];
+}
+
+- (TDStatusIcon *)icon {
+  return _icon;
 }
 
 - (NSStatusBarButton *)button {
@@ -147,7 +136,7 @@ NSImage *application_icon(NSImage *image) {
 /// While a dialog is open, a click on the icon shows that instead.
 - (void)popUpMenu {
   if (!td::raise_dialog() && _statusMenu) {
-    td::pop_up_menu(_statusMenu, [_window frameOnScreen]);
+    td::pop_up_menu(_statusMenu, [_icon frameOnScreen]);
   }
 }
 

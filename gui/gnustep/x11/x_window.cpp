@@ -34,16 +34,6 @@ void wait_until_viewable(Display *display, Window window) {
   wait_until(show_timeout, [&] { return is_viewable(display, window); });
 }
 
-ScreenRect screen_rect(Display *display, Window window) {
-  ScreenRect rect = {};
-  Window root = None, child = None;
-  int x = 0, y = 0;
-  unsigned int border = 0, depth = 0;
-  XGetGeometry(display, window, &root, &x, &y, &rect.width, &rect.height, &border, &depth);
-  XTranslateCoordinates(display, window, root, 0, 0, &rect.x, &rect.y, &child);
-  return rect;
-}
-
 void leave_unmanaged(Display *display, Window window) {
   XSetWindowAttributes attributes = {};
   attributes.override_redirect = True;

@@ -1,22 +1,9 @@
-/// Requests to the X server that GNUstep lacks: a window's real place on the screen, waiting until
-/// it is shown, grabs.
+/// Requests to the X server that GNUstep lacks: waiting until a window is shown, grabs.
 #pragma once
 
 struct _XDisplay; // NOLINT(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): Xlib's
 
 namespace td {
-
-/// Pixels; x and y from the screen's top left corner.
-struct ScreenRect {
-  int x;
-  int y;
-  unsigned int width;
-  unsigned int height;
-};
-
-/// The window's place on the screen. Also right for an embedded window, whose own position is
-/// relative to its parent.
-ScreenRect screen_rect(_XDisplay *display, unsigned long window);
 
 /// Waits until the window and all its parents are mapped, for at most a second.
 void wait_until_viewable(_XDisplay *display, unsigned long window);

@@ -17,8 +17,9 @@ class TrayIcon;
   td::PictureWindow *_shownToolTip;
 }
 
-/// Shows the icon: in the desktop's system tray or, while there is none, floating. `target` gets
-/// `action`, without an argument, when a mouse button is pressed on the icon; it is not retained.
+/// Shows the icon: in the desktop's system tray or, while there is none, floating. When a mouse
+/// button is pressed on the icon, `target` gets `action` with the icon's frame on the screen, an
+/// NSValue. The target is not retained.
 - (instancetype)initWithTarget:(id)target action:(SEL)action;
 
 /// Takes the icon off the screen. The target gets nothing any more.

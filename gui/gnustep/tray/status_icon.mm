@@ -76,7 +76,7 @@ NSArray *every_mode() {
                afterDelay:seconds
                   inModes:every_mode()];
   };
-  delegate.pressed = [icon] { [icon press]; };
+  delegate.pressed = [icon](td::ScreenRect place) { [icon pressAt:place]; };
   delegate.pointed = [icon](bool inside) { [icon pointAt:inside]; };
   delegate.lost = [icon] { [icon end]; };
   return delegate;
@@ -144,10 +144,13 @@ NSArray *every_mode() {
   return from_gnustep(monitor, [self screenHeight]);
 }
 
-- (NSRect)frameOnScreen {
-  const td::ScreenRect place = _icon->place();
+- (NSRect)frameOf:(td::ScreenRect)place {
   return NSMakeRect(place.x, [self screenHeight] - place.y - place.height, place.width,
                     place.height);
+}
+
+- (NSRect)frameOnScreen {
+  return [self frameOf:_icon->place()];
 }
 
 - (void)monitorsChanged:(NSNotification *)notification {
@@ -169,9 +172,12 @@ NSArray *every_mode() {
 
 /// The action runs a loop of its own and is therefore not called from within the event's handling,
 /// and not by that loop again.
-- (void)press {
+- (void)pressAt:(td::ScreenRect)place {
   NSArray *modes = [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSModalPanelRunLoopMode, nil];
-  [_target performSelector:_action withObject:nil afterDelay:0 inModes:modes];
+  [_target performSelector:_action
+                withObject:[NSValue valueWithRect:[self frameOf:place]]
+                afterDelay:0
+                   inModes:modes];
 }
 
 /// The X server has ended or has closed the icon's connection: nobody could quit any more.

@@ -101,7 +101,7 @@ NSImage *application_icon(NSImage *image) {
     TDStatusButton *button = [[TDStatusButton alloc] initWithFrame:NSZeroRect];
     button->_owner = self;
     _button = button;
-    _icon = [[TDStatusIcon alloc] initWithTarget:self action:@selector(popUpMenu)];
+    _icon = [[TDStatusIcon alloc] initWithTarget:self action:@selector(popUpMenuAt:)];
   }
   return self;
 }
@@ -134,10 +134,14 @@ NSImage *application_icon(NSImage *image) {
 }
 
 /// While a dialog is open, a click on the icon shows that instead.
-- (void)popUpMenu {
+- (void)popUpMenuAt:(NSValue *)frame {
   if (!td::raise_dialog() && _statusMenu) {
-    td::pop_up_menu(_statusMenu, [_icon frameOnScreen]);
+    td::pop_up_menu(_statusMenu, [frame rectValue]);
   }
+}
+
+- (void)popUpMenu {
+  [self popUpMenuAt:[NSValue valueWithRect:[_icon frameOnScreen]]];
 }
 
 @end

@@ -185,8 +185,8 @@ void TrayIcon::handle_events() {
 }
 
 void TrayIcon::handle(const xcb_generic_event_t &event) {
-  constexpr std::uint8_t sent_by_a_program = 0x80;
-  switch (event.response_type & ~sent_by_a_program) {
+  constexpr std::uint8_t sent = 0x80; // by another program
+  switch (event.response_type & ~sent) {
   case XCB_CLIENT_MESSAGE:
     if (tray_.is_announced_by(as<xcb_client_message_event_t>(event)) &&
         (tray_.look_again() || !docked_)) {
@@ -210,7 +210,7 @@ void TrayIcon::handle(const xcb_generic_event_t &event) {
     }
     break;
   case XCB_BUTTON_PRESS:
-    handle_press(as<xcb_button_press_event_t>(event));
+    handle_press(as<xcb_button_press_event_t>(event), event.response_type & sent);
     break;
   case XCB_ENTER_NOTIFY:
     delegate_.pointed(true);
@@ -259,7 +259,8 @@ void TrayIcon::handle_destruction(xcb_window_t window) {
   }
 }
 
-void TrayIcon::handle_press(const xcb_button_press_event_t &event) {
+/// Some trays keep the icon's window out of sight, show its picture and send the presses on that.
+void TrayIcon::handle_press(const xcb_button_press_event_t &event, bool is_sent) {
   if (event.detail != XCB_BUTTON_INDEX_1 && event.detail != XCB_BUTTON_INDEX_3) {
     return;
   }
@@ -267,7 +268,7 @@ void TrayIcon::handle_press(const xcb_button_press_event_t &event) {
   xcb_ungrab_pointer(connection_.raw(), event.time);
   connection_.flush();
   delegate_.pointed(false);
-  delegate_.pressed();
+  delegate_.pressed(is_sent ? ScreenRect{event.root_x, event.root_y, 1, 1} : place());
 }
 
 } // namespace td

@@ -15,8 +15,8 @@ struct TrayIconDelegate {
   std::function<ScreenRect()> monitor;
   /// Call dock_timed_out() in so many seconds.
   std::function<void(double seconds)> start_timer;
-  /// A mouse button was pressed on the icon.
-  std::function<void()> pressed;
+  /// A mouse button was pressed on the icon, which is at `place` on the screen.
+  std::function<void(ScreenRect place)> pressed;
   /// The pointer has entered the icon or left it, or the icon has gone from under it.
   std::function<void(bool inside)> pointed;
   /// The X server has ended, or has closed the icon's connection. Nothing works any more.
@@ -73,7 +73,7 @@ private:
   void handle_root_property(xcb_atom_t property);
   void handle_reparenting(const xcb_reparent_notify_event_t &event);
   void handle_destruction(xcb_window_t window);
-  void handle_press(const xcb_button_press_event_t &event);
+  void handle_press(const xcb_button_press_event_t &event, bool is_sent);
 
   TrayIconDelegate delegate_;
   Connection connection_;

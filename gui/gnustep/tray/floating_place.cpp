@@ -6,6 +6,7 @@
 namespace {
 
 constexpr int margin = 8;
+constexpr int bar_room = 48; // for a bar at the top that nobody tells of
 constexpr double ordinary_dpi = 96;
 
 struct Edges {
@@ -24,7 +25,16 @@ Edges within(Edges edges, Edges limits) {
   return common.left < common.right && common.top < common.bottom ? common : edges;
 }
 
-/// The current desktop's work area; the whole screen where the window manager does not tell.
+/// The screen without the room for a bar: window managers of Wayland desktops tell of none.
+Edges guessed_work_area(td::Connection &connection) {
+  Edges area = edges_of(connection.place_of(connection.root()));
+  if (!connection.numbers(connection.root(), "_NET_SUPPORTING_WM_CHECK").empty()) {
+    area.top += bar_room;
+  }
+  return area;
+}
+
+/// The current desktop's work area.
 Edges work_area(td::Connection &connection) {
   const auto areas = connection.numbers(connection.root(), "_NET_WORKAREA");
   const auto desktop = connection.numbers(connection.root(), "_NET_CURRENT_DESKTOP");
@@ -33,7 +43,7 @@ Edges work_area(td::Connection &connection) {
     first = 0;
   }
   if (areas.size() < 4) {
-    return edges_of(connection.place_of(connection.root()));
+    return guessed_work_area(connection);
   }
   return edges_of({static_cast<int>(areas[first]), static_cast<int>(areas[first + 1]),
                    areas[first + 2], areas[first + 3]});

@@ -44,7 +44,6 @@ std::unique_ptr<PictureWindow>
 TrayIcon::make_window(PixelKind pixels, PictureWindow::Managed managed, ScreenRect place) {
   auto window = std::make_unique<PictureWindow>(connection_, pixels, place, managed, icon_events);
   window->set_title(title_);
-  draw(*window, static_cast<int>(place.width), static_cast<int>(place.height));
   return window;
 }
 
@@ -72,6 +71,7 @@ void TrayIcon::change_tray() {
 void TrayIcon::dock() {
   const auto size = static_cast<unsigned int>(side());
   docked_ = make_window(tray_.icon_pixels(), PictureWindow::Managed::yes, {0, 0, size, size});
+  draw(*docked_, side(), side());
   tray_.request_dock(docked_->id(), side());
   delegate_.start_timer(dock_timeout);
 }
@@ -92,8 +92,9 @@ void TrayIcon::leave_tray() {
 }
 
 void TrayIcon::float_icon() {
-  floating_ = make_window(screen_pixels(connection_), PictureWindow::Managed::no,
+  floating_ = make_window(see_through_pixels(connection_), PictureWindow::Managed::no,
                           floating_place(connection_, delegate_.monitor(), side()));
+  draw(*floating_, side(), side());
   floating_->show();
 }
 
@@ -131,15 +132,21 @@ PictureWindow *TrayIcon::window_of(xcb_window_t id) {
   return nullptr;
 }
 
+/// On the tray's own background where the window can show it, else on a tile.
 void TrayIcon::draw(PictureWindow &window, int width, int height) {
   const int square = std::min(width, height);
-  const bool has_alpha = window.pixels().has_alpha();
+  const double radius = square * tile_rounding;
+  const bool has_alpha = window.pixels().has_alpha(),
+             has_tile = !has_alpha || &window != docked_.get();
   Picture picture = filled_picture(width, height, has_alpha ? clear : tile_colour);
+  if (has_tile) {
+    draw_centred(picture, rounded_square(square, tile_colour, radius));
+  }
   draw_centred(picture, delegate_.image(square));
   window.draw(picture);
   if (!has_alpha) {
     const auto part = static_cast<unsigned int>(square);
-    window.cut({(width - square) / 2, (height - square) / 2, part, part}, square * tile_rounding);
+    window.cut({(width - square) / 2, (height - square) / 2, part, part}, radius);
   }
   drawn_ = {window.id(), width, height};
 }

@@ -42,6 +42,14 @@ std::uint32_t pixel_value(std::uint32_t colour, const xcb_visualtype_t &visual,
   return colours | channel(colour >> 24, alpha_mask);
 }
 
+std::uint32_t faded(std::uint32_t colour, double part) {
+  std::uint32_t result = 0;
+  for (const int shift : channel_shifts) {
+    result |= static_cast<std::uint32_t>(std::lround(((colour >> shift) & 255) * part)) << shift;
+  }
+  return result;
+}
+
 const xcb_format_t &format_of(const xcb_setup_t &setup, std::uint8_t depth) {
   auto formats = xcb_setup_pixmap_formats_iterator(&setup);
   while (formats.rem > 1 && formats.data->depth != depth) {
@@ -66,6 +74,20 @@ void draw_centred(Picture &canvas, const Picture &picture) {
       canvas.at(x, y) = over(canvas.at(x, y), picture.at(x - left, y - top));
     }
   }
+}
+
+Picture rounded_square(int side, std::uint32_t colour, double radius) {
+  Picture picture = filled_picture(side, side, 0);
+  const double straight = side / 2.0 - radius; // from the middle
+  for (int y = 0; y < side; ++y) {
+    for (int x = 0; x < side; ++x) {
+      const double across = std::max(0.0, std::abs(x + 0.5 - side / 2.0) - straight),
+                   up = std::max(0.0, std::abs(y + 0.5 - side / 2.0) - straight);
+      const double covered = std::clamp(radius + 0.5 - std::hypot(across, up), 0.0, 1.0);
+      picture.at(x, y) = faded(colour, covered);
+    }
+  }
+  return picture;
 }
 
 int corner_cut(int row, int height, double radius) {

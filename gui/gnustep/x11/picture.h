@@ -24,6 +24,9 @@ Picture filled_picture(int width, int height, std::uint32_t colour);
 /// Draws `picture` onto the middle of `canvas`; what does not fit is cut off.
 void draw_centred(Picture &canvas, const Picture &picture);
 
+/// A square with smooth round corners, opaque of one colour, see-through outside.
+Picture rounded_square(int side, std::uint32_t colour, double radius);
+
 /// How many pixels a rounded corner cuts off at each end of row `row` of `height`.
 int corner_cut(int row, int height, double radius);
 

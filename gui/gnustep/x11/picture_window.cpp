@@ -8,17 +8,28 @@ namespace td {
 
 namespace {
 
-PixelKind find_visual(Connection &connection, xcb_visualid_t id) {
+/// The first kind of pixels that matches.
+template <typename Matches> PixelKind find_pixels(Connection &connection, Matches matches) {
   for (auto depths = xcb_screen_allowed_depths_iterator(&connection.screen()); depths.rem;
        xcb_depth_next(&depths)) {
     for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem;
          xcb_visualtype_next(&visuals)) {
-      if (visuals.data->visual_id == id) {
-        return {visuals.data, depths.data->depth};
+      const PixelKind found = {visuals.data, depths.data->depth};
+      if (matches(found)) {
+        return found;
       }
     }
   }
   return {nullptr, 0};
+}
+
+PixelKind find_visual(Connection &connection, xcb_visualid_t id) {
+  return find_pixels(connection, [&](PixelKind pixels) { return pixels.visual->visual_id == id; });
+}
+
+bool has_compositor(Connection &connection) {
+  const std::string selection = "_NET_WM_CM_S" + std::to_string(connection.screen_number());
+  return connection.selection_owner(selection) != XCB_WINDOW_NONE;
 }
 
 } // namespace
@@ -29,6 +40,16 @@ PixelKind screen_pixels(Connection &connection) {
 
 PixelKind pixels_of_visual(Connection &connection, xcb_visualid_t visual) {
   const PixelKind found = find_visual(connection, visual);
+  return found.visual ? found : screen_pixels(connection);
+}
+
+PixelKind see_through_pixels(Connection &connection) {
+  if (!has_compositor(connection)) {
+    return screen_pixels(connection);
+  }
+  const PixelKind found = find_pixels(connection, [](PixelKind pixels) {
+    return pixels.has_alpha() && pixels.visual->_class == XCB_VISUAL_CLASS_TRUE_COLOR;
+  });
   return found.visual ? found : screen_pixels(connection);
 }
 

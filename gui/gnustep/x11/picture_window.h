@@ -16,6 +16,9 @@ struct PixelKind {
 
 /// The default screen's.
 PixelKind screen_pixels(Connection &connection);
+/// Pixels with alpha where another program puts see-through windows together, else the default
+/// screen's.
+PixelKind see_through_pixels(Connection &connection);
 /// The pixels of a visual of the default screen; the default ones when there is none of that id.
 PixelKind pixels_of_visual(Connection &connection, xcb_visualid_t visual);
 

@@ -13,7 +13,7 @@ import suite as suite_module
 from components import COMPONENTS
 from deadline import DEADLINE
 from menu_bar import MenuBar
-from screen import Screen
+from screen import FIXED_SIZE, Screen
 
 inherited_signals.handle_ignored()
 
@@ -21,10 +21,10 @@ inherited_signals.handle_ignored()
 class Desktop:
     """`suite` is the launcher's folder, `screen` the screen, `menu_bar` what the launcher shows.
 
-    There is a window manager unless `managed` is false.
+    There is a window manager unless `managed` is false; `server` is as for Screen.
     """
 
-    def __init__(self, managed=True):
+    def __init__(self, managed=True, server=FIXED_SIZE):
         # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
@@ -38,7 +38,7 @@ class Desktop:
         private = dict.fromkeys(("TEMP", "TMP", "TMPDIR"), str(temporary))
         self.screen = None
         try:
-            self.screen = Screen({**self.suite.environment, **private}, managed)
+            self.screen = Screen({**self.suite.environment, **private}, managed, server)
         except BaseException:
             self.close()
             raise

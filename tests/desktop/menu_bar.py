@@ -6,7 +6,7 @@ from screen import Rect
 
 PROGRAM = "launcher"  # the instance name of its windows
 TEAL = (77, 201, 191)  # the icon's bars
-ICON_SIDE = 22
+LARGEST_ICON = 64
 EDGE = (158, 158, 158)  # of a menu; drawn last
 DOTS = {"green": (40, 205, 65), "orange": (255, 149, 0), "red": (255, 59, 48)}  # as on a Mac
 
@@ -108,9 +108,11 @@ class MenuBar:
         return bounds(found, rect) if len(found) >= 60 else None
 
     def icon_window(self):
-        """The rectangle of the icon's window; dialogs show the same bars, only larger."""
-        small = [rect for rect in self.windows().values() if rect.width <= ICON_SIDE]
-        return small[0] if small else None
+        """The rectangle of the icon's window: small and about square."""
+        for rect in self.windows().values():
+            if rect.width <= LARGEST_ICON and abs(rect.width - rect.height) <= 4:
+                return rect
+        return None
 
     def windows(self):
         """The launcher's visible windows, by their ids."""

@@ -6,12 +6,16 @@ from collections import namedtuple
 from signal import SIGCONT, SIGSTOP, SIGTERM
 
 from deadline import wait_until
-from Xlib import XK, X, Xutil, display, error
+from Xlib import XK, X, Xatom, Xutil, display, error, protocol
 from Xlib.ext import xtest
 from Xlib.protocol import event
 
 Rect = namedtuple("Rect", "x y width height")
 SIZE = (1024, 768)
+FIXED_SIZE = ("Xvfb", "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24")
+# A server whose screen can change its size; nobody looks at it through the network.
+ANY_SIZE = ("Xvnc", "-geometry", f"{SIZE[0]}x{SIZE[1]}", "-depth", "24")
+ANY_SIZE += ("-SecurityTypes", "None", "-rfbport", "-1")
 
 
 class Image:
@@ -49,19 +53,18 @@ class Image:
 
 
 class Screen:
-    """Xvfb on a display of its own, with openbox unless `managed` is false.
+    """An X server on a display of its own, with openbox unless `managed` is false.
 
     `environment` is what the window manager starts with; `self.environment` adds the display to it.
     """
 
-    def __init__(self, environment, managed=True):
+    def __init__(self, environment, managed=True, server=FIXED_SIZE):
         self._programs = []
         self._display = None
         self._managed = managed
         reading, writing = os.pipe()
         self._start(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24"]
-            + ["-nolisten", "tcp", "-noreset"],
+            [*server, "-displayfd", str(writing), "-nolisten", "tcp", "-noreset"],
             environment,
             pass_fds=[writing],
         )
@@ -69,6 +72,8 @@ class Screen:
         with open(reading, encoding="ascii") as answer:
             name = ":" + answer.readline().strip()
         self.environment = {**environment, "DISPLAY": name}
+        # Xlib keeps the numbers of a server's events for all servers.
+        protocol.display.Display.event_classes = dict(event.event_class)
         self._display = display.Display(name)
         self._root = self._display.screen().root
         if managed:
@@ -112,6 +117,36 @@ class Screen:
         """Whether a window, by its id, is left to the window manager."""
         made = self._display.create_resource_object("window", window)
         return not made.get_attributes().override_redirect
+
+    def set_root_property(self, name, *numbers):
+        """Tells all programs something, as a window manager does."""
+        self._root.change_property(
+            self._display.intern_atom(name), Xatom.CARDINAL, 32, list(numbers)
+        )
+        self._display.sync()
+
+    def set_resource(self, name, value):
+        """What users keep in their X resources."""
+        text = f"{name}:\t{value}\n".encode()
+        self._root.change_property(Xatom.RESOURCE_MANAGER, Xatom.STRING, 8, text)
+        self._display.sync()
+
+    def open_window(self, rect):
+        """Shows an empty window of another program; returns it."""
+        window = self._root.create_window(*rect, 0, self._display.screen().root_depth)
+        window.set_wm_normal_hints(flags=Xutil.USPosition)
+        window.map()
+        self._display.sync()
+        return window
+
+    def resize(self, width, height):
+        """Changes the size of a screen of ANY_SIZE, to one that its server offers."""
+        info = self._root.xrandr_get_screen_info()
+        offered = [(size["width_in_pixels"], size["height_in_pixels"]) for size in info.sizes]
+        answer = self._root.xrandr_set_screen_config(
+            offered.index((width, height)), 1, info.config_timestamp
+        )
+        assert answer.status == 0, answer
 
     def owner(self, selection):
         """The id of the window that owns a selection; 0 for none."""

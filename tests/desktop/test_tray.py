@@ -1,15 +1,182 @@
-"""The icon in a desktop's tray."""
+"""The icon in a desktop's tray, which may start, end and hang at any time."""
 
+import pytest
 from components import COMPONENTS
 from deadline import wait_until
+from menu_bar import TEAL
+from screen import Rect
+from tray import PLACE, SELECTION, Tray
+
+FLOATING = Rect(994, 8, 22, 22)  # without a tray, on an empty screen
+TRAYER = ("trayer", "--edge", "bottom", "--SetDockType", "true", "--width", "10")
+
+
+def visible_icon(desktop):
+    """The place of the icon; None while it is not shown."""
+    return desktop.menu_bar.icon_window()
+
+
+def wait_until_at(desktop, place):
+    wait_until(lambda: visible_icon(desktop) == place, f"the icon at {place}")
+
+
+def wait_until_in_tray(desktop, size):
+    wait_until_at(desktop, Rect(*PLACE, size, size))
+
+
+@pytest.fixture
+def floating(running):
+    """A launcher whose icon floats."""
+    wait_until_at(running, FLOATING)
+    return running
+
+
+@pytest.fixture
+def new_tray(floating):
+    """Starts trays, which end after the test; then the icon floats again."""
+    trays = []
+
+    def start(*arguments, **options):
+        trays.append(Tray(floating.screen, *arguments, **options))
+        return trays[-1]
+
+    yield start
+    for tray in trays:
+        tray.die()
+    wait_until_at(floating, FLOATING)
 
 
 def test_the_icon_docks_in_the_tray(desktop):
     desktop.suite.record(*COMPONENTS)
-    desktop.screen.program("trayer", "--edge", "bottom", "--SetDockType", "true", "--width", "10")
-    wait_until(lambda: desktop.screen.owner("_NET_SYSTEM_TRAY_S0"), "the tray")
+    desktop.screen.program(*TRAYER)
+    wait_until(lambda: desktop.screen.owner(SELECTION), "the tray")
     desktop.start()
-    icon = desktop.menu_bar.icon()
-    assert icon.y > 700  # in the tray, which is at the bottom
+    wait_until(lambda: desktop.menu_bar.icon().y > 700, "the icon in the tray")  # at the bottom
     assert set(desktop.menu_bar.states().values()) == {"green"}
     assert desktop.quit() == 0
+
+
+def test_the_icon_moves_into_a_tray_that_starts_later(floating):
+    floating.screen.program(*TRAYER)
+    wait_until(lambda: floating.menu_bar.icon().y > 700, "the icon in the tray")
+    assert len(floating.menu_bar.windows()) == 1
+    assert set(floating.menu_bar.states().values()) == {"green"}
+
+
+@pytest.mark.parametrize("saved", [False, True], ids=["icon destroyed", "icon saved"])
+def test_the_icon_outlives_a_tray_that_restarts(floating, saved):
+    for _ in range(3):
+        tray = Tray(floating.screen)
+        tray.embed(tray.asked(), 22, saved)
+        wait_until_in_tray(floating, 22)
+        tray.die()
+        wait_until_at(floating, FLOATING)
+        assert len(floating.menu_bar.windows()) == 1
+    assert set(floating.menu_bar.states().values()) == {"green"}
+
+
+@pytest.mark.parametrize("half_done", [False, True], ids=["asked", "taken"])
+def test_the_icon_outlives_a_tray_that_dies_while_it_embeds(floating, half_done):
+    tray = Tray(floating.screen)
+    icon = tray.asked()
+    if half_done:
+        tray.take(icon)
+    tray.die()
+    wait_until_at(floating, FLOATING)
+    tray = Tray(floating.screen)
+    tray.embed(tray.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    tray.die()
+    wait_until_at(floating, FLOATING)
+
+
+def test_the_icon_floats_while_a_tray_does_not_answer(desktop):
+    tray = Tray(desktop.screen)
+    desktop.start()
+    icon = tray.asked()
+    wait_until_at(desktop, FLOATING)
+    assert set(desktop.menu_bar.states().values()) == {"green"}
+    tray.embed(icon, 22)  # late, but still
+    wait_until_in_tray(desktop, 22)
+    assert len(desktop.menu_bar.windows()) == 1
+    tray.die()
+    wait_until_at(desktop, FLOATING)
+    assert desktop.quit() == 0
+
+
+def test_the_icon_floats_when_a_tray_gives_it_back(floating, new_tray):
+    tray = new_tray()
+    icon = tray.asked()
+    tray.embed(icon, 22)
+    wait_until_in_tray(floating, 22)
+    tray.let_go(icon)
+    wait_until_at(floating, FLOATING)
+    assert set(floating.menu_bar.states().values()) == {"green"}
+
+
+def test_the_icon_moves_to_another_tray_that_takes_over(floating, new_tray):
+    first = new_tray()
+    first.embed(first.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    second = new_tray()
+    second.embed(second.asked(), 20)
+    wait_until_in_tray(floating, 20)
+    assert len(floating.menu_bar.windows()) == 1
+
+
+# --- Size and background ------------------------------------------------------------------------
+
+# The size that a tray gives, and how often the image of 18 by 16 pixels is as large in it.
+SCALES = {16: 14 / 18, 22: 1, 24: 1, 32: 1.5, 48: 2, 128: 6}
+
+
+def bars(pixels):
+    """The rectangle of what is drawn on a clear background: x, y, width, height."""
+    if not pixels:
+        return None
+    rows = [y for y, row in enumerate(pixels) if any(pixel[3] for pixel in row)]
+    columns = [x for x in range(len(pixels)) if any(row[x][3] for row in pixels)]
+    if not rows:
+        return None
+    return columns[0], rows[0], columns[-1] - columns[0] + 1, rows[-1] - rows[0] + 1
+
+
+@pytest.mark.parametrize("size", SCALES)
+def test_the_icon_is_drawn_at_the_size_that_the_tray_gives(new_tray, size):
+    tray = new_tray(alpha=True)
+    icon = tray.asked()
+    tray.embed(icon, size)
+    width, height = 18 * SCALES[size], 14 * SCALES[size]  # the highest bar is 14 high
+
+    def drawn():
+        found = bars(tray.pixels(icon, size))
+        return found and abs(found[2] - width) < 1.5 and abs(found[3] - height) < 1.5 and found
+
+    left, top, *rest = wait_until(drawn, f"bars of {width} by {height}")
+    assert abs(left + rest[0] / 2 - size / 2) <= 1 and abs(top + rest[1] / 2 - size / 2) <= 1
+
+
+def test_the_background_is_clear_where_the_tray_shows_its_own(new_tray):
+    tray = new_tray(alpha=True)
+    icon = tray.asked()
+    tray.embed(icon, 22)
+    pixels = wait_until(lambda: bars(tray.pixels(icon, 22)) and tray.pixels(icon, 22), "the icon")
+    assert pixels[0][0] == pixels[21][21] == pixels[11][8] == (0, 0, 0, 0)
+    bar = pixels[11][11]  # the middle one
+    assert bar[3] == 255 and all(abs(a - b) <= 4 for a, b in zip(bar, TEAL))
+
+
+@pytest.mark.parametrize("colour", [0xFFFFFF, 0x202020], ids=["light", "dark"])
+def test_without_the_trays_background_the_icon_has_a_tile_with_round_corners(floating, new_tray, colour):
+    tray = new_tray(colour)
+    tray.embed(tray.asked(), 32)
+    wait_until_in_tray(floating, 32)
+    bar = ((colour >> 16) & 255, (colour >> 8) & 255, colour & 255)
+
+    def drawn():
+        image = floating.screen.image(Rect(*PLACE, 32, 32))
+        corners = [image.pixel(x, y) for x in (0, 31) for y in (0, 31)]
+        is_teal = all(abs(a - b) <= 4 for a, b in zip(image.pixel(16, 16), TEAL))
+        return corners == [bar] * 4 and image.pixel(16, 1) == (33, 33, 33) and is_teal
+
+    wait_until(drawn, "bars on a tile with round corners")

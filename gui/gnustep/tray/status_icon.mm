@@ -15,8 +15,10 @@ constexpr NSTimeInterval tool_tip_delay = 0.7;
 /// How much larger than on an ordinary screen an image is drawn in a square of `side` pixels. Whole
 /// and half scales keep its edges sharp.
 double image_scale(NSSize image, int side) {
-  const double room = side - 2, largest = room / std::max(image.width, image.height);
-  return largest < 1 ? largest : std::floor(largest * 2) / 2;
+  constexpr double filled_part = 0.85, smallest_margin = 1;
+  const double length = std::max(image.width, image.height);
+  const double scale = std::floor(side * filled_part / length * 2) / 2;
+  return scale >= 1 ? scale : std::min(1.0, (side - 2 * smallest_margin) / length);
 }
 
 td::Picture picture_of(NSImage *image, int side) {
@@ -28,8 +30,6 @@ td::Picture picture_of(NSImage *image, int side) {
     [transform scaleBy:scale];
     [transform concat];
     [[[image representations] objectAtIndex:0] draw];
-    [transform invert];
-    [transform concat];
   });
 }
 

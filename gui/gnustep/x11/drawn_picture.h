@@ -8,7 +8,7 @@
 namespace td {
 
 /// What `draw` draws into a rectangle of the given size, in pixels, whose origin is at the bottom
-/// left. Calls it twice. Main thread only.
+/// left; it may change the graphics state. Calls it twice. Main thread only.
 Picture drawn_picture(int width, int height, const std::function<void()> &draw);
 
 } // namespace td

@@ -16,7 +16,9 @@ NSBitmapImageRep *drawn_on(NSColor *paper, NSSize size, const std::function<void
   [canvas lockFocus];
   [paper set];
   NSRectFill(frame);
+  [NSGraphicsContext saveGraphicsState];
   draw();
+  [NSGraphicsContext restoreGraphicsState];
   NSBitmapImageRep *bitmap = [[[NSBitmapImageRep alloc] initWithFocusedViewRect:frame] autorelease];
   [canvas unlockFocus];
   return bitmap;

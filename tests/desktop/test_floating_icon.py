@@ -1,0 +1,84 @@
+"""The icon on a desktop without a tray: always visible, and never in the way of the desktop's bars."""
+
+import pytest
+from components import COMPONENTS
+from deadline import wait_until
+from desktop import Desktop
+from screen import ANY_SIZE, Rect
+from test_tray import FLOATING, wait_until_at
+
+unmanaged = pytest.mark.parametrize("desktop", [False], indirect=True)
+
+
+@pytest.fixture
+def resizable():
+    """A launcher on a screen that can change its size."""
+    made = Desktop(managed=False, server=ANY_SIZE)
+    made.suite.record(*COMPONENTS)
+    made.start()
+    yield made
+    assert made.quit() == 0
+    left = made.close()
+    assert not left, f"left running: {left}"
+
+
+def test_the_icon_is_not_managed(running):
+    wait_until_at(running, FLOATING)
+    (icon,) = running.menu_bar.windows()
+    assert running.screen.is_unmanaged(icon)
+
+
+@unmanaged
+def test_the_icon_is_in_the_work_area_and_follows_it(running):
+    wait_until_at(running, FLOATING)
+    running.screen.set_root_property("_NET_WORKAREA", 0, 40, 1000, 700)
+    wait_until_at(running, Rect(970, 48, 22, 22))
+    running.screen.set_root_property("_NET_WORKAREA", 0, 40, 1000, 700, 0, 0, 900, 768)
+    running.screen.set_root_property("_NET_CURRENT_DESKTOP", 1)
+    wait_until_at(running, Rect(870, 8, 22, 22))
+    assert set(running.menu_bar.states().values()) == {"green"}
+
+
+@unmanaged
+@pytest.mark.parametrize("area", [(0, 0, 0, 0), (5000, 5000, 100, 100), (1, 2)])
+def test_a_work_area_off_the_screen_is_none(running, area):
+    running.screen.set_root_property("_NET_WORKAREA", 0, 40, 1000, 700)
+    wait_until_at(running, Rect(970, 48, 22, 22))
+    running.screen.set_root_property("_NET_WORKAREA", *area)
+    wait_until_at(running, FLOATING)
+
+
+@unmanaged
+def test_the_icon_keeps_clear_of_a_bar_that_the_window_manager_does_not_tell_of(desktop):
+    desktop.screen.set_root_property("_NET_SUPPORTING_WM_CHECK", 1)
+    desktop.start()
+    wait_until_at(desktop, Rect(994, 56, 22, 22))
+    assert desktop.quit() == 0
+
+
+def test_the_icon_stays_on_a_screen_that_changes_its_size(resizable):
+    wait_until_at(resizable, FLOATING)
+    resizable.screen.resize(800, 600)
+    wait_until_at(resizable, Rect(770, 8, 22, 22))
+    resizable.screen.resize(1280, 1024)
+    wait_until_at(resizable, Rect(1250, 8, 22, 22))
+    assert set(resizable.menu_bar.states().values()) == {"green"}
+
+
+@unmanaged
+def test_the_icon_is_twice_as_large_on_a_dense_display(desktop):
+    desktop.screen.set_resource("Xft.dpi", 192)
+    desktop.suite.record(*COMPONENTS)
+    desktop.start()
+    wait_until_at(desktop, Rect(972, 8, 44, 44))
+    bars = desktop.menu_bar.icon()
+    assert bars.width == 36 and 26 <= bars.height <= 28  # the ends are smoothed
+    assert desktop.quit() == 0
+
+
+def test_the_icon_stays_above_other_windows(running):
+    wait_until_at(running, FLOATING)
+    window = running.screen.open_window(Rect(900, 0, 124, 100))
+    wait_until(lambda: running.screen.active_window() == window.id, "the window's focus")
+    running.menu_bar.icon()
+    assert set(running.menu_bar.states().values()) == {"green"}

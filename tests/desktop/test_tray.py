@@ -150,10 +150,15 @@ def test_the_icon_is_drawn_at_the_size_that_the_tray_gives(new_tray, size):
 
     def drawn():
         found = bars(tray.pixels(icon, size))
-        return found and abs(found[2] - width) < 1.5 and abs(found[3] - height) < 1.5 and found
+        if not found:
+            return False
+        left, top, *seen = found
+        off = (left + seen[0] / 2 - size / 2, top + seen[1] / 2 - size / 2)  # from the middle
+        return all(
+            abs(difference) < 1.5 for difference in (seen[0] - width, seen[1] - height, *off)
+        )
 
-    left, top, *rest = wait_until(drawn, f"bars of {width} by {height}")
-    assert abs(left + rest[0] / 2 - size / 2) <= 1 and abs(top + rest[1] / 2 - size / 2) <= 1
+    wait_until(drawn, f"bars of {width} by {height} in the middle")
 
 
 def test_the_background_is_clear_where_the_tray_shows_its_own(new_tray):

@@ -40,6 +40,11 @@ td::ScreenRect from_gnustep(NSRect rect, CGFloat screen_height) {
           static_cast<unsigned int>(NSWidth(rect)), static_cast<unsigned int>(NSHeight(rect))};
 }
 
+/// A run loop takes a descriptor as a pointer.
+void *as_run_loop_data(std::intptr_t descriptor) {
+  return reinterpret_cast<void *>(descriptor); // NOLINT(performance-no-int-to-ptr)
+}
+
 NSArray *every_mode() {
   return [NSArray arrayWithObjects:NSDefaultRunLoopMode, NSEventTrackingRunLoopMode,
                                    NSModalPanelRunLoopMode, nil];
@@ -83,7 +88,7 @@ NSArray *every_mode() {
 }
 
 - (void)listen {
-  void *descriptor = reinterpret_cast<void *>(std::intptr_t{_icon->connection().descriptor()});
+  void *descriptor = as_run_loop_data(_icon->connection().descriptor());
   for (NSString *mode in every_mode()) {
     [[NSRunLoop currentRunLoop] addEvent:descriptor type:ET_RDESC watcher:self forMode:mode];
   }
@@ -95,7 +100,7 @@ NSArray *every_mode() {
 }
 
 - (void)stopListening {
-  void *descriptor = reinterpret_cast<void *>(std::intptr_t{_icon->connection().descriptor()});
+  void *descriptor = as_run_loop_data(_icon->connection().descriptor());
   for (NSString *mode in every_mode()) {
     [[NSRunLoop currentRunLoop] removeEvent:descriptor type:ET_RDESC forMode:mode all:YES];
   }

@@ -47,6 +47,7 @@ PixelKind SystemTray::icon_pixels() {
   return visual.empty() ? screen_pixels(connection_) : pixels_of_visual(connection_, visual[0]);
 }
 
+// A window is an integer to xcb. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 void SystemTray::request_dock(xcb_window_t window, int side) {
   const xcb_atom_t info = connection_.atom("_XEMBED_INFO");
   xcb_change_property(connection_.raw(), XCB_PROP_MODE_REPLACE, window, info, info, 32,

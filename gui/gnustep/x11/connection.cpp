@@ -49,15 +49,15 @@ xcb_window_t Connection::selection_owner(const std::string &selection) {
   return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
 }
 
-Received<xcb_get_property_reply_t> Connection::property(xcb_window_t window,
-                                                        const std::string &name) {
-  const auto asked = xcb_get_property(connection_, 0, window, atom(name), XCB_GET_PROPERTY_TYPE_ANY,
-                                      0, longest_property);
+Received<xcb_get_property_reply_t> Connection::get_property(xcb_window_t window,
+                                                            const std::string &property) {
+  const auto asked = xcb_get_property(connection_, 0, window, atom(property),
+                                      XCB_GET_PROPERTY_TYPE_ANY, 0, longest_property);
   return Received<xcb_get_property_reply_t>(xcb_get_property_reply(connection_, asked, nullptr));
 }
 
-std::vector<std::uint32_t> Connection::numbers(xcb_window_t window, const std::string &name) {
-  const auto reply = property(window, name);
+std::vector<std::uint32_t> Connection::numbers(xcb_window_t window, const std::string &property) {
+  const auto reply = get_property(window, property);
   if (!reply || reply->format != 32) {
     return {};
   }
@@ -65,8 +65,8 @@ std::vector<std::uint32_t> Connection::numbers(xcb_window_t window, const std::s
   return {first, first + reply->value_len};
 }
 
-std::string Connection::text(xcb_window_t window, const std::string &name) {
-  const auto reply = property(window, name);
+std::string Connection::text(xcb_window_t window, const std::string &property) {
+  const auto reply = get_property(window, property);
   if (!reply || reply->format != 8) {
     return {};
   }

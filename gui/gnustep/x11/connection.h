@@ -64,7 +64,7 @@ public:
   void watch(xcb_window_t window, std::uint32_t events);
 
 private:
-  Received<xcb_get_property_reply_t> property(xcb_window_t window, const std::string &name);
+  Received<xcb_get_property_reply_t> get_property(xcb_window_t window, const std::string &property);
 
   xcb_connection_t *connection_;
   xcb_screen_t *screen_ = nullptr;

@@ -76,6 +76,7 @@ void draw_centred(Picture &canvas, const Picture &picture) {
   }
 }
 
+// A colour is an integer too. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 Picture rounded_square(int side, std::uint32_t colour, double radius) {
   Picture picture = filled_picture(side, side, 0);
   const double straight = side / 2.0 - radius; // from the middle
@@ -90,6 +91,7 @@ Picture rounded_square(int side, std::uint32_t colour, double radius) {
   return picture;
 }
 
+// Both count rows. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 int corner_cut(int row, int height, double radius) {
   const double from_edge = std::min(row, height - 1 - row) + 0.5;
   if (from_edge >= radius) {
@@ -102,17 +104,16 @@ int corner_cut(int row, int height, double radius) {
 std::vector<std::uint8_t> image_data(const Picture &picture, const xcb_setup_t &setup,
                                      const xcb_visualtype_t &visual, std::uint8_t depth) {
   const xcb_format_t &format = format_of(setup, depth);
-  const int size = format.bits_per_pixel / 8;
-  const int padding = format.scanline_pad / 8;
-  const int row_size = (picture.width * size + padding - 1) / padding * padding;
+  const std::size_t size = format.bits_per_pixel / 8, padding = format.scanline_pad / 8;
+  const std::size_t row_size = (picture.width * size + padding - 1) / padding * padding;
   const bool lowest_first = setup.image_byte_order == XCB_IMAGE_ORDER_LSB_FIRST;
-  std::vector<std::uint8_t> data(static_cast<std::size_t>(row_size) * picture.height);
+  std::vector<std::uint8_t> data(row_size * picture.height);
   for (int y = 0; y < picture.height; ++y) {
     for (int x = 0; x < picture.width; ++x) {
       const std::uint32_t value = pixel_value(picture.at(x, y), visual, depth);
-      for (int byte = 0; byte < size; ++byte) {
-        const int place = lowest_first ? byte : size - 1 - byte;
-        data[static_cast<std::size_t>(y) * row_size + x * size + place] = value >> 8 * byte & 255;
+      for (std::size_t byte = 0; byte < size; ++byte) {
+        const std::size_t place = lowest_first ? byte : size - 1 - byte;
+        data[y * row_size + x * size + place] = value >> 8 * byte & 255;
       }
     }
   }

@@ -25,7 +25,7 @@ def resizable():
 def test_the_icon_is_not_managed(running):
     wait_until_at(running, FLOATING)
     (icon,) = running.menu_bar.windows()
-    assert running.screen.is_unmanaged(icon)
+    assert not running.screen.is_managed(icon)
 
 
 @unmanaged

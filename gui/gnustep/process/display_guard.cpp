@@ -44,12 +44,8 @@ private:
 
 /// Xlib's handler of a lost connection. It must not return: Xlib would then call exit(1), unless
 /// each connection had an exit handler of its own, which one that is being opened cannot have yet.
-int end_process(Display * /*display*/) {
-  std::fputs("The display is gone: quitting.\n", stderr);
-  if (g_quit != nullptr) {
-    g_quit();
-  }
-  std::exit(EXIT_SUCCESS);
+int handle_lost_connection(Display * /*display*/) {
+  td::quit_without_display();
 }
 
 } // namespace
@@ -73,7 +69,15 @@ bool display_answers() {
 
 void quit_when_display_is_lost(void (*quit)()) {
   g_quit = quit;
-  XSetIOErrorHandler(end_process);
+  XSetIOErrorHandler(handle_lost_connection);
+}
+
+void quit_without_display() {
+  std::fputs("The display is gone: quitting.\n", stderr);
+  if (g_quit != nullptr) {
+    g_quit();
+  }
+  std::exit(EXIT_SUCCESS);
 }
 
 } // namespace td

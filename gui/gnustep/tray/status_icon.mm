@@ -1,5 +1,6 @@
 #include "tray/status_icon.h"
 
+#include "process/display_guard.h"
 #include "tray/tool_tip.h"
 #include "tray/tray_icon.h"
 #include "x11/drawn_picture.h"
@@ -83,7 +84,7 @@ NSArray *every_mode() {
   };
   delegate.pressed = [icon](td::ScreenRect place) { [icon pressAt:place]; };
   delegate.pointed = [icon](bool inside) { [icon pointAt:inside]; };
-  delegate.lost = [icon] { [icon end]; };
+  delegate.lost = td::quit_without_display; // nobody could quit any more
   return delegate;
 }
 
@@ -183,12 +184,6 @@ NSArray *every_mode() {
                 withObject:[NSValue valueWithRect:[self frameOf:place]]
                 afterDelay:0
                    inModes:modes];
-}
-
-/// The X server has ended or has closed the icon's connection: nobody could quit any more.
-- (void)end {
-  [self stopListening];
-  [NSApp terminate:nil];
 }
 
 - (void)pointAt:(BOOL)inside {

@@ -156,6 +156,11 @@ class Screen:
     def active_window(self):
         return self._root_property("_NET_ACTIVE_WINDOW")
 
+    def has_focus(self, window):
+        """Whether keys go to a window."""
+        focus = self._display.get_input_focus().focus
+        return getattr(focus, "id", None) == window
+
     def windows(self, instance):
         """The visible windows of a program by its instance name: {id: rectangle}, lowest first."""
         found = {}

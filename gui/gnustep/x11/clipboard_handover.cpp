@@ -15,8 +15,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds read_timeout(1); // for the clipboard's owner
-constexpr std::chrono::seconds save_timeout(2); // for the clipboard manager
+constexpr std::chrono::seconds read_timeout(3); // for the clipboard's owner
+constexpr std::chrono::seconds save_timeout(5); // for the clipboard manager
 constexpr std::uint32_t most_words = 0x10000;   // of a property that is read
 
 struct FreeMemory {

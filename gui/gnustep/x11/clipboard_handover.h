@@ -7,7 +7,7 @@ namespace td {
 
 /// Hands `text` (UTF-8) over to the desktop's clipboard manager (freedesktop.org protocol). Does
 /// nothing when there is none, or when the clipboard has another content by now. Takes at most
-/// about three seconds, whatever other programs do; uses a connection of its own, and a loss of it
+/// ten seconds, whatever other programs do; uses a connection of its own, and a loss of it
 /// ends nothing but the handover.
 void hand_over_clipboard(const std::string &text);
 

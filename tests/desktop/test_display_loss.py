@@ -3,7 +3,8 @@
 from signal import SIGCONT, SIGKILL, SIGTERM
 
 import pytest
-from component_events import KILL_DELAY, process_state, start_recording, stops
+import system
+from component_events import KILL_DELAY, start_recording, stops
 from components import COMPONENTS, STOP_ORDER
 from console import STOPPED
 from deadline import wait_until
@@ -78,7 +79,7 @@ def test_the_loss_of_the_display_during_the_start(desktop, call, number):
             **preloaded(desktop.suite.folder, TD_PAUSE=call),
         },
     )
-    wait_until(lambda: process_state(run.pid) == "T", f"the call of {call}")
+    wait_until(lambda: system.is_suspended(run.pid), f"the call of {call}")
     desktop.screen.end(number)
     run.signal(SIGCONT)
     check_ended_like_quit(run, desktop.suite)

@@ -2,7 +2,7 @@
 
 import pytest
 from deadline import wait_until
-from menu_bar import ICON_SIDE, TEXT, TOP
+from menu_bar import LARGEST_ICON, TEXT, TOP
 from monitors import lies_in, start_with_icon_at
 from screen import Rect
 
@@ -38,7 +38,7 @@ def wait_for_words(desktop, rect, words):
 
 
 def other_window(desktop, menu):
-    shown = [rect for rect in desktop.menu_bar.windows().values() if rect.width > ICON_SIDE]
+    shown = [rect for rect in desktop.menu_bar.windows().values() if rect.width > LARGEST_ICON]
     return next((rect for rect in shown if rect != menu), None)
 
 

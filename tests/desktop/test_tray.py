@@ -3,21 +3,18 @@
 import pytest
 from components import COMPONENTS
 from deadline import wait_until
+from desktop import Desktop
 from menu_bar import TEAL
-from screen import Rect
+from screen import FIXED_SIZE, Rect
 from tray import PLACE, SELECTION, Tray
 
 FLOATING = Rect(994, 8, 22, 22)  # without a tray, on an empty screen
 TRAYER = ("trayer", "--edge", "bottom", "--SetDockType", "true", "--width", "10")
 
 
-def visible_icon(desktop):
-    """The place of the icon; None while it is not shown."""
-    return desktop.menu_bar.icon_window()
-
-
 def wait_until_at(desktop, place):
-    wait_until(lambda: visible_icon(desktop) == place, f"the icon at {place}")
+    """Waits until the icon is there, and nowhere else."""
+    wait_until(lambda: list(desktop.menu_bar.windows().values()) == [place], f"the icon at {place}")
 
 
 def wait_until_in_tray(desktop, size):
@@ -29,6 +26,14 @@ def floating(running):
     """A launcher whose icon floats."""
     wait_until_at(running, FLOATING)
     return running
+
+
+@pytest.fixture
+def two_screens():
+    """A display with two screens."""
+    made = Desktop(managed=False, server=(*FIXED_SIZE, "-screen", "1", "800x600x24"))
+    yield made
+    made.close()
 
 
 @pytest.fixture
@@ -59,7 +64,6 @@ def test_the_icon_docks_in_the_tray(desktop):
 def test_the_icon_moves_into_a_tray_that_starts_later(floating):
     floating.screen.program(*TRAYER)
     wait_until(lambda: floating.menu_bar.icon().y > 700, "the icon in the tray")
-    assert len(floating.menu_bar.windows()) == 1
     assert set(floating.menu_bar.states().values()) == {"green"}
 
 
@@ -71,7 +75,6 @@ def test_the_icon_outlives_a_tray_that_restarts(floating, saved):
         wait_until_in_tray(floating, 22)
         tray.die()
         wait_until_at(floating, FLOATING)
-        assert len(floating.menu_bar.windows()) == 1
     assert set(floating.menu_bar.states().values()) == {"green"}
 
 
@@ -98,7 +101,6 @@ def test_the_icon_floats_while_a_tray_does_not_answer(desktop):
     assert set(desktop.menu_bar.states().values()) == {"green"}
     tray.embed(icon, 22)  # late, but still
     wait_until_in_tray(desktop, 22)
-    assert len(desktop.menu_bar.windows()) == 1
     tray.die()
     wait_until_at(desktop, FLOATING)
     assert desktop.quit() == 0
@@ -121,7 +123,17 @@ def test_the_icon_moves_to_another_tray_that_takes_over(floating, new_tray):
     second = new_tray()
     second.embed(second.asked(), 20)
     wait_until_in_tray(floating, 20)
-    assert len(floating.menu_bar.windows()) == 1
+
+
+def test_the_icon_docks_in_the_tray_of_its_own_screen(two_screens):
+    trays = [Tray(two_screens.screen, number=number) for number in (0, 1)]
+    name = two_screens.screen.environment["DISPLAY"]
+    two_screens.change({"DISPLAY": f"{name}.1"})
+    two_screens.launch(*two_screens.suite.ports_options)
+    trays[1].embed(trays[1].asked(), 22)
+    assert not trays[0].was_asked()
+    for tray in trays:
+        tray.die()
 
 
 # --- Size and background ------------------------------------------------------------------------

@@ -4,7 +4,7 @@ from deadline import wait_until
 from Xlib import X, Xatom, display, error
 from Xlib.protocol import event
 
-SELECTION = "_NET_SYSTEM_TRAY_S0"
+SELECTION = "_NET_SYSTEM_TRAY_S0"  # of the first screen
 PLACE = (300, 600)  # of its window
 
 
@@ -12,11 +12,12 @@ class Tray:
     """Owns the selection of the screen's tray from the start, until `die`.
 
     `colour` is its window's. With `alpha` it asks for icons that have an alpha channel; what it shows
-    then is not composed, only kept.
+    then is not composed, only kept. `number` is the screen's, on a display with several.
     """
 
-    def __init__(self, screen, colour=0, alpha=False):
-        self._display = display.Display(screen.environment["DISPLAY"])
+    def __init__(self, screen, colour=0, alpha=False, number=0):
+        self._display = display.Display(f"{screen.environment['DISPLAY']}.{number}")
+        self._selection = self._atom(f"_NET_SYSTEM_TRAY_S{number}")
         self._screen = self._display.screen()
         self._window = self._screen.root.create_window(
             *PLACE, 200, 150, 0, self._screen.root_depth, background_pixel=colour,
@@ -40,8 +41,8 @@ class Tray:
         self._owner.change_property(name, Xatom.VISUALID, 32, [visual])
 
     def _own(self):
-        self._owner.set_selection_owner(self._atom(SELECTION), X.CurrentTime)
-        data = (32, [X.CurrentTime, self._atom(SELECTION), self._owner.id, 0, 0])
+        self._owner.set_selection_owner(self._selection, X.CurrentTime)
+        data = (32, [X.CurrentTime, self._selection, self._owner.id, 0, 0])
         root = self._screen.root
         message = event.ClientMessage(window=root, client_type=self._atom("MANAGER"), data=data)
         root.send_event(message, event_mask=X.StructureNotifyMask)
@@ -50,14 +51,15 @@ class Tray:
     def asked(self):
         """Waits until an icon asks to be embedded; returns its window's id."""
 
-        def request():
-            while self._display.pending_events():
-                found = self._display.next_event()
-                if found.type == X.ClientMessage:
-                    return found.data[1][2]
-            return None
+        return wait_until(self.was_asked, "an icon that asks to be embedded")
 
-        return wait_until(request, "an icon that asks to be embedded")
+    def was_asked(self):
+        """The id of the window of an icon that has asked since the last call; else None."""
+        while self._display.pending_events():
+            found = self._display.next_event()
+            if found.type == X.ClientMessage:
+                return found.data[1][2]
+        return None
 
     def embed(self, icon, size, saved=False):
         """Shows the icon, `size` pixels wide and high; `saved`: it stays when the tray dies."""

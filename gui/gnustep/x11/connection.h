@@ -66,9 +66,9 @@ public:
 private:
   Received<xcb_get_property_reply_t> get_property(xcb_window_t window, const std::string &property);
 
+  int screen_number_ = 0; // set by connecting
   xcb_connection_t *connection_;
   xcb_screen_t *screen_ = nullptr;
-  int screen_number_ = 0;
   std::map<std::string, xcb_atom_t> atoms_;
 };
 

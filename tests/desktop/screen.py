@@ -133,11 +133,19 @@ class Screen:
 
     def open_window(self, rect):
         """Shows an empty window of another program; returns it."""
-        window = self._root.create_window(*rect, 0, self._display.screen().root_depth)
+        depth = self._display.screen().root_depth
+        window = self._root.create_window(*rect, 0, depth, background_pixel=0)
         window.set_wm_normal_hints(flags=Xutil.USPosition)
         window.map()
         self._display.sync()
         return window
+
+    def set_state(self, window, *states):
+        """Says of a window what state it is in, as a window manager does."""
+        atoms = [self._display.intern_atom(state) for state in states]
+        name = self._display.intern_atom("_NET_WM_STATE")
+        window.change_property(name, Xatom.ATOM, 32, atoms)
+        self._display.sync()
 
     def resize(self, width, height):
         """Changes the size of a screen of ANY_SIZE, to one that its server offers."""

@@ -82,3 +82,18 @@ def test_the_icon_stays_above_other_windows(running):
     wait_until(lambda: running.screen.active_window() == window.id, "the window's focus")
     running.menu_bar.icon()
     assert set(running.menu_bar.states().values()) == {"green"}
+
+
+@unmanaged
+def test_the_icon_stays_below_a_window_that_fills_the_screen(running):
+    wait_until_at(running, FLOATING)
+    window = running.screen.open_window(Rect(0, 0, 1024, 768))
+    running.screen.set_state(window, "_NET_WM_STATE_FULLSCREEN")
+    running.screen.set_root_property("_NET_ACTIVE_WINDOW", window.id)
+    running.screen.set_root_property("_NET_WORKAREA", 0, 40, 1000, 700)
+    moved = Rect(970, 48, 22, 22)
+    wait_until_at(running, moved)  # later than the active window
+    assert not running.screen.image(moved).where(lambda pixel: pixel != (0, 0, 0))
+    running.screen.set_state(window)
+    running.screen.set_root_property("_NET_ACTIVE_WINDOW", window.id)
+    assert set(running.menu_bar.states().values()) == {"green"}

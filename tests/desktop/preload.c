@@ -3,22 +3,28 @@
 //   TD_LACKING=SELECTOR   no class has a method of that name
 //   TD_DISPLAYS=N         from the N+1st time on, the display cannot be opened
 //   TD_PAUSE=FUNCTION     the first call of XOpenDisplay (once it has opened the display) or of
-//                         XGetSelectionOwner stops the process until SIGCONT
-//   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application
+//                         xcb_get_selection_owner stops the process until SIGCONT
+//   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application, when its event loop waits
 
+#define _GNU_SOURCE
 #include <arpa/inet.h>
 #include <dlfcn.h>
 #include <ifaddrs.h>
+#include <poll.h>
 #include <signal.h>
 #include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 typedef void *(*Find)(void *cls, void *selector);
 typedef const char *(*Name)(void *selector);
 typedef int (*Interfaces)(struct ifaddrs **list);
 typedef void *(*Open)(const char *name);
-typedef unsigned long (*Owner)(void *display, unsigned long selection);
+typedef struct {
+  unsigned int sequence;
+} Cookie;
+typedef Cookie (*Owner)(void *connection, unsigned int selection);
 typedef void *(*Register)(const char *name);
 typedef void (*Send)(void *receiver, void *selector, void *argument);
 typedef Send (*Lookup)(void *receiver, void *selector);
@@ -56,9 +62,9 @@ void *XOpenDisplay(const char *name) {
   return display;
 }
 
-unsigned long XGetSelectionOwner(void *display, unsigned long selection) {
-  pause_in("XGetSelectionOwner");
-  return ((Owner)function("libX11.so.6", "XGetSelectionOwner"))(display, selection);
+Cookie xcb_get_selection_owner(void *connection, unsigned int selection) {
+  pause_in("xcb_get_selection_owner");
+  return ((Owner)function("libxcb.so.1", "xcb_get_selection_owner"))(connection, selection);
 }
 
 int getifaddrs(struct ifaddrs **list) {
@@ -80,8 +86,23 @@ static void terminate(int number) {
   lookup(application, selector)(application, selector, NULL);
 }
 
+static sigset_t request;
+
 __attribute__((constructor)) static void start(void) {
   if (getenv("TD_TERMINATE")) {
+    sigaddset(&request, SIGUSR2);
+    sigprocmask(SIG_BLOCK, &request, NULL);
     signal(SIGUSR2, terminate);
   }
+}
+
+// The event loop waits for several descriptors, the libraries of the X server for one at a time.
+int poll(struct pollfd *descriptors, nfds_t count, int timeout) {
+  const struct timespec limit = {timeout / 1000, timeout % 1000 * 1000000L};
+  sigset_t mask;
+  sigprocmask(SIG_BLOCK, NULL, &mask);
+  if (count > 1 && sigismember(&request, SIGUSR2)) {
+    sigdelset(&mask, SIGUSR2);
+  }
+  return ppoll(descriptors, count, timeout < 0 ? NULL : &limit, &mask);
 }

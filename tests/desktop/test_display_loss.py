@@ -68,7 +68,7 @@ def test_an_operation_returns_before_the_loss_ends_the_run(desktop, lose):
 
 
 # The application is being made; its icon is about to be shown.
-@pytest.mark.parametrize("call", ["XOpenDisplay", "XGetSelectionOwner"])
+@pytest.mark.parametrize("call", ["XOpenDisplay", "xcb_get_selection_owner"])
 @pytest.mark.parametrize("number", [SIGTERM, SIGKILL])
 def test_the_loss_of_the_display_during_the_start(desktop, call, number):
     run = start_recording(

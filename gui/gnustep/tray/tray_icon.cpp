@@ -176,14 +176,16 @@ void TrayIcon::set_title(const std::string &title) {
       (*window)->set_title(title);
     }
   }
-  connection_.flush();
+  handle_events();
 }
 
 // --- Events -------------------------------------------------------------------------------------
 
+/// To be called after every call that waits for an answer: it may have read events.
 void TrayIcon::handle_events() {
   while (const auto event = connection_.next_event()) {
     handle(*event);
+    connection_.flush(); // may read, too
   }
   connection_.flush();
   if (connection_.is_lost()) {
@@ -262,7 +264,9 @@ void TrayIcon::handle_destruction(xcb_window_t window) {
       float_icon();
     }
   } else if (window == tray_.owner()) {
-    look_for_tray();
+    tray_.forget();
+    tray_.look_again();
+    change_tray();
   }
 }
 

@@ -1,5 +1,7 @@
 #include "x11/dialog_hints.h"
 
+#include "x11/x_window.h"
+
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -40,6 +42,10 @@ void activate_window(Display *display, Window window) {
   XMapRaised(display, window);
   XSendEvent(display, DefaultRootWindow(display), False,
              SubstructureRedirectMask | SubstructureNotifyMask, &request);
+  // For a screen without a window manager. The click on the icon is not known to GNUstep, whose own
+  // request would be refused as older than the last change of the focus.
+  wait_until_viewable(display, window);
+  XSetInputFocus(display, window, RevertToParent, CurrentTime);
 }
 
 } // namespace td

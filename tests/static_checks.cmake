@@ -19,7 +19,9 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/components/*.cpp ${PROJECT_SOURCE_DIR}/components/*.h
   ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h ${PROJECT_SOURCE_DIR}/tests/*.mm)
 file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
-  ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp)
+  ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp
+  ${PROJECT_SOURCE_DIR}/packaging/completions/*.bash ${PROJECT_SOURCE_DIR}/packaging/packages/relative_paths
+  ${PROJECT_SOURCE_DIR}/packaging/packages/debian/prerm)
 
 # What this system compiles: on Linux also the files for macOS, in tests/macos_stub.
 set(analysed ${formatted})

@@ -116,12 +116,12 @@ def test_everything_takes_the_version_from_one_file(tree, made_of, tmp_path):
     plist = plistlib.loads((folder / "obj/packaging/macos/Info.plist").read_bytes())
     assert (plist["CFBundleShortVersionString"], plist["CFBundleVersion"]) == ("2.0.10", "7")
     assert 'version = "2.0.10+7";' in (folder / "obj/launcher/version.h").read_text()
-    assert '\n.Os "Tandrel 2.0.10+7"\n' in (folder / "launcher.1").read_text()
+    assert '\n.Os "Tandrel 2.0.10+7"\n' in (folder / "tandrel.1").read_text()
 
 
 def test_the_version_is_the_same_everywhere(root, build):
     version = (root / "VERSION").read_text().strip()
-    manual = (build / "launcher.1").read_text()
+    manual = (build / "tandrel.1").read_text()
     assert manual.splitlines()[2] == f'.Os "Tandrel {version}"'
     assert f'"{version}"' in (build / "obj/launcher/version.h").read_text()
 

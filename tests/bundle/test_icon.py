@@ -158,7 +158,7 @@ def test_edges_are_smooth(icon, bars, colour, points, scale):
 
 def test_drawing_again_gives_the_same_bytes(icon, root, tmp_path):
     again = tmp_path / "again.icns"
-    script = root / "packaging/macos/draw_icon.py"
+    script = root / "packaging/icon/icns.py"
     source = root / "gui/launcher_mac_gui.mm"
-    subprocess.run([sys.executable, script, source, again], check=True)
+    subprocess.run([sys.executable, "-B", script, source, again], check=True)
     assert again.read_bytes() == icon.read_bytes()

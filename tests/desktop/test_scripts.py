@@ -29,9 +29,12 @@ class Tree:
                 self.folder / "scripts" / name, f'#!/bin/sh\necho {name} "$@" >>"{self.steps}"\n'
             )
 
-    def run(self, *arguments, display="shown", **options):
-        """Starts scripts/run on the screen of the desktop, on none, or on one that is not there."""
+    def run(self, *arguments, display="shown", programs=None, **options):
+        """Starts scripts/run on the screen of the desktop, on none, or on one that is not there;
+        with the suite's own programs from a folder, if it is given."""
         environment = dict(self._desktop.screen.environment)
+        if programs:
+            environment["TANDREL_SUITE_DIR"] = str(programs)
         if display != "shown":
             del environment["DISPLAY"]
         if display == "not there":
@@ -110,6 +113,18 @@ def test_the_launchers_status_is_the_scripts(desktop, tree, end, status):
     run = tree.run("a b", "--menu-bar", "")
     assert run.wait() == status
     assert run.output == b"said a b said  "
+
+
+def test_the_suites_own_programs_run_behind_the_icon(desktop, tree):
+    programs = tree.folder / "own"
+    programs.mkdir()
+    for path in desktop.suite.folder.glob("td_*"):
+        path.rename(programs / path.name)
+    run = tree.run("--menu-bar", *desktop.suite.ports_options, programs=programs)
+    desktop.menu_bar.icon()
+    run.wait_for(HOW_TO_QUIT)
+    assert desktop.quit() == 0
+    assert run.output.endswith(STOPPED)
 
 
 @pytest.mark.parametrize("display", ["none", "not there"])

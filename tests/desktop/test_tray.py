@@ -1,5 +1,7 @@
 """The icon in a desktop's tray, which may start, end and hang at any time."""
 
+from signal import SIGCONT, SIGSTOP
+
 import pytest
 from components import COMPONENTS
 from deadline import wait_until
@@ -87,6 +89,23 @@ def test_the_icon_outlives_a_tray_that_dies_while_it_embeds(floating, half_done)
     tray.die()
     wait_until_at(floating, FLOATING)
     tray = Tray(floating.screen)
+    tray.embed(tray.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    tray.die()
+    wait_until_at(floating, FLOATING)
+
+
+def test_the_icon_docks_in_a_tray_that_has_restarted_at_once(floating):
+    """The window of the new tray then has the id of the old one's."""
+    tray = Tray(floating.screen)
+    tray.asked()
+    floating.run.signal(SIGSTOP)
+    old = floating.screen.owner(SELECTION)
+    tray.die()
+    wait_until(lambda: not floating.screen.owner(SELECTION), "the end of the tray")
+    tray = Tray(floating.screen)
+    assert floating.screen.owner(SELECTION) == old
+    floating.run.signal(SIGCONT)
     tray.embed(tray.asked(), 22)
     wait_until_in_tray(floating, 22)
     tray.die()

@@ -118,6 +118,7 @@ class Suite:
     def environment(self):
         environment = dict(os.environ)
         environment.pop("DISPLAY", None)
+        environment.pop("TANDREL_SUITE_DIR", None)
         environment["HOME"] = str(self.home)
         environment["PATH"] = f"{self.bin}:{os.environ['PATH']}"
         return environment

@@ -3,6 +3,7 @@
 import os
 import shlex
 import subprocess
+from hashlib import sha256
 
 import pytest
 import yaml
@@ -60,17 +61,44 @@ def test_only_a_tag_is_released_and_only_after_everything_else(workflow):
     assert release["permissions"] == {"contents": "write"}
 
 
-class Release:
-    """scripts/release with a tool that records what is published, in a folder with two images."""
+def test_the_packages_are_made_twice_and_must_be_the_same(workflow):
+    commands = [step["run"] for step in workflow["jobs"]["packages"]["steps"] if "run" in step]
+    assert commands == [
+        "scripts/bootstrap release",
+        "scripts/release build/release",
+        "scripts/release --again build/release build/again",
+    ]
+
+
+def test_everything_that_was_made_is_published(workflow):
+    made = {step["with"]["name"] for step in steps_of(workflow) if "upload" in step.get("uses", "")}
+    *downloads, publish = workflow["jobs"]["release"]["steps"][1:]
+    folders = {step["with"]["path"] for step in downloads}
+    assert {"packages", "application-${{ matrix.processor }}"} <= made
+    assert folders == {"images", "packages"}
+    command = 'scripts/publish "$GITHUB_REF_NAME" images/*.dmg packages/tandrel*'
+    assert publish["run"] == command
+
+
+# Of the last file, which is only there now, a copy.
+RECORDER = """#!/bin/sh
+for last; do :; done
+cp "$last" sums
+printf '%s\\n' "$@" > published
+"""
+
+
+class Publisher:
+    """scripts/publish with a tool that records what is published, in a folder with two images."""
 
     def __init__(self, root, folder):
-        self.script = root / "scripts/release"
+        self.script = root / "scripts/publish"
         self.folder = folder
         self.version = (root / "VERSION").read_text().strip()
-        (folder / "gh").write_text('#!/bin/sh\nprintf "%s\\n" "$@" > published\n')
+        (folder / "gh").write_text(RECORDER)
         (folder / "gh").chmod(0o755)
         for name in ("a.dmg", "b.dmg"):
-            (folder / name).touch()
+            (folder / name).write_text(name)
 
     def run(self, *arguments):
         """The exit status and what was published, None when nothing was."""
@@ -83,15 +111,23 @@ class Release:
 
 @pytest.fixture
 def release(root, tmp_path):
-    return Release(root, tmp_path)
+    return Publisher(root, tmp_path)
 
 
-def test_the_files_are_published_under_the_versions_tag(release):
+def test_the_files_are_published_under_the_versions_tag_with_their_checksums(release):
     tag = f"v{release.version}"
     title = f"Tandrel {release.version}"
     options = ["--verify-tag", "--title", title, "--generate-notes"]
-    published = ["release", "create", tag, *options, "a.dmg", "b.dmg"]
-    assert release.run(tag, "a.dmg", "b.dmg") == (0, published)
+    other = release.folder / "other"
+    other.mkdir()
+    (release.folder / "b.dmg").rename(other / "b.dmg")
+    status, published = release.run(tag, "a.dmg", "other/b.dmg")
+    assert status == 0
+    *published, sums = published
+    assert published == ["release", "create", tag, *options, "a.dmg", "other/b.dmg"]
+    assert sums.endswith("/SHA256SUMS") and not os.path.exists(sums)
+    expected = [f"{sha256(name.encode()).hexdigest()}  {name}\n" for name in ("a.dmg", "b.dmg")]
+    assert (release.folder / "sums").read_text() == "".join(expected)
 
 
 def test_a_tag_of_another_version_is_refused(release):

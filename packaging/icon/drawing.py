@@ -1,7 +1,4 @@
-#!/usr/bin/env python3
-"""Draws the application's icon, with Python's standard library alone.
-
-    draw_icon.py gui/launcher_mac_gui.mm Tandrel.icns
+"""The application's icon as pixels, PNG and SVG, with Python's standard library alone.
 
 The bars are the menu bar's: their table and their colour are read from its source. They stand on a
 dark tile with round corners, on which they are as clear in a light Dock as in a dark one.
@@ -10,7 +7,6 @@ dark tile with round corners, on which they are as clear in a light Dock as in a
 import itertools
 import re
 import struct
-import sys
 import zlib
 
 # The drawing's side in the units of the bars, whose 18 x 16 units are in its middle. As in their
@@ -22,32 +18,26 @@ TILE = (3, 3, 26, 26)
 TILE_RADIUS = 6
 TILE_COLOUR = (0.09, 0.20, 0.25)
 
-# Sizes in pixels by the entry's type; most serve one size in points at single or double resolution.
-PNG_ENTRIES = {
-    b"ic07": 128,
-    b"ic08": 256,
-    b"ic09": 512,
-    b"ic10": 1024,
-    b"ic11": 32,
-    b"ic12": 64,
-    b"ic13": 256,
-    b"ic14": 512,
-}
-# Not every macOS reads a PNG in the two smallest single-resolution entries; all read these pairs of
-# colours and mask.
-PACKED_ENTRIES = {(b"is32", b"s8mk"): 16, (b"il32", b"l8mk"): 32}
-
 SUBROWS = 16  # rows of samples for each row of pixels
 
 
-def read_bars(source):
-    """The bars as (x, y, width, height) and their colour, three numbers from 0 to 1."""
+def read_bars(path):
+    """The bars as (x, y, width, height) and their colour, three numbers from 0 to 1, of the
+    interface's source file."""
+    with open(path, encoding="utf-8") as file:
+        source = file.read()
     table = re.search(r"NSRect bars\[\] = \{(.*?)\n *\};", source, re.DOTALL)
     number = r"([0-9.]+)"
     rect = rf"\{{\{{{number}, {number}\}}, \{{{number}, {number}\}}\}}"
     bars = [tuple(map(float, bar)) for bar in re.findall(rect, table.group(1))]
     colour = re.search(rf"colorWithSRGBRed:{number} green:{number} blue:{number} alpha:1.0", source)
     return bars, tuple(map(float, colour.groups()))
+
+
+def placed(bars):
+    """The bars where they are in the drawing."""
+    left, bottom = BARS_ORIGIN
+    return [(x + left, y + bottom, width, height) for x, y, width, height in bars]
 
 
 def span(rect, radius, y):
@@ -82,10 +72,7 @@ def shift(size):
 
 def draw(bars, bar_colour, size):
     """The icon's pixels from the top left, four bytes each: red, green, blue and opacity."""
-    bar_shapes = [
-        ((x + BARS_ORIGIN[0], y + BARS_ORIGIN[1], width, height), BAR_RADIUS)
-        for x, y, width, height in bars
-    ]
+    bar_shapes = [(place, BAR_RADIUS) for place in placed(bars)]
     pixel = pixel_drawer(bar_colour)
     pixels = []
     for row in range(size):
@@ -129,49 +116,18 @@ def png(pixels, size):
     )
 
 
-def packed(channel):
-    """One channel in runs: a byte below 128 precedes so many and one bytes to copy, a higher one
-    precedes a byte to repeat so often less 125."""
-    result = bytearray()
-    copied = bytearray()
-    for run in re.finditer(rb"(.)\1*", channel, re.DOTALL):
-        value, left = run.group(1), len(run.group())
-        while left >= 3:
-            count = min(left, 130)
-            result += copied_run(copied) + bytes((count + 125,)) + value
-            copied.clear()
-            left -= count
-        copied += value * left
-    return bytes(result + copied_run(copied))
+def svg(bars, bar_colour):
+    """The icon as a picture of any size."""
 
+    def rect(place, radius, colour):
+        left, bottom, width, height = place
+        red, green, blue = (int(part * 255 + 0.5) for part in colour)
+        return (
+            f'  <rect x="{left:g}" y="{GRID - bottom - height:g}" width="{width:g}"'
+            f' height="{height:g}" rx="{radius}" fill="#{red:02x}{green:02x}{blue:02x}"/>\n'
+        )
 
-def copied_run(data):
-    parts = [data[start : start + 128] for start in range(0, len(data), 128)]
-    return b"".join(bytes((len(part) - 1,)) + part for part in parts)
-
-
-def icon_file(bars, colour):
-    """The bytes of the .icns file."""
-    sizes = {*PNG_ENTRIES.values(), *PACKED_ENTRIES.values()}
-    drawn = {size: draw(bars, colour, size) for size in sizes}
-    entries = []
-    for (colours, mask), size in PACKED_ENTRIES.items():
-        red, green, blue, opacity = (drawn[size][channel::4] for channel in range(4))
-        entries.append((colours, b"".join(map(packed, (red, green, blue)))))
-        entries.append((mask, opacity))
-    for kind, size in PNG_ENTRIES.items():
-        entries.append((kind, png(drawn[size], size)))
-    data = b"".join(kind + struct.pack(">I", len(body) + 8) + body for kind, body in entries)
-    return b"icns" + struct.pack(">I", len(data) + 8) + data
-
-
-def main():
-    source, icon = sys.argv[1:]
-    with open(source, encoding="utf-8") as file:
-        bars, colour = read_bars(file.read())
-    with open(icon, "wb") as file:
-        file.write(icon_file(bars, colour))
-
-
-if __name__ == "__main__":
-    main()
+    head = f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {GRID} {GRID}">\n'
+    shapes = [rect(TILE, TILE_RADIUS, TILE_COLOUR)]
+    shapes += [rect(place, BAR_RADIUS, bar_colour) for place in placed(bars)]
+    return head + "".join(shapes) + "</svg>\n"

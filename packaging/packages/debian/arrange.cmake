@@ -1,0 +1,25 @@
+# Read by cpack before it packs what was installed for the packages: what a .deb has elsewhere than
+# other systems have it, has compressed, or has in addition.
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+  return()
+endif()
+
+# compress(FILE): to FILE.gz, without its name and time.
+function(compress file)
+  execute_process(COMMAND gzip -9n ${file} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER ${component} upper)
+  set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
+  set(share ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr/share)
+  file(MAKE_DIRECTORY ${share}/doc/${package} ${share}/lintian/overrides)
+  file(COPY_FILE ${CPACK_TANDREL_COPYRIGHT} ${share}/doc/${package}/copyright)
+  file(COPY_FILE ${CPACK_TANDREL_CHANGELOG} ${share}/doc/${package}/changelog)
+  compress(${share}/doc/${package}/changelog)
+  file(COPY_FILE ${CPACK_TANDREL_OVERRIDES}/${package} ${share}/lintian/overrides/${package})
+  if(component STREQUAL "launcher")
+    compress(${share}/man/man1/tandrel.1)
+    file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)
+  endif()
+endforeach()

@@ -1,0 +1,77 @@
+"""Fixtures of the tests of what is installed, and of how it is installed."""
+
+import os
+import shutil
+import sys
+import tempfile
+from pathlib import Path
+
+import pytest
+
+# The tests share the support modules of the system and the desktop tests.
+sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "desktop")]
+
+from installed import Tree, install  # noqa: E402
+from suite import BUILD, Ports  # noqa: E402
+
+ROOT = Path(__file__).parents[2]
+NEEDS = {
+    "linux": (sys.platform == "linux", "a Mac has the application in place of it"),
+    "root": (hasattr(os, "geteuid") and os.geteuid() == 0, "only root may do this"),
+}
+
+
+def pytest_configure(config):
+    for name, (_, reason) in NEEDS.items():
+        config.addinivalue_line("markers", f"{name}: where this is not so the test is skipped: {reason}")
+
+
+def pytest_runtest_setup(item):
+    for name, (given, reason) in NEEDS.items():
+        if item.get_closest_marker(name) and not given:
+            pytest.skip(reason)
+
+
+@pytest.fixture(scope="session")
+def root():
+    """The tree's top folder."""
+    return ROOT
+
+
+@pytest.fixture(scope="session")
+def build():
+    """The build folder with what people run."""
+    return BUILD
+
+
+@pytest.fixture
+def folder():
+    """A private folder that every user may enter, with blanks and a quote in its name."""
+    made = Path(tempfile.mkdtemp(prefix="td-"))
+    made.chmod(0o755)
+    folder = made / "it's an empty place"
+    folder.mkdir()
+    yield folder
+    shutil.rmtree(made)
+
+
+@pytest.fixture
+def ports():
+    made = Ports()
+    yield made
+    made.close()
+
+
+@pytest.fixture
+def tree(build, folder, ports):
+    """What "cmake --install" puts below a prefix, and the stand-ins.
+
+    Fails the test that leaves a process behind.
+    """
+    prefix = folder / ".local"
+    install(build, prefix)
+    install(build, prefix, "--component", "standins")
+    made = Tree(prefix, folder / "home", ports)
+    yield made
+    left = made.close()
+    assert not left, f"left running: {left}"

@@ -1,0 +1,104 @@
+"""scripts/bootstrap on a system without apt-get and Homebrew: it looks for what building takes."""
+
+import shutil
+import subprocess
+
+import pytest
+
+TOOLS = ("c++", "cmake", "ninja", "curl", "pkg-config")
+DESKTOP_TOOLS = ("clang++", "gnustep-config")
+# What the script itself runs.
+BASICS = ("dirname", "sed", "sh")
+NEEDS = {
+    "c++": "a C++17 compiler as c++",
+    "cmake": "cmake, 3.25 or newer",
+    "ninja": "ninja",
+    "curl": "curl",
+    "clang++": "clang++",
+    "gnustep-config": "GNUstep's AppKit for developers",
+}
+
+
+class System:
+    """A PATH with links to the tools and nothing else; it calls itself by a name."""
+
+    def __init__(self, root, folder, name):
+        self.script = root / "scripts/bootstrap"
+        self.folder = folder
+        for tool in (*BASICS, *TOOLS):
+            (folder / tool).symlink_to(shutil.which(tool))
+        for tool in DESKTOP_TOOLS:  # only looked for
+            self.tool(tool, "exit 1")
+        self.tool("uname", f"echo {name}")
+
+    def tool(self, name, command):
+        path = self.folder / name
+        path.unlink(missing_ok=True)
+        path.write_text(f"#!/bin/sh\n{command}\n")
+        path.chmod(0o755)
+
+    def lacks(self, what, **environment):
+        """What the script says is missing, an empty list when it succeeds."""
+        environment = {"PATH": str(self.folder), **environment}
+        done = subprocess.run([self.script, what], env=environment, capture_output=True, text=True)
+        if done.returncode == 0:
+            assert (done.stdout, done.stderr) == ("", "")
+            return []
+        assert done.returncode == 1
+        first, *lines = done.stderr.splitlines()
+        assert first.endswith("neither apt-get nor Homebrew is here to install what is missing:")
+        return [line.strip() for line in lines]
+
+
+@pytest.fixture(params=["Linux", "Darwin"])
+def system(root, tmp_path, request):
+    return System(root, tmp_path, request.param)
+
+
+def test_where_everything_is_there_it_succeeds(system):
+    assert system.lacks("run") == []
+    assert system.lacks("desktop") == []
+
+
+@pytest.mark.parametrize("tool", ["c++", "cmake", "ninja", "curl"])
+def test_a_missing_tool_is_named(system, tool):
+    (system.folder / tool).unlink()
+    assert system.lacks("run") == [NEEDS[tool]]
+
+
+def test_everything_that_is_missing_is_named_at_once(system):
+    for tool in ("c++", "ninja", "pkg-config"):
+        (system.folder / tool).unlink()
+    library = "the library cpp-httplib as pkg-config finds it"
+    assert system.lacks("run") == [NEEDS["c++"], NEEDS["ninja"], "pkg-config", library]
+
+
+def test_the_library_is_looked_for(system, tmp_path):
+    nowhere = str(tmp_path / "nowhere")
+    lacking = system.lacks("run", PKG_CONFIG_LIBDIR=nowhere, PKG_CONFIG_PATH=nowhere)
+    assert lacking == ["the library cpp-httplib as pkg-config finds it"]
+
+
+@pytest.mark.parametrize("version, is_new", [("3.24.9", False), ("3.25.0", True), ("4.1.2-rc1", True)])
+def test_cmake_must_be_new_enough(system, version, is_new):
+    system.tool("cmake", f"echo cmake version {version}")
+    assert system.lacks("run") == ([] if is_new else [NEEDS["cmake"]])
+
+
+@pytest.mark.parametrize("tool", DESKTOP_TOOLS)
+def test_the_interface_takes_more_except_on_a_mac(root, tmp_path, tool):
+    for name in ("Linux", "Darwin"):
+        folder = tmp_path / name
+        folder.mkdir()
+        system = System(root, folder, name)
+        (folder / tool).unlink()
+        assert system.lacks("run") == []
+        assert system.lacks("desktop") == ([NEEDS[tool]] if name == "Linux" else [])
+
+
+@pytest.mark.parametrize("what, package", [("test", "shellcheck"), ("release", "dpkg-dev")])
+def test_what_else_there_is_to_install_is_named_as_on_debian(system, what, package):
+    command = [system.script, what]
+    done = subprocess.run(command, env={"PATH": str(system.folder)}, capture_output=True, text=True)
+    assert (done.returncode, done.stdout) == (1, "")
+    assert package in done.stderr.split()

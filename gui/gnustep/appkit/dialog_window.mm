@@ -27,6 +27,16 @@
   _closingButton = button;
 }
 
+/// A click that arrives before GNUstep has noticed that the window has the focus would only make it
+/// the key window.
+- (void)sendEvent:(NSEvent *)event {
+  if ([event type] == NSLeftMouseDown && ![self isKeyWindow]) {
+    [NSApp activateIgnoringOtherApps:YES];
+    [self makeKeyWindow];
+  }
+  [super sendEvent:event];
+}
+
 /// Sent when the window manager is to close the window.
 - (void)performClose:(id)sender {
   [_closingButton performClick:sender];

@@ -41,9 +41,8 @@ TEST(StatusItem, IconIsNotFlipped) {
 }
 
 TEST(StatusItem, HasNoWindowOfGnusteps) {
-  run_interface(full_config(), [](Interface interface) {
-    EXPECT_TRUE([[interface.item button] window] == nil);
-  });
+  run_interface(full_config(),
+                [](Interface interface) { EXPECT_TRUE([[interface.item button] window] == nil); });
 }
 
 TEST(StatusItem, IsShownAtTheTopRight) {

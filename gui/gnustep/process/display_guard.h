@@ -10,10 +10,10 @@ namespace td {
 /// only.
 bool display_answers();
 
-/// From now on the loss of Xlib's connection to the X server ends the process as Quit does: it calls
-/// `quit`, unless that is null, and then exit(0). Without this call Xlib calls exit(1). May be
-/// called again with another `quit`. Main thread only; `quit` is called on the thread that notices
-/// the loss, which for GNUstep's connection is the main thread.
+/// From now on the loss of Xlib's connection to the X server ends the process as Quit does: it
+/// calls `quit`, unless that is null, and then exit(0). Without this call Xlib calls exit(1). May
+/// be called again with another `quit`. Main thread only; `quit` is called on the thread that
+/// notices the loss, which for GNUstep's connection is the main thread.
 void quit_when_display_is_lost(void (*quit)());
 
 /// The same for a connection that Xlib does not know of and whose loss the caller has noticed.

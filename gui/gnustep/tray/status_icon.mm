@@ -156,7 +156,9 @@ NSArray *every_mode() {
 }
 
 - (NSRect)frameOnScreen {
-  return [self frameOf:_icon->place()];
+  const NSRect frame = [self frameOf:_icon->place()];
+  _icon->handle_events(); // those read while waiting for the answer
+  return frame;
 }
 
 - (void)monitorsChanged:(NSNotification *)notification {

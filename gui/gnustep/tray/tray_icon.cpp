@@ -181,13 +181,18 @@ void TrayIcon::set_title(const std::string &title) {
 
 // --- Events -------------------------------------------------------------------------------------
 
-/// To be called after every call that waits for an answer: it may have read events.
+// Sending requests may read events too, and then nothing would wake the run loop for them. So the
+// last thing before returning is to find that there are none.
 void TrayIcon::handle_events() {
-  while (const auto event = connection_.next_event()) {
-    handle(*event);
-    connection_.flush(); // may read, too
+  bool has_handled = true;
+  while (has_handled) {
+    connection_.flush();
+    has_handled = false;
+    while (const auto event = connection_.next_event()) {
+      handle(*event);
+      has_handled = true;
+    }
   }
-  connection_.flush();
   if (connection_.is_lost()) {
     delegate_.lost();
   }

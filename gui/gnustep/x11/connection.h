@@ -42,8 +42,8 @@ public:
   /// Whether the X server has ended or has closed the connection.
   bool is_lost() const { return xcb_connection_has_error(connection_) != 0; }
   void flush() { xcb_flush(connection_); }
-  /// The next event that has arrived, or null. Calls that wait for an answer may read events too:
-  /// after such calls the descriptor says nothing about those.
+  /// The next event that has arrived, or null. flush() and calls that wait for an answer may read
+  /// events too: the descriptor says nothing about those.
   Received<xcb_generic_event_t> next_event();
 
   /// The default screen and its number.

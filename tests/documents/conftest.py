@@ -10,8 +10,11 @@ import pytest
 # The tests share the support modules of others.
 sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "install")]
 
+import inherited_signals  # noqa: E402
 from place import Place  # noqa: E402
 from suite import Ports  # noqa: E402
+
+inherited_signals.handle_ignored()
 
 
 @pytest.fixture

@@ -11,8 +11,11 @@ import pytest
 # The tests share the support modules of the system and the desktop tests.
 sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "desktop")]
 
+import inherited_signals  # noqa: E402
 from installed import Tree, install  # noqa: E402
 from suite import BUILD, Ports  # noqa: E402
+
+inherited_signals.handle_ignored()
 
 ROOT = Path(__file__).parents[2]
 NEEDS = {

@@ -13,7 +13,6 @@
   NSMenu *_statusMenu;
 }
 - (TDStatusIcon *)icon;
-- (void)popUpMenu;
 @end
 
 @interface TDStatusButton : NSStatusBarButton {
@@ -84,14 +83,6 @@ NSImage *application_icon(NSImage *image) {
   [[_owner icon] setToolTip:tip];
 }
 
-- (void)mouseDown:(NSEvent *)event {
-  [_owner popUpMenu];
-}
-
-- (void)rightMouseDown:(NSEvent *)event {
-  [_owner popUpMenu];
-}
-
 @end
 
 @implementation TDStatusItem
@@ -138,10 +129,6 @@ NSImage *application_icon(NSImage *image) {
   if (!td::raise_dialog() && _statusMenu) {
     td::pop_up_menu(_statusMenu, [frame rectValue]);
   }
-}
-
-- (void)popUpMenu {
-  [self popUpMenuAt:[NSValue valueWithRect:[_icon frameOnScreen]]];
 }
 
 @end

@@ -80,11 +80,9 @@ class Tree:
         run.wait_for(READY)
         return run
 
-    def close(self):
-        """Ends every run and process that is left; returns those processes."""
-        for run in self.runs:
-            run.close()
-        left = []
+    def processes(self):
+        """The live processes of the tree's programs."""
+        found = []
         for process in psutil.process_iter():
             try:
                 command = process.cmdline()
@@ -92,6 +90,14 @@ class Tree:
             except (psutil.NoSuchProcess, psutil.AccessDenied):
                 continue
             if command and not gone and command[0].startswith(f"{self.programs}/"):
-                left.append(str(process))
-                process.kill()
+                found.append(process)
+        return found
+
+    def close(self):
+        """Ends every run and process that is left; returns those processes."""
+        for run in self.runs:
+            run.close()
+        left = self.processes()
+        for process in left:
+            process.kill()
         return left

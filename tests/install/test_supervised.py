@@ -102,11 +102,9 @@ def test_a_suite_without_a_hub_has_failed_and_is_started_again(tree, supervised)
 def test_a_component_ends_with_its_launcher(tree, supervised):
     service = supervised("sender", "--hub", "127.0.0.1:1")
     tree.wait_for_starts("sender")
-    sender = psutil.Process(process_of(tree, "sender"))
     service.control("down")
     assert service.wait_for_end() == f"-1 {int(SIGTERM)}"
-    psutil.wait_procs([sender], timeout=DEADLINE)
-    assert not sender.is_running()
+    wait_until(lambda: not tree.processes(), "the end of the sender")
     assert tree.events("stop") == ["td_sender"]
 
 

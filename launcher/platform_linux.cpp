@@ -33,6 +33,14 @@ bool is_in_foreground() {
   return in_foreground;
 }
 
+std::string with_double_backslashes(const std::string &text) {
+  std::string result;
+  for (const char c : text) {
+    result.append(c == '\\' ? 2 : 1, c);
+  }
+  return result;
+}
+
 } // namespace
 
 namespace platform {
@@ -81,11 +89,13 @@ std::string browser_command(const std::string &url) {
 }
 
 std::string alert_command(const std::string &message) {
-  // Without a UTF-8 locale zenity shows no message that goes beyond ASCII.
+  // Without a UTF-8 locale zenity shows no message that goes beyond ASCII. kdialog reads a
+  // backslash as the start of an escape sequence.
   return "if command -v osascript; then " + osascript_command(message) +
-         "; elif command -v zenity; then LC_CTYPE=C.UTF-8 zenity --error --title Tandrel "
+         "; elif command -v zenity; then LC_ALL= LC_CTYPE=C.UTF-8 zenity --error --title Tandrel "
          "--no-markup --text '" +
-         message + "'; elif command -v kdialog; then kdialog --title Tandrel --error '" + message +
+         message + "'; elif command -v kdialog; then kdialog --title Tandrel --error '" +
+         with_double_backslashes(message) +
          "'; elif command -v xmessage; then xmessage -title Tandrel -center '" + message +
          "'; fi >/dev/null 2>&1";
 }

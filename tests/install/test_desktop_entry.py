@@ -33,9 +33,10 @@ def test_it_is_valid(path):
     assert (done.returncode, done.stdout) == (0, "")
 
 
-def test_started_by_a_desktop_it_shows_the_icon_and_ends_by_its_menu(tree, entry):
+@pytest.mark.parametrize("terminal", [None, "all"], ids=["no-terminal", "sessions-terminal"])
+def test_started_by_a_desktop_it_shows_the_icon_and_ends_by_its_menu(tree, entry, terminal):
     assert entry["Terminal"] == "false"
-    (program,) = shlex.split(entry["Exec"])
+    command = shlex.split(entry["Exec"])
     tree.record()
     config = tree.programs / "config"
     config.mkdir()
@@ -43,7 +44,7 @@ def test_started_by_a_desktop_it_shows_the_icon_and_ends_by_its_menu(tree, entry
     (config / "launcher.json").write_text(settings)
     with desktop_session(tree) as (screen, menu_bar):
         run = tree.start(
-            program, terminal=None, environment=screen.environment, program="/usr/bin/env"
+            *command, terminal=terminal, environment=screen.environment, program="/usr/bin/env"
         )
         menu_bar.icon()
         tree.wait_for_starts()

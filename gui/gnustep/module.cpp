@@ -12,7 +12,7 @@
 namespace {
 
 void report_unavailable(const char *reason) {
-  std::fprintf(stderr, "The menu-bar interface is not available: %s.\n", reason);
+  std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s.\n", reason);
 }
 
 } // namespace
@@ -46,6 +46,6 @@ TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
     td::quit_when_display_is_lost(config->quit ? config->quit : config->quit_fallback);
     tdgui::run(*config);
   } catch (...) { // also GNUstep's exceptions
-    std::fputs("The menu-bar interface failed.\n", stderr);
+    std::fputs("Tandrel: the menu-bar interface failed.\n", stderr);
   }
 }

@@ -11,7 +11,7 @@ from deadline import wait_until
 from dialogs import PortsDialog
 from preload import preloaded
 
-GONE = b"The display is gone: quitting.\n"
+GONE = b"Tandrel: the display is gone: quitting.\n"
 
 
 def end_server(desktop):
@@ -93,7 +93,7 @@ def test_a_display_that_does_not_answer_leaves_a_run_without_interface(desktop):
             desktop.suite, terminal=None, environment=desktop.screen.environment
         )
         run.wait_for(
-            "The menu-bar interface is not available: the display does not answer.\n", "errors"
+            "Tandrel: the menu-bar interface is not available: the display does not answer.\n", "errors"
         )
         assert run.stop(SIGTERM) == 0
     finally:

@@ -11,7 +11,7 @@ from console import RESTARTING, STOPPED
 from deadline import wait_until
 from preload import preloaded
 
-UNAVAILABLE = "The menu-bar interface is not available: {}.\n"
+UNAVAILABLE = "Tandrel: the menu-bar interface is not available: {}.\n"
 NO_APPLICATION = UNAVAILABLE.format("GNUstep cannot make the application")
 BACKEND = "Bundles/libgnustep-back-029.bundle"
 LACKING = {

@@ -73,7 +73,7 @@ void quit_when_display_is_lost(void (*quit)()) {
 }
 
 void quit_without_display() {
-  std::fputs("The display is gone: quitting.\n", stderr);
+  std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
   if (g_quit != nullptr) {
     g_quit();
   }

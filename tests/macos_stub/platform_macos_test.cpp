@@ -73,6 +73,13 @@ TEST(MacExecutablePath, IsWhatTheSystemReports) {
   EXPECT_EQ(platform::executable_path(), g_path);
 }
 
+TEST(MacTools, AreTheSystemsOwn) {
+  EXPECT_EQ(platform::browser_command("http://10.0.0.5:4466/"), "open \"http://10.0.0.5:4466/\"");
+  EXPECT_EQ(platform::alert_command(R"(a "b" \c)"),
+            R"(osascript -e 'display alert "Tandrel" message "a \"b\" \\c" as critical')"
+            " >/dev/null 2>&1");
+}
+
 TEST(MacExecutablePath, HasAtMost4095Bytes) {
   g_path = std::string(4095, '/');
   EXPECT_EQ(platform::executable_path(), g_path);

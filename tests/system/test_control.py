@@ -1,5 +1,6 @@
 """Starting, stopping and restarting components from the menu, and how that changes supervision."""
 
+import shutil
 import time
 
 import pytest
@@ -252,7 +253,8 @@ def test_the_preference_is_saved_with_the_ports_in_force(suite):
     assert interface.ask("pref") is True  # --no-browser is for one run
     assert not suite.settings.exists()
     for value, text in ((0, "false"), (1, "true"), (1, "true")):
-        suite.settings.unlink(missing_ok=True)
+        # The folder is looked for each time, and made again.
+        shutil.rmtree(suite.settings.parent)
         interface.ask("set_pref", value)
         assert interface.ask("pref") is bool(value)
         assert suite.settings.read_text() == (

@@ -177,7 +177,7 @@ def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
     assert run.wait() == -number  # its output ends with the sender
     assert [row["signal"] for row in suite.events("stop")] == [signal.SIGTERM]
     assert [row["status"] for row in suite.events("exit")] == [0]
-    wait_until(lambda: system.is_gone(start["pid"]), "the sender to be reaped")
+    wait_until(lambda: system.has_ended(start["pid"]), "the sender's end")
 
 
 @system.needs("end with parent")
@@ -232,7 +232,7 @@ def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
     run.wait_for(f"ended with {128 + signal.SIGINT}")
     (component,) = suite.processes("align")
     go.write_text("")  # opens once the component reads, and lets it go on
-    component.wait(DEADLINE)
+    wait_until(lambda: system.has_ended(component.pid), "the component's end")
     assert noted() == ["ready", "saving", "saved"]
     run.press(b"\n")
     assert run.wait_for_process() == 0

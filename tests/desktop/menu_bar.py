@@ -140,6 +140,14 @@ class MenuBar:
         self.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
         return self._new_window(self._edged, "the menu")
 
+    def open_from_copy(self, x, y):
+        """Presses a copy of the icon at that place, as a panel that shows one does."""
+        self.icon()
+        self._known = self.windows()
+        (icon,) = (window for window, rect in self._known.items() if rect == self.icon_window())
+        self.screen.send_press(icon, x, y)
+        return Menu(self.screen, self._new_window(self._edged, "the menu"), ROWS)
+
     def open(self):
         """Clicks the icon and returns the menu, drawn."""
         return Menu(self.screen, self.open_window(), ROWS)

@@ -225,6 +225,16 @@ class Screen:
         wait_until(lambda: self._seen(X.UnmapNotify), "the window to disappear")
         target.change_attributes(event_mask=X.NoEventMask)
 
+    def send_press(self, window, x, y):
+        """Tells a window of a press that happened at another place of the screen."""
+        target = self._display.create_resource_object("window", window)
+        press = event.ButtonPress(
+            detail=1, time=X.CurrentTime, root=self._root, window=target, child=X.NONE,
+            root_x=x, root_y=y, event_x=1, event_y=1, state=0, same_screen=True,
+        )
+        target.send_event(press, event_mask=X.ButtonPressMask)
+        self._display.sync()
+
     def _seen(self, kind):
         events = [self._display.next_event() for _ in range(self._display.pending_events())]
         return any(seen.type == kind for seen in events)

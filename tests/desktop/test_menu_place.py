@@ -46,6 +46,26 @@ def test_the_menu_is_between_the_icon_and_the_other_end_of_its_monitor(desktop, 
     assert desktop.quit() == 0
 
 
+@pytest.mark.parametrize(
+    ("y", "edge"), [(10, "upper"), (740, "lower")], ids=["bar-at-the-top", "bar-at-the-bottom"]
+)
+def test_the_menu_of_a_copy_of_the_icon_is_beside_the_bar(running, y, edge):
+    running.screen.set_root_property("_NET_WORKAREA", 0, 40, 1024, 680)
+    menu = running.menu_bar.open_from_copy(400, y)
+    assert menu.rect.x == 400
+    if edge == "upper":
+        assert menu.rect.y in (40, 41)
+    else:
+        assert menu.rect.y + menu.rect.height in (720, 721)
+    running.menu_bar.dismiss(menu)
+
+
+def test_the_menu_of_a_copy_of_the_icon_is_at_the_pointer(running):
+    menu = running.menu_bar.open_from_copy(400, 10)
+    assert (menu.rect.x, menu.rect.y) == (400, 11)
+    running.menu_bar.dismiss(menu)
+
+
 def test_a_click_on_an_icon_that_the_menu_covers_chooses_nothing(desktop):
     icon = start_with_icon_at(desktop, 200, "bottom", [REST, TIGHT])
     menu = desktop.menu_bar.open()

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace {
 
@@ -34,8 +35,8 @@ Edges guessed_work_area(td::Connection &connection) {
   return area;
 }
 
-/// The current desktop's work area.
-Edges work_area(td::Connection &connection) {
+/// The current desktop's work area, if the window manager tells of one.
+std::optional<Edges> told_work_area(td::Connection &connection) {
   const auto areas = connection.numbers(connection.root(), "_NET_WORKAREA");
   const auto desktop = connection.numbers(connection.root(), "_NET_CURRENT_DESKTOP");
   std::size_t first = desktop.empty() ? 0 : desktop[0] * std::size_t{4};
@@ -43,10 +44,15 @@ Edges work_area(td::Connection &connection) {
     first = 0;
   }
   if (areas.size() < 4) {
-    return guessed_work_area(connection);
+    return std::nullopt;
   }
   return edges_of({static_cast<int>(areas[first]), static_cast<int>(areas[first + 1]),
                    areas[first + 2], areas[first + 3]});
+}
+
+Edges work_area(td::Connection &connection) {
+  const auto told = told_work_area(connection);
+  return told ? *told : guessed_work_area(connection);
 }
 
 } // namespace
@@ -70,6 +76,14 @@ ScreenRect floating_place(Connection &connection, ScreenRect monitor, int side) 
   const auto size = static_cast<unsigned int>(side);
   return {std::max(free.left, free.right - side - margin),
           std::max(free.top, std::min(free.top + margin, free.bottom - side)), size, size};
+}
+
+ScreenRect beside_bars(Connection &connection, int x, int y) {
+  if (const auto area = told_work_area(connection)) {
+    x = std::clamp(x, area->left, std::max(area->left, area->right));
+    y = std::clamp(y, area->top, std::max(area->top, area->bottom));
+  }
+  return {x, y, 1, 1};
 }
 
 bool is_full_screen_in_use(Connection &connection) {

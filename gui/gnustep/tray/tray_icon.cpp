@@ -275,7 +275,8 @@ void TrayIcon::handle_destruction(xcb_window_t window) {
   }
 }
 
-/// Some trays keep the icon's window out of sight, show its picture and send the presses on that.
+/// Some trays keep the icon's window out of sight, show its picture in their bar and send the
+/// presses on that.
 void TrayIcon::handle_press(const xcb_button_press_event_t &event, bool is_sent) {
   if (event.detail != XCB_BUTTON_INDEX_1 && event.detail != XCB_BUTTON_INDEX_3) {
     return;
@@ -284,7 +285,7 @@ void TrayIcon::handle_press(const xcb_button_press_event_t &event, bool is_sent)
   xcb_ungrab_pointer(connection_.raw(), event.time);
   connection_.flush();
   delegate_.pointed(false);
-  delegate_.pressed(is_sent ? ScreenRect{event.root_x, event.root_y, 1, 1} : place());
+  delegate_.pressed(is_sent ? beside_bars(connection_, event.root_x, event.root_y) : place());
 }
 
 } // namespace td

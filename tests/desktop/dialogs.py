@@ -94,7 +94,10 @@ class PortsDialog(Dialog):
     def enter(self, field, text):
         """Replaces a field's text: 0 is the dashboard port's, 1 the control port's."""
         place = self._fields[field]
+        before = self.screen.image(place)
         self.screen.click(place.x + place.width - 4, place.y + place.height // 2)
+        # Until the window manager has passed the click on, keys go to the other field.
+        wait_until(lambda: self.screen.image(place) != before, "the insertion point")
         self.screen.press(*["BackSpace"] * PORT_DIGITS)
         wait_until(lambda: not self.ink(field), "an empty field")
         self.screen.type(str(text))

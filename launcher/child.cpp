@@ -29,8 +29,20 @@ std::vector<char *> argument_vector(Child &child) {
   return argv;
 }
 
+/// What the new process needs to know.
+struct NewProcess {
+  const Child &child;
+  char *const *argv;
+  SpawnMode mode;
+  pid_t parent;
+  int highest_descriptor; // of a separate process only
+  sigset_t mask;          // as it was before the fork
+};
+
 // From here to execute() everything runs in the new process, where only async-signal-safe calls
-// are allowed: another thread may have held any lock at the moment of the fork.
+// are allowed: another thread may have held any lock at the moment of the fork. Its memory may be
+// the parent's own, where other threads go on, so nothing but this thread's stack and errno is
+// changed there.
 
 void detach_from_terminal() {
   const int null = open("/dev/null", O_RDWR);
@@ -45,39 +57,32 @@ void detach_from_terminal() {
   setsid();
 }
 
-/// What the new process needs of the time before the fork.
-struct Before {
-  pid_t parent;
-  int highest_descriptor; // of a separate process only
-  sigset_t mask;
-};
-
-/// Ours end with the execution anyway; until then a signal would run a copy of the handler here and
-/// be lost.
+/// Ours end with the execution anyway; until then a signal would run our handler here and be lost.
 void remove_handler(int number) {
   struct sigaction action {};
-  if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+  if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN &&
+      action.sa_handler != SIG_DFL) {
     signal(number, SIG_DFL);
   }
 }
 
-/// Never inlined: tests/macos/fork_calls.py reads in the program what it calls.
-[[noreturn, gnu::noinline]] void execute(const Child &child, char *const *argv, SpawnMode mode,
-                                         const Before &before) {
+/// `argument` is the NewProcess.
+[[noreturn]] void execute(const void *argument) {
+  const auto &process = *static_cast<const NewProcess *>(argument);
   signal(SIGINT, SIG_DFL);
   signal(SIGTERM, SIG_DFL);
   remove_handler(SIGHUP);
   remove_handler(SIGQUIT);
-  if (child.quiet) {
+  if (process.child.quiet) {
     detach_from_terminal();
   }
-  if (mode == SpawnMode::pass_through) {
-    platform::end_with_parent(before.parent);
+  if (process.mode == SpawnMode::pass_through) {
+    platform::end_with_parent(process.parent);
   } else {
-    platform::close_descriptors(STDERR_FILENO + 1, before.highest_descriptor);
+    platform::close_descriptors(STDERR_FILENO + 1, process.highest_descriptor);
   }
-  sigprocmask(SIG_SETMASK, &before.mask, nullptr);
-  execv(argv[0], argv);
+  sigprocmask(SIG_SETMASK, &process.mask, nullptr);
+  execv(process.argv[0], process.argv);
   _exit(status_not_executed);
 }
 
@@ -88,22 +93,20 @@ bool spawn(Child &child, SpawnMode mode) {
     return false;
   }
   const std::vector<char *> argv = argument_vector(child);
-  Before before{getpid(), 0, {}};
+  NewProcess process{child, argv.data(), mode, getpid(), 0, {}};
   if (mode == SpawnMode::separate) {
-    before.highest_descriptor = platform::highest_descriptor();
+    process.highest_descriptor = platform::highest_descriptor();
   }
 
-  // A signal that reached the new process before it has its own dispositions would run a copy of
-  // our handler there and be lost: a stop right after a start would then last until SIGKILL. So all
-  // signals stay blocked until the dispositions are set.
+  // A signal that reached the new process before it has its own dispositions would run our handler
+  // there, perhaps on our memory, and be lost: a stop right after a start would then last until
+  // SIGKILL. So all signals stay blocked until the dispositions are set, here until the new process
+  // has executed or, where it is a copy, exists.
   sigset_t all;
   sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before.mask);
-  const pid_t pid = fork();
-  if (pid == 0) {
-    execute(child, argv.data(), mode, before);
-  }
-  pthread_sigmask(SIG_SETMASK, &before.mask, nullptr);
+  pthread_sigmask(SIG_SETMASK, &all, &process.mask);
+  const pid_t pid = platform::fork_to_execute(execute, &process);
+  pthread_sigmask(SIG_SETMASK, &process.mask, nullptr);
 
   if (pid < 0) {
     return false;

@@ -15,6 +15,12 @@ namespace platform {
 /// 4095 bytes.
 std::string executable_path();
 
+/// Makes a new process that calls `execute` with `argument`. `execute` must not return and may call
+/// only async-signal-safe functions. The new process may use this one's memory until it has
+/// executed a program or called _exit(), while this thread waits for that. Returns the id of the
+/// new process, -1 when none could be made.
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument);
+
 /// A number that no descriptor of this process exceeds, whatever the limits were when it was
 /// opened.
 int highest_descriptor();

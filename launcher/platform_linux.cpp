@@ -55,6 +55,19 @@ std::string executable_path() {
   return path;
 }
 
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument) {
+  // Unlike fork() it copies no page tables and causes no page faults afterwards, in either process:
+  // a tenth of what starting a component costs. The rules for it forbid any call but those of
+  // exec() and _exit(); what matters is that `execute` never returns and changes nothing that this
+  // process uses. NOLINTBEGIN(*.vfork,*.Vfork)
+  const pid_t pid = vfork();
+  if (pid == 0) {
+    execute(argument);
+  }
+  return pid;
+  // NOLINTEND(*.vfork,*.Vfork)
+}
+
 int highest_descriptor() {
   // Where the kernel closes a range itself the number does not matter, and looking for it would
   // take the longer the more descriptors are open. The call closes nothing: no descriptor has this

@@ -16,6 +16,14 @@ std::string executable_path() {
   return _NSGetExecutablePath(path.data(), &size) == 0 ? path.data() : "";
 }
 
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument) {
+  const pid_t pid = fork(); // vfork() is deprecated here
+  if (pid == 0) {
+    execute(argument);
+  }
+  return pid;
+}
+
 int highest_descriptor() {
   return highest_listed_descriptor("/dev/fd");
 }

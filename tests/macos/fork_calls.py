@@ -8,11 +8,13 @@ import re
 
 SAFE = {"__exit", "_close", "_dup2", "_execv", "_open", "_setsid", "_sigaction", "_signal",
         "_sigprocmask"}
-FORKING = "__Z5spawnR5Child9SpawnMode"
-CHILD = "__ZN12_GLOBAL__N_17executeERK5ChildPKPc9SpawnModeRKNS_6BeforeE"
+FORKING = "__ZN8platform15fork_to_executeEPFvPKvES1_"
+# The function that FORKING is given, by a pointer, to run in the new process.
+CHILD = "__ZN12_GLOBAL__N_17executeEPKv"
 
 INSTRUCTION = re.compile(r"\s*([0-9a-f]+):\s+(\S+)\s*(.*?)(?:\s+(?:##|;) (.*))?$")
 CALLS = {"callq", "bl", "blr"}
+POINTER = re.compile(r"\*%\w+|x\d+")
 JUMPS = re.compile(r"j\w+|b|b\.\w+|br|cbn?z|tbn?z")
 
 
@@ -58,31 +60,16 @@ def callees(instructions):
     }
 
 
-def calls_before_child(functions):
-    """What the forking function calls in the branch of the new process before execute()."""
-    instructions = functions[FORKING]
-    jumps = [each for each in instructions if JUMPS.fullmatch(each.name)]
-    targets = [int(jump.target, 16) for jump in jumps if jump.target.startswith("0x")]
-    index = next(i for i, each in enumerate(instructions) if each.target == CHILD)
-    calls = set()
-    while instructions[index].address not in targets:
-        index -= 1
-        if JUMPS.fullmatch(instructions[index].name):
-            break
-        if instructions[index].name in CALLS:
-            calls.add(instructions[index].target)
-    return calls
-
-
 def unsafe_calls(disassembly):
     """What is wrong, as lines of text."""
     functions = functions_of(disassembly)
     problems = []
     forks = [name for name, code in functions.items() if "_fork" in callees(code)]
-    starts = [name for name, code in functions.items() if CHILD in callees(code)]
-    if forks != [FORKING] or starts != [FORKING]:
-        return [f"fork is called in {forks} and execute() in {starts}, expected in {FORKING} alone"]
-    problems += [f"{name} is called before execute()" for name in calls_before_child(functions)]
+    if forks != [FORKING]:
+        return [f"fork is called in {forks}, expected in {FORKING} alone"]
+    others = [callee for callee in callees(functions[FORKING]) if callee != "_fork"]
+    if len(others) != 1 or not POINTER.fullmatch(others[0]):
+        return [f"{FORKING} calls {others}, expected what it was given and nothing else"]
     seen = set()
     waiting = [CHILD]
     while waiting:

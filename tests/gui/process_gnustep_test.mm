@@ -91,7 +91,7 @@ TEST(OpenUrl, RunsOpenWithTheAddress) {
 TEST(OpenUrl, RunsXdgOpenWhereThereIsNoOpen) {
   Folder folder;
   folder.add_program("xdg-open");
-  symlink("/bin/mv", (folder.path + "/mv").c_str());
+  ASSERT_EQ(symlink("/bin/mv", (folder.path + "/mv").c_str()), 0);
   {
     SearchPath path(folder.path);
     @autoreleasepool {

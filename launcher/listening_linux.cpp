@@ -19,6 +19,7 @@
 namespace {
 
 constexpr unsigned state_listen = 0x0A;
+constexpr std::size_t row_length = 150; // of the kernel's table for IPv4
 
 using Sockets = std::set<std::string>; // each "socket:[inode]"
 
@@ -28,14 +29,21 @@ struct Process {
   bool has_ended = true;
 };
 
-/// Adds the sockets that listen on the port. False: the table is there but cannot be read.
-bool add_listeners(const char *table, std::uint16_t port, Sockets &sockets) {
+/// Calls `visit` with each socket that listens on the port, until it returns false. False: the
+/// table is there but cannot be read.
+template <typename Visit>
+bool for_each_listener(const char *table, std::uint16_t port, Visit visit) {
   std::FILE *file = std::fopen(table, "re");
   if (file == nullptr) {
     return errno == ENOENT; // a system without IPv6
   }
+  // Read row by row: the kernel searches for no more than it is asked for, and after the listening
+  // sockets come the connections, in a hash table that may take it milliseconds.
+  std::array<char, row_length> buffer{};
+  std::setvbuf(file, buffer.data(), _IOFBF, buffer.size());
   std::array<char, 512> line{};
-  while (std::fgets(line.data(), line.size(), file) != nullptr) {
+  bool wanted = true;
+  while (wanted && std::fgets(line.data(), line.size(), file) != nullptr) {
     unsigned local_port = 0;
     unsigned state = 0;
     unsigned long inode = 0;
@@ -43,7 +51,7 @@ bool add_listeners(const char *table, std::uint16_t port, Sockets &sockets) {
     if (std::sscanf(line.data(), "%*s %*[0-9A-F]:%x %*s %x %*s %*s %*s %*s %*s %lu", &local_port,
                     &state, &inode) == 3 &&
         local_port == port && state == state_listen) {
-      sockets.insert("socket:[" + std::to_string(inode) + "]");
+      wanted = visit("socket:[" + std::to_string(inode) + "]");
     }
   }
   std::fclose(file);
@@ -116,14 +124,18 @@ bool is_ruled_out(pid_t pid, const Sockets &sockets) {
 // A process and a port. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 bool certainly_not_listening(pid_t root, std::uint16_t port) {
   Sockets sockets;
-  const bool tables_read = add_listeners("/proc/net/tcp", port, sockets) &&
-                           add_listeners("/proc/net/tcp6", port, sockets);
-  // Without any listener to be seen, the answer came from where these tables do not show it.
-  if (!tables_read || sockets.empty() || !shows_all_processes()) {
-    return false;
-  }
+  bool root_ruled_out = true;
   // `root` alone first: where it listens itself, as usual, nothing more is read.
-  if (examine(root).has_ended || !is_ruled_out(root, sockets)) {
+  const auto is_of_another = [&](const std::string &socket) {
+    sockets.insert(socket);
+    root_ruled_out = is_ruled_out(root, {socket});
+    return root_ruled_out;
+  };
+  const bool others_only =
+      for_each_listener("/proc/net/tcp", port, is_of_another) && root_ruled_out &&
+      for_each_listener("/proc/net/tcp6", port, is_of_another) && root_ruled_out;
+  // Without any listener to be seen, the answer came from where these tables do not show it.
+  if (!others_only || sockets.empty() || !shows_all_processes() || examine(root).has_ended) {
     return false;
   }
   const std::set<pid_t> tree = process_tree(root);

@@ -40,6 +40,11 @@ NOT_RUN = [
         "takes the default ports without a display; tests/desktop/test_scripts.py runs it on others",
         ["*: *scripts/run --menu-bar*"],
     ),
+    (
+        "measuring",
+        "measures for minutes, or writes what was measured; tests/bench tests the tables",
+        ["*: scripts/bench*"],
+    ),
     ("name", "names a tool, without what it would take to run it", ["*: cmake --install"]),
 ]
 

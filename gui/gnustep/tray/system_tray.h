@@ -14,9 +14,6 @@ public:
 
   /// Looks for the tray; returns whether it is another one than the last time, or none now.
   bool look_again();
-  /// Forgets the tray that was found, because its window is gone. The window of the next one can
-  /// have the same id.
-  void forget() { owner_ = XCB_WINDOW_NONE; }
   /// The window that stands for the tray that was found last, or None.
   xcb_window_t owner() const { return owner_; }
   /// Whether a root window's client message says that a tray has started.

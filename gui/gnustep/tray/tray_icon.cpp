@@ -269,9 +269,8 @@ void TrayIcon::handle_destruction(xcb_window_t window) {
       float_icon();
     }
   } else if (window == tray_.owner()) {
-    tray_.forget();
     tray_.look_again();
-    change_tray();
+    change_tray(); // also when the next tray's window has the same id
   }
 }
 

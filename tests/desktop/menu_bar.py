@@ -78,14 +78,15 @@ class Menu:
         lines = [image.pixel(0, y) != image.pixel(0, 0) for y in range(height)]
         return [y for y, is_line in enumerate(lines) if is_line]
 
-    def _centre(self, row):
+    def middle(self, row):
+        """The x and y of a row's middle."""
         return self.rect.x + self.rect.width // 2, self.rect.y + self._rows[row] + TEXT // 2
 
     def point_at(self, row):
-        self.screen.move(*self._centre(row))
+        self.screen.move(*self.middle(row))
 
     def click(self, row):
-        self.screen.click(*self._centre(row))
+        self.screen.click(*self.middle(row))
 
 
 class MenuBar:
@@ -133,24 +134,27 @@ class MenuBar:
         image = self.screen.image(rect)
         return all(_close(image.pixel(x, 0), EDGE, 3) for x in (0, rect.width - 1))
 
-    def open_window(self):
-        """Clicks the icon and returns the menu's rectangle when it is drawn."""
+    def open_window(self, press=None):
+        """Clicks the icon and returns the menu's rectangle when it is drawn.
+
+        `press`, if given, is called with the icon's middle instead: its x and its y.
+        """
         icon = self.icon()
         self._known = self.windows()
-        self.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
+        press = press or self.screen.click
+        press(icon.x + icon.width // 2, icon.y + icon.height // 2)
         return self._new_window(self._edged, "the menu")
+
+    def open(self, press=None):
+        """Clicks the icon and returns the menu, drawn; `press` as in `open_window`."""
+        return Menu(self.screen, self.open_window(press), ROWS)
 
     def open_from_copy(self, x, y):
         """Presses a copy of the icon at that place, as a panel that shows one does."""
         self.icon()
-        self._known = self.windows()
-        (icon,) = (window for window, rect in self._known.items() if rect == self.icon_window())
-        self.screen.send_press(icon, x, y)
-        return Menu(self.screen, self._new_window(self._edged, "the menu"), ROWS)
-
-    def open(self):
-        """Clicks the icon and returns the menu, drawn."""
-        return Menu(self.screen, self.open_window(), ROWS)
+        shown = self.icon_window()
+        (icon,) = (window for window, rect in self.windows().items() if rect == shown)
+        return self.open(lambda *_: self.screen.send_press(icon, x, y))
 
     def submenu(self, menu, row):
         """Points at a row of the open menu and returns its submenu, drawn."""

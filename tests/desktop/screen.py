@@ -161,6 +161,13 @@ class Screen:
         owner = self._display.get_selection_owner(self._display.intern_atom(selection))
         return owner.id if owner else 0
 
+    def own(self, selection):
+        """Owns a selection, as the program does that it stands for, until the screen closes."""
+        depth = self._display.screen().root_depth
+        window = self._root.create_window(0, 0, 1, 1, 0, depth)
+        window.set_selection_owner(self._display.intern_atom(selection), X.CurrentTime)
+        self._display.sync()
+
     def active_window(self):
         return self._root_property("_NET_ACTIVE_WINDOW")
 
@@ -225,16 +232,6 @@ class Screen:
         wait_until(lambda: self._seen(X.UnmapNotify), "the window to disappear")
         target.change_attributes(event_mask=X.NoEventMask)
 
-    def send_press(self, window, x, y):
-        """Tells a window of a press that happened at another place of the screen."""
-        target = self._display.create_resource_object("window", window)
-        press = event.ButtonPress(
-            detail=1, time=X.CurrentTime, root=self._root, window=target, child=X.NONE,
-            root_x=x, root_y=y, event_x=1, event_y=1, state=0, same_screen=True,
-        )
-        target.send_event(press, event_mask=X.ButtonPressMask)
-        self._display.sync()
-
     def _seen(self, kind):
         events = [self._display.next_event() for _ in range(self._display.pending_events())]
         return any(seen.type == kind for seen in events)
@@ -243,6 +240,22 @@ class Screen:
         """What the rectangle shows, which must lie on the screen."""
         answer = self._root.get_image(*rect, X.ZPixmap, 0xFFFFFFFF)
         return Image(answer.data, rect)
+
+    def pixels(self, window, size):
+        """What a square window with alpha holds: rows of (red, green, blue, alpha).
+
+        None while it does not have that size.
+        """
+        source = self._display.create_resource_object("window", window)
+        try:
+            data = source.get_image(0, 0, size, size, X.ZPixmap, 0xFFFFFFFF).data
+        except error.BadMatch:
+            return None
+        rows = [data[4 * size * y : 4 * size * (y + 1)] for y in range(size)]
+        return [
+            [(row[x + 2], row[x + 1], row[x], row[x + 3]) for x in range(0, 4 * size, 4)]
+            for row in rows
+        ]
 
     def paint(self, colour):
         """Gives the empty screen a colour, 0xRRGGBB."""
@@ -288,8 +301,28 @@ class Screen:
     def move(self, x, y):
         self.run("xdotool", "mousemove", str(x), str(y))
 
-    def click(self, x, y, times=1):
-        self.run("xdotool", "mousemove", str(x), str(y), "click", "--repeat", str(times), "1")
+    def click(self, x, y, times=1, button=1):
+        """Buttons: 1 is left, 2 is the middle one, 3 is right."""
+        at = ["mousemove", str(x), str(y)]
+        self.run("xdotool", *at, "click", "--repeat", str(times), str(button))
+
+    def press_button(self, x, y):
+        """Presses the left button and holds it until `release_button`."""
+        self.run("xdotool", "mousemove", str(x), str(y), "mousedown", "1")
+
+    def release_button(self, x, y):
+        self.run("xdotool", "mousemove", str(x), str(y), "mouseup", "1")
+
+    def send_press(self, window, x, y):
+        """Tells a window of a press of the left button at a place of the screen."""
+        target = self._display.create_resource_object("window", window)
+        press = event.ButtonPress(
+            **{"time": X.CurrentTime, "root": self._root, "window": target, "child": X.NONE},
+            **{"root_x": x, "root_y": y, "event_x": 0, "event_y": 0, "state": 0},
+            **{"detail": X.Button1, "same_screen": 1},
+        )
+        target.send_event(press, event_mask=X.ButtonPressMask)
+        self._display.sync()
 
     def turn_wheel(self, button, notches):
         """Turns the wheel over the pointer's place: button 4 is up, 5 is down."""

@@ -117,7 +117,10 @@ def test_the_icon_floats_while_a_tray_does_not_answer(desktop):
     desktop.start()
     icon = tray.asked()
     wait_until_at(desktop, FLOATING)
-    assert set(desktop.menu_bar.states().values()) == {"green"}
+    menu = desktop.menu_bar.open()
+    right, bottom = FLOATING.x + FLOATING.width, FLOATING.y + FLOATING.height
+    assert menu.rect.x + menu.rect.width >= right and menu.rect.y == bottom  # at the icon
+    desktop.menu_bar.dismiss(menu)
     tray.embed(icon, 22)  # late, but still
     wait_until_in_tray(desktop, 22)
     tray.die()
@@ -125,14 +128,49 @@ def test_the_icon_floats_while_a_tray_does_not_answer(desktop):
     assert desktop.quit() == 0
 
 
-def test_the_icon_floats_when_a_tray_gives_it_back(floating, new_tray):
+def test_a_tray_that_gives_the_icon_back_is_asked_again_when_it_announces_itself(
+    floating, new_tray
+):
     tray = new_tray()
     icon = tray.asked()
     tray.embed(icon, 22)
     wait_until_in_tray(floating, 22)
     tray.let_go(icon)
     wait_until_at(floating, FLOATING)
+    tray.announce("WM_S0")
     assert set(floating.menu_bar.states().values()) == {"green"}
+    assert not tray.was_asked()
+    tray.announce()
+    tray.embed(tray.asked(), 22)
+    wait_until_in_tray(floating, 22)
+
+
+def test_a_tray_that_has_the_icon_is_not_asked_again(floating, new_tray):
+    tray = new_tray()
+    tray.embed(tray.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    tray.announce()
+    assert set(floating.menu_bar.states().values()) == {"green"}  # later than the announcement
+    assert not tray.was_asked()
+    wait_until_in_tray(floating, 22)
+
+
+@pytest.mark.parametrize("end", [Tray.let_go, lambda tray, _: tray.resign()])
+def test_an_embedded_icon_floats_only_at_the_end_of_that(desktop, end):
+    """Not when the time is over that a tray has for it."""
+    desktop.suite.set_behaviour("sender", "ignore-sigterm")
+    desktop.start()
+    tray = Tray(desktop.screen)
+    icon = tray.asked()
+    tray.embed(icon, 22)
+    wait_until_in_tray(desktop, 22)
+    desktop.menu_bar.choose("sender", "stop")  # takes longer than a tray has
+    assert desktop.menu_bar.states()["sender"] == "red"
+    wait_until_in_tray(desktop, 22)
+    end(tray, icon)
+    wait_until_at(desktop, FLOATING)
+    assert desktop.quit() == 0
+    tray.die()
 
 
 def test_the_icon_moves_to_another_tray_that_takes_over(floating, new_tray):
@@ -141,6 +179,17 @@ def test_the_icon_moves_to_another_tray_that_takes_over(floating, new_tray):
     wait_until_in_tray(floating, 22)
     second = new_tray()
     second.embed(second.asked(), 20)
+    wait_until_in_tray(floating, 20)
+
+
+def test_the_icon_floats_while_a_tray_that_takes_over_does_not_answer(floating, new_tray):
+    first = new_tray()
+    first.embed(first.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    second = new_tray()
+    icon = second.asked()
+    wait_until_at(floating, FLOATING)
+    second.embed(icon, 20)
     wait_until_in_tray(floating, 20)
 
 
@@ -153,6 +202,56 @@ def test_the_icon_docks_in_the_tray_of_its_own_screen(two_screens):
     assert not trays[0].was_asked()
     for tray in trays:
         tray.die()
+
+
+@pytest.mark.parametrize("desktop", [False], indirect=True)
+@pytest.mark.parametrize(("density", "side"), [(96, 22), (192, 44)])
+def test_a_tray_finds_the_icons_title_and_size(desktop, density, side):
+    has_minimum, has_base = 16, 256
+    desktop.screen.set_resource("Xft.dpi", density)
+    tray = Tray(desktop.screen)
+    desktop.launch(*desktop.suite.ports_options)
+    icon = tray.asked()
+    assert list(desktop.screen.property(icon, "_XEMBED_INFO")) == [0, 1]
+    hints = list(desktop.screen.property(icon, "WM_NORMAL_HINTS"))
+    assert hints[0] == has_minimum | has_base
+    assert hints[5:7] == hints[15:17] == [side, side]
+    wait_for_title(desktop, icon)
+    tray.take(icon)
+    tray.show(icon)
+    wait_until_in_tray(desktop, side)
+    desktop.menu_bar.icon()  # also drawn where the tray gives no size
+    tray.die()
+    (icon,) = wait_until(desktop.menu_bar.windows, "the floating icon")
+    wait_for_title(desktop, icon)
+    assert desktop.quit() == 0
+
+
+def wait_for_title(desktop, icon):
+    wait_until(
+        lambda: bytes(desktop.screen.property(icon, "WM_NAME")) == b"Tandrel", "the icon's title"
+    )
+
+
+def test_a_tray_that_asks_for_an_unknown_visual_gets_the_screens(floating, new_tray):
+    tray = new_tray(visual=0x1FFFFFFF)
+    tray.embed(tray.asked(), 22)
+    wait_until_in_tray(floating, 22)
+    assert set(floating.menu_bar.states().values()) == {"green"}
+
+
+# --- Presses ------------------------------------------------------------------------------------
+
+
+def test_a_press_that_the_tray_sends_opens_the_menu_at_its_place(floating, new_tray):
+    """For example on a picture of the icon, which some trays show instead of its window."""
+    tray = new_tray()
+    icon = tray.asked()
+    tray.embed(icon, 22)
+    wait_until_in_tray(floating, 22)
+    menu = floating.menu_bar.open(lambda *_: floating.screen.send_press(icon, 500, 200))
+    assert (menu.rect.x, menu.rect.y) == (500, 201)
+    floating.menu_bar.dismiss(menu)
 
 
 # --- Size and background ------------------------------------------------------------------------
@@ -173,14 +272,14 @@ def bars(pixels):
 
 
 @pytest.mark.parametrize("size", SCALES)
-def test_the_icon_is_drawn_at_the_size_that_the_tray_gives(new_tray, size):
+def test_the_icon_is_drawn_at_the_size_that_the_tray_gives(floating, new_tray, size):
     tray = new_tray(alpha=True)
     icon = tray.asked()
     tray.embed(icon, size)
     width, height = 18 * SCALES[size], 14 * SCALES[size]  # the highest bar is 14 high
 
     def drawn():
-        found = bars(tray.pixels(icon, size))
+        found = bars(floating.screen.pixels(icon, size))
         if not found:
             return False
         left, top, *seen = found
@@ -192,11 +291,13 @@ def test_the_icon_is_drawn_at_the_size_that_the_tray_gives(new_tray, size):
     wait_until(drawn, f"bars of {width} by {height} in the middle")
 
 
-def test_the_background_is_clear_where_the_tray_shows_its_own(new_tray):
-    tray = new_tray(alpha=True)
+def test_the_background_is_clear_where_the_tray_shows_its_own(floating, new_tray):
+    screen, tray = floating.screen, new_tray(alpha=True)
     icon = tray.asked()
     tray.embed(icon, 22)
-    pixels = wait_until(lambda: bars(tray.pixels(icon, 22)) and tray.pixels(icon, 22), "the icon")
+    pixels = wait_until(
+        lambda: bars(screen.pixels(icon, 22)) and screen.pixels(icon, 22), "the icon"
+    )
     assert pixels[0][0] == pixels[21][21] == pixels[11][8] == (0, 0, 0, 0)
     bar = pixels[11][11]  # the middle one
     assert bar[3] == 255 and all(abs(a - b) <= 4 for a, b in zip(bar, TEAL))

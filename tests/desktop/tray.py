@@ -1,7 +1,7 @@
 """A system tray for tests: it does what it is told to an icon that asks to be embedded."""
 
 from deadline import wait_until
-from Xlib import X, Xatom, display, error
+from Xlib import X, Xatom, display
 from Xlib.protocol import event
 
 SELECTION = "_NET_SYSTEM_TRAY_S0"  # of the first screen
@@ -12,10 +12,11 @@ class Tray:
     """Owns the selection of the screen's tray from the start, until `die`.
 
     `colour` is its window's. With `alpha` it asks for icons that have an alpha channel; what it shows
-    then is not composed, only kept. `number` is the screen's, on a display with several.
+    then is not composed, only kept. `visual` is the id of another visual that it asks for. `number`
+    is the screen's, on a display with several.
     """
 
-    def __init__(self, screen, colour=0, alpha=False, number=0):
+    def __init__(self, screen, colour=0, alpha=False, visual=None, number=0):
         self._display = display.Display(f"{screen.environment['DISPLAY']}.{number}")
         self._selection = self._atom(f"_NET_SYSTEM_TRAY_S{number}")
         self._screen = self._display.screen()
@@ -26,8 +27,11 @@ class Tray:
         self._window.map()
         self._owner = self._screen.root.create_window(0, 0, 1, 1, 0, self._screen.root_depth)
         if alpha:
-            self._ask_for(self._visual_of_depth(32))
-        self._own()
+            visual = self._visual_of_depth(32)
+        if visual:
+            self._ask_for(visual)
+        self._owner.set_selection_owner(self._selection, X.CurrentTime)
+        self.announce()
 
     def _atom(self, name):
         return self._display.intern_atom(name)
@@ -40,9 +44,10 @@ class Tray:
         name = self._atom("_NET_SYSTEM_TRAY_VISUAL")
         self._owner.change_property(name, Xatom.VISUALID, 32, [visual])
 
-    def _own(self):
-        self._owner.set_selection_owner(self._selection, X.CurrentTime)
-        data = (32, [X.CurrentTime, self._selection, self._owner.id, 0, 0])
+    def announce(self, selection=None):
+        """Says that it owns its selection, or another one, given by name."""
+        owned = self._atom(selection) if selection else self._selection
+        data = (32, [X.CurrentTime, owned, self._owner.id, 0, 0])
         root = self._screen.root
         message = event.ClientMessage(window=root, client_type=self._atom("MANAGER"), data=data)
         root.send_event(message, event_mask=X.StructureNotifyMask)
@@ -76,26 +81,20 @@ class Tray:
         self._display.create_resource_object("window", icon).reparent(self._window, 0, 0)
         self._display.sync()
 
+    def show(self, icon):
+        """The other half, without a size."""
+        self._display.create_resource_object("window", icon).map()
+        self._display.sync()
+
     def let_go(self, icon):
         """Gives the icon back, and stays."""
         self._display.create_resource_object("window", icon).reparent(self._screen.root, 0, 0)
         self._display.sync()
 
-    def pixels(self, icon, size):
-        """What the icon's window holds, with alpha: rows of (red, green, blue, alpha).
-
-        None while it does not have that size.
-        """
-        window = self._display.create_resource_object("window", icon)
-        try:
-            data = window.get_image(0, 0, size, size, X.ZPixmap, 0xFFFFFFFF).data
-        except error.BadMatch:
-            return None
-        rows = [data[4 * size * y : 4 * size * (y + 1)] for y in range(size)]
-        return [
-            [(row[x + 2], row[x + 1], row[x], row[x + 3]) for x in range(0, 4 * size, 4)]
-            for row in rows
-        ]
+    def resign(self):
+        """Is no tray any more, and keeps the icons that it has."""
+        self._owner.destroy()
+        self._display.sync()
 
     def die(self):
         """Ends like a program that is killed: the X server destroys its windows."""

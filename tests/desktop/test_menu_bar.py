@@ -3,6 +3,7 @@
 import pytest
 from components import STOP_ORDER
 from console import LEFT_STOPPED, STOPPED
+from deadline import wait_until
 
 ALL_UP = {"header": "green", "hub": "green", "receiver": "green", "sender": "green"}
 
@@ -67,6 +68,11 @@ def test_a_key_equivalent_chooses_its_item(running):
 def test_the_menu_is_operated_by_keyboard(running):
     menu = running.menu_bar.open()
     running.screen.press("Down", "Down", "Down", "Right")  # open, copy, hub and into its submenu
+    wait_until(lambda: len(running.menu_bar.windows()) == 3, "the submenu")
+    running.screen.press("Left")
+    wait_until(lambda: len(running.menu_bar.windows()) == 2, "the end of the submenu")
+    running.screen.press("Return")  # opens it too
+    wait_until(lambda: len(running.menu_bar.windows()) == 3, "the submenu")
     running.screen.press("Down", "Return")
     running.menu_bar.wait_until_closed(menu)
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "hub": "red"}

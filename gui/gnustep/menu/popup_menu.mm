@@ -76,9 +76,11 @@ Outcome key_down(Tracking &tracking, NSEvent *event) {
     return Outcome::open;
   case '\033':
     return menus.leave_submenu() ? Outcome::open : Outcome::dismissed;
-  case '\r':
-    menus.enter_submenu();
-    return choose(tracking, menus.highlighted());
+  case '\r': {
+    NSMenuItem *item = menus.highlighted();
+    menus.enter_submenu(); // the item's, if it has one
+    return choose(tracking, item);
+  }
   default:
     return choose(tracking, td::item_for_key(menus.menu(), event));
   }

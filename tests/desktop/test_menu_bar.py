@@ -25,6 +25,49 @@ def test_a_pair_of_separators_is_one_wider_gap_with_its_line_in_the_middle(runni
     running.menu_bar.dismiss(menu)
 
 
+def test_the_right_button_opens_the_menu_and_the_wheel_does_not(running):
+    screen, icon = running.screen, running.menu_bar.icon()
+    for button in (2, 4, 5):
+        screen.click(icon.x, icon.y, button=button)
+    menu = running.menu_bar.open(lambda x, y: screen.click(x, y, button=3))
+    running.menu_bar.dismiss(menu)
+    assert running.menu_bar.states() == ALL_UP
+
+
+def test_an_item_is_chosen_by_press_drag_and_release(running):
+    menu = running.menu_bar.open(running.screen.press_button)
+    running.screen.release_button(*menu.middle("quit"))
+    assert running.run.wait() == 0
+
+
+def test_a_release_outside_the_menu_closes_it(running):
+    menu = running.menu_bar.open()
+    running.screen.press_button(*menu.middle("quit"))
+    running.screen.release_button(100, 600)
+    running.menu_bar.wait_until_closed(menu)
+    assert running.menu_bar.states() == ALL_UP
+
+
+def test_keys_choose_nothing_that_the_pointer_has_left(running):
+    menu = running.menu_bar.open()
+    menu.point_at("quit")
+    running.screen.move(100, 600)
+    running.screen.press("Return", "Escape")
+    running.menu_bar.wait_until_closed(menu)
+    assert running.menu_bar.states() == ALL_UP
+
+
+def test_a_submenu_closes_when_the_pointer_goes_on(running):
+    menu = running.menu_bar.open()
+    submenu = running.menu_bar.submenu(menu, "hub")
+    running.screen.move(submenu.rect.x + 9, submenu.rect.y + 9)
+    menu.point_at("hub")
+    assert len(running.menu_bar.windows()) == 3  # with the icon
+    menu.point_at("settings")
+    running.menu_bar.wait_until_closed(submenu)
+    running.menu_bar.dismiss(menu)
+
+
 def test_the_menu_shows_which_component_has_stopped(running):
     running.menu_bar.choose("receiver", "stop")
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "receiver": "red"}

@@ -60,17 +60,33 @@ def test_the_menu_of_a_copy_of_the_icon_is_beside_the_bar(running, y, edge):
     running.menu_bar.dismiss(menu)
 
 
-def test_the_menu_of_a_copy_of_the_icon_is_at_the_pointer(running):
-    menu = running.menu_bar.open_from_copy(400, 10)
-    assert (menu.rect.x, menu.rect.y) == (400, 11)
-    running.menu_bar.dismiss(menu)
+def test_the_menu_is_on_the_monitor_nearest_to_an_icon_that_is_on_none(desktop):
+    near = Rect(600, 0, 424, 768)
+    start_with_icon_at(desktop, 560, "top", [Rect(0, 0, 300, 768), near])
+    menu = desktop.menu_bar.open()
+    assert lies_in(menu.rect, near)
+    desktop.menu_bar.dismiss(menu)
+    assert desktop.quit() == 0
+
+
+@pytest.mark.parametrize(("primary", "height"), [(0, 300), (1, 200)])
+def test_the_menu_fits_on_the_primary_monitor_of_those_that_show_the_same(
+    desktop, primary, height
+):
+    mirrored = [Rect(0, 0, 1024, 300), Rect(0, 0, 1024, 200)]
+    start_with_icon_at(desktop, 200, "top", [*mirrored, Rect(0, 300, 1024, 468)], primary)
+    assert desktop.menu_bar.open_window().height == height  # lower than the menu
+    desktop.screen.press("alt+q")
+    assert desktop.run.wait() == 0
 
 
 def test_a_click_on_an_icon_that_the_menu_covers_chooses_nothing(desktop):
     icon = start_with_icon_at(desktop, 200, "bottom", [REST, TIGHT])
-    menu = desktop.menu_bar.open()
+    menu = desktop.menu_bar.open(desktop.screen.press_button)
     assert lies_in(menu.rect, TIGHT)
-    assert menu.row_at(icon.y + icon.height // 2) == "quit"
+    x, y = icon.x + icon.width // 2, icon.y + icon.height // 2
+    assert menu.row_at(y) == "quit"
+    desktop.screen.release_button(x, y)
     desktop.screen.press("Escape")
     desktop.menu_bar.wait_until_closed(menu)
     assert desktop.quit() == 0

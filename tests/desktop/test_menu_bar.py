@@ -48,6 +48,16 @@ def test_an_item_is_chosen_by_press_drag_and_release(running):
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "hub": "red"}
 
 
+def test_a_click_on_the_icon_or_on_a_disabled_item_leaves_the_menu_open(running):
+    menu = running.menu_bar.open(running.screen.press_button)
+    icon = running.menu_bar.icon()
+    running.screen.release_button(icon.x + icon.width // 2, icon.y + icon.height // 2)
+    menu.click("header")
+    menu.click("address")
+    running.menu_bar.submenu(menu, "hub")
+    running.menu_bar.dismiss(menu)
+
+
 def test_a_release_outside_the_menu_closes_it(running):
     menu = running.menu_bar.open()
     running.screen.press_button(*menu.middle("quit"))
@@ -114,6 +124,13 @@ def test_a_key_equivalent_chooses_its_item(running):
     running.screen.press("alt+q")
     assert running.run.wait() == 0
     assert not running.suite.processes()
+
+
+def test_a_key_equivalent_without_its_modifier_chooses_nothing(running):
+    menu = running.menu_bar.open()
+    running.screen.press("q", "Escape")
+    running.menu_bar.wait_until_closed(menu)
+    assert running.menu_bar.states() == ALL_UP
 
 
 def test_the_menu_is_operated_by_keyboard(running):

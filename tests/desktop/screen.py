@@ -306,12 +306,12 @@ class Screen:
         at = ["mousemove", str(x), str(y)]
         self.run("xdotool", *at, "click", "--repeat", str(times), str(button))
 
-    def press_button(self, x, y):
-        """Presses the left button and holds it until `release_button`."""
-        self.run("xdotool", "mousemove", str(x), str(y), "mousedown", "1")
+    def press_button(self, x, y, button=1):
+        """Presses a button and holds it until `release_button`."""
+        self.run("xdotool", "mousemove", str(x), str(y), "mousedown", str(button))
 
-    def release_button(self, x, y):
-        self.run("xdotool", "mousemove", str(x), str(y), "mouseup", "1")
+    def release_button(self, x, y, button=1):
+        self.run("xdotool", "mousemove", str(x), str(y), "mouseup", str(button))
 
     def send_press(self, window, x, y):
         """Tells a window of a press of the left button at a place of the screen."""

@@ -40,10 +40,11 @@ def test_the_right_button_opens_the_menu_and_the_wheel_does_not(running):
     running.menu_bar.dismiss(menu)
 
 
-def test_an_item_is_chosen_by_press_drag_and_release(running):
-    menu = running.menu_bar.open(running.screen.press_button)
+@pytest.mark.parametrize("button", [1, 3])
+def test_an_item_is_chosen_by_press_drag_and_release(running, button):
+    menu = running.menu_bar.open(lambda x, y: running.screen.press_button(x, y, button))
     submenu = running.menu_bar.submenu(menu, "hub")
-    running.screen.release_button(*submenu.middle("stop"))
+    running.screen.release_button(*submenu.middle("stop"), button)
     running.menu_bar.wait_until_closed(menu)
     assert running.menu_bar.states() == {**ALL_UP, "header": "orange", "hub": "red"}
 

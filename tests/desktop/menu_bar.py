@@ -21,6 +21,10 @@ ROWS = (
 COMPONENT_ROWS = ("start", "stop", "restart")
 
 
+def _is_icon(rect):
+    return rect.width <= LARGEST_ICON and abs(rect.width - rect.height) <= 4
+
+
 def _close(colour, wanted, by=24):
     return all(abs(one - other) <= by for one, other in zip(colour, wanted))
 
@@ -110,10 +114,7 @@ class MenuBar:
 
     def icon_window(self):
         """The rectangle of the icon's window: small and about square."""
-        for rect in self.windows().values():
-            if rect.width <= LARGEST_ICON and abs(rect.width - rect.height) <= 4:
-                return rect
-        return None
+        return next((rect for rect in self.windows().values() if _is_icon(rect)), None)
 
     def windows(self):
         """The launcher's visible windows, by their ids."""
@@ -152,8 +153,7 @@ class MenuBar:
     def open_from_copy(self, x, y):
         """Presses a copy of the icon at that place, as a panel that shows one does."""
         self.icon()
-        shown = self.icon_window()
-        (icon,) = (window for window, rect in self.windows().items() if rect == shown)
+        (icon,) = (window for window, rect in self.windows().items() if _is_icon(rect))
         return self.open(lambda *_: self.screen.send_press(icon, x, y))
 
     def submenu(self, menu, row):

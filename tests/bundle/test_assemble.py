@@ -104,7 +104,7 @@ def tree(root, tmp_path):
     copy = tmp_path / "tree"
     for name in ("launcher", "gui", "packaging"):
         shutil.copytree(root / name, copy / name)
-    for name in ("CMakeLists.txt", "VERSION"):
+    for name in ("CMakeLists.txt", "VERSION", "hardening.cmake"):
         shutil.copy(root / name, copy)
     return copy
 

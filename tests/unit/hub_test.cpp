@@ -4,8 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -126,10 +130,15 @@ TEST_F(StartHub, DoesNotBelieveAnotherProgramsAnswer) {
 }
 
 TEST_F(StartHub, BelievesAHubThatAScriptStarted) {
-  set_hub("exec 3<&0 </dev/null; /bin/sleep 1000 <&3 3<&- & exec 3<&-\n"
-          "trap 'kill $!' TERM; wait");
+  const std::string fifo = folder.prefix() + "fifo";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const int end_of_test = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
+  set_hub("exec 3<&0 </dev/null; /bin/cat " + fifo + " <&3 3<&- & exec 3<&-; wait");
   answer_from_probe(1);
   EXPECT_EQ(start(StartReason::start_up), HubStart::ready);
+  stop(hub);
+  std::filesystem::remove(fifo); // for a cat that has not opened it yet
+  close(end_of_test);            // for one that has
 }
 
 TEST_F(StartHub, MakesAHundredAttempts) {

@@ -18,7 +18,7 @@ import scale
 import size
 from place import BUILD
 
-# Rounds of each part, chosen for five minutes in all.
+# Rounds of each part, chosen for three minutes in all.
 FULL = {"repetitions": 60, "starts": 12, "kills": 5, "idle": 20, "menus": 20, "scale": 8, "traces": 3}
 QUICK = {"repetitions": 3, "starts": 1, "kills": 2, "idle": 1, "menus": 2, "scale": 1, "traces": 1}
 

@@ -1,15 +1,12 @@
+#include "end_of_test.h"
 #include "hub.h"
 #include "listener.h"
 #include "tools.h"
 
 #include <algorithm>
 #include <chrono>
-#include <filesystem>
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -130,15 +127,10 @@ TEST_F(StartHub, DoesNotBelieveAnotherProgramsAnswer) {
 }
 
 TEST_F(StartHub, BelievesAHubThatAScriptStarted) {
-  const std::string fifo = folder.prefix() + "fifo";
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  const int end_of_test = open(fifo.c_str(), O_RDWR | O_CLOEXEC);
-  set_hub("exec 3<&0 </dev/null; /bin/cat " + fifo + " <&3 3<&- & exec 3<&-; wait");
+  const EndOfTest end(folder.prefix() + "end");
+  set_hub("exec 3<&0 </dev/null; " + end.wait_command() + " <&3 3<&- & exec 3<&-; wait");
   answer_from_probe(1);
   EXPECT_EQ(start(StartReason::start_up), HubStart::ready);
-  stop(hub);
-  std::filesystem::remove(fifo); // for a cat that has not opened it yet
-  close(end_of_test);            // for one that has
 }
 
 TEST_F(StartHub, MakesAHundredAttempts) {

@@ -2,29 +2,24 @@
 #pragma once
 
 #include "child.h"
+#include "end_of_test.h"
 #include "temporary_folder.h"
 
 #include <array>
 #include <string>
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 /// A process that runs until the test is over. So does what it starts, if it waits with
 /// `wait_command`.
 struct Listening : testing::Test {
   TemporaryFolder folder;
-  std::string fifo = folder.prefix() + "fifo";
-  int end_of_test = mkfifo(fifo.c_str(), 0600) == 0 ? open(fifo.c_str(), O_RDWR | O_CLOEXEC) : -1;
-  std::string wait_command = "cat " + fifo; // ends when nobody can write to it any more
+  EndOfTest end_of_test{folder.prefix() + "end"};
+  std::string wait_command = end_of_test.wait_command();
   Child child;
 
-  void TearDown() override {
-    stop(child);
-    close(end_of_test);
-  }
+  void TearDown() override { stop(child); }
 
   /// Starts a shell, which has what is standard input here, and waits until its script has said so.
   void start(const std::string &script) {

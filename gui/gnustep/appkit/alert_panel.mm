@@ -119,7 +119,6 @@ void add_buttons(NSView *content, NSArray *buttons, id target) {
   }
   add_buttons(content, [alert buttons], self);
   [self setClosingButton:closing_button([alert buttons])];
-  [self recalculateKeyViewLoop]; // Tab reaches the accessory too
   return self;
 }
 

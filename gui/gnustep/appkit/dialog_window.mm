@@ -48,18 +48,6 @@
   td::activate_window(td::display_of(self), td::x_window_of(self));
 }
 
-/// Without a field that is edited, a button without a key of its own gets no Escape.
-- (BOOL)performKeyEquivalent:(NSEvent *)event {
-  if ([super performKeyEquivalent:event]) {
-    return YES;
-  }
-  if (![[event charactersIgnoringModifiers] isEqualToString:@"\033"]) {
-    return NO;
-  }
-  [self performClose:nil];
-  return YES;
-}
-
 @end
 
 namespace td {

@@ -88,7 +88,6 @@ void TrayIcon::dock_timed_out() {
 void TrayIcon::leave_tray() {
   docked_.reset();
   is_embedded_ = false;
-  delegate_.pointed(false);
 }
 
 void TrayIcon::float_icon() {
@@ -217,11 +216,7 @@ void TrayIcon::handle(const xcb_generic_event_t &event) {
     handle_destruction(as<xcb_destroy_notify_event_t>(event).window);
     break;
   case XCB_CONFIGURE_NOTIFY:
-    if (as<xcb_configure_notify_event_t>(event).window == connection_.root()) {
-      place_floating();
-    } else {
-      redraw_if_resized(as<xcb_configure_notify_event_t>(event));
-    }
+    redraw_if_resized(as<xcb_configure_notify_event_t>(event));
     break;
   case XCB_BUTTON_PRESS:
     handle_press(as<xcb_button_press_event_t>(event), event.response_type & sent);
@@ -283,7 +278,6 @@ void TrayIcon::handle_press(const xcb_button_press_event_t &event, bool is_sent)
   // The button's grab belongs to this connection; the menu needs its own.
   xcb_ungrab_pointer(connection_.raw(), event.time);
   connection_.flush();
-  delegate_.pointed(false);
   delegate_.pressed(is_sent ? beside_bars(connection_, event.root_x, event.root_y) : place());
 }
 

@@ -87,7 +87,6 @@ void PictureWindow::set_title(const std::string &title) {
 }
 
 void PictureWindow::show() {
-  raise();
   xcb_map_window(connection_.raw(), id_);
 }
 

@@ -41,7 +41,7 @@ public:
 
   /// What other programs call the window. Its class is the program's name.
   void set_title(const std::string &title);
-  /// Maps the window above all others.
+  /// Maps the window. A new window is above all others.
   void show();
   void raise();
   void place(ScreenRect place);

@@ -1,7 +1,5 @@
 """The launcher's dialogs, read from pixels and answered by mouse and keyboard."""
 
-import re
-
 from deadline import wait_until
 from menu_bar import bounds
 from screen import Rect
@@ -12,6 +10,8 @@ BUTTON_GAP = 10
 FIELD_HEIGHT = 15  # of a text field's white inside, at least
 PORT_DIGITS = 5  # at most
 LABEL_DISTANCE = 139  # from a label's left edge to the field's white inside
+FOCUS = (64, 133, 217)  # the colour of the line around what has the keyboard focus
+FIELD_LINE, BUTTON_LINE = -1, 2  # from the edge of a field's inside or a button to that line
 LABEL_START = 45  # of a label's width; no letter in this part goes below the line
 
 
@@ -80,9 +80,26 @@ class PortsDialog(Dialog):
         """The dark pixels of a field's text."""
         return self.screen.image(self._fields[field]).where(lambda pixel: max(pixel) < 128)
 
+    def focused(self):
+        """What shows the keyboard focus by the line around it, and on how many of three sides."""
+        places = {f"field {number}": (rect, FIELD_LINE) for number, rect in enumerate(self._fields)}
+        places.update({f"button {at}": (self.button(at), BUTTON_LINE) for at in (0, 1)})
+        image = self.screen.image(self.rect)
+        sides = {name: self._focused_sides(image, *place) for name, place in places.items()}
+        return {name: number for name, number in sides.items() if number}
+
+    def _focused_sides(self, image, rect, line):
+        left, top = rect.x - self.rect.x, rect.y - self.rect.y
+        right, middle = left + rect.width - 1, top + rect.height // 2
+        above = (left + rect.width // 2, top + line)
+        sides = [(left + line, middle), (right - line, middle), above]
+        return sum(image.pixel(*side) == FOCUS for side in sides)
+
     def ports(self):
-        """The numbers that the fields showed when the dialog opened."""
-        return [int(number) for number in re.findall(r"port\W*(\d+)", self.text)]
+        """The numbers that the fields show."""
+        # Neither the selection's grey nor the field's edge is part of the text.
+        prepare = ["-threshold", "50%", "-bordercolor", "white", "-border", "30"]
+        return [int(self.screen.words(field, *prepare)) for field in self._fields]
 
     def label_ink(self, field):
         """The dark pixels of the start of a field's label; their rows are the field's."""

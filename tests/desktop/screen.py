@@ -267,9 +267,12 @@ class Screen:
         """Writes what the rectangle shows to a picture file, which says nothing of the time."""
         self._convert(rect, "-strip", str(path))
 
-    def words(self, rect):
-        """The text in a rectangle, read from its pixels; any white space is one blank."""
-        picture = self._convert(rect, "-resize", "300%", "png:-")
+    def words(self, rect, *prepare):
+        """The text in a rectangle, read from its pixels; any white space is one blank.
+
+        `prepare`: ImageMagick's operations that make the text black on white.
+        """
+        picture = self._convert(rect, "-resize", "300%", *prepare, "png:-")
         reader = ["tesseract", "stdin", "stdout", "--psm", "6"]
         environment = {**self.environment, "OMP_THREAD_LIMIT": "1"}
         done = subprocess.run(

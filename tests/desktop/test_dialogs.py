@@ -158,3 +158,20 @@ def test_buttons_are_flat(running):
         inside = {image.pixel(x, y) for x in (4, width - 5) for y in (4, height - 5)}
         assert len(inside) == 1 and inside.isdisjoint({image.pixel(0, height // 2)})
     dialog.answer("Escape")
+
+
+def test_tab_goes_through_the_fields_and_the_buttons(running):
+    dialog = PortsDialog(running.menu_bar)
+    for key, place in [
+        (None, "field 0"),
+        ("Tab", "field 1"),
+        ("Tab", "button 1"),
+        ("Tab", "button 0"),
+        ("Tab", "field 0"),
+        ("shift+Tab", "button 0"),
+        ("shift+Tab", "button 1"),
+    ]:
+        if key:
+            running.screen.press(key)
+        wait_until(lambda at=place: dialog.focused() == {at: 3}, f"the focus at {place}")
+    dialog.answer("space")

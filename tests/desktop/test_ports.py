@@ -50,6 +50,16 @@ def test_other_ports_are_applied_and_saved(running):
     again.answer("Escape")
 
 
+def test_ports_can_be_typed_without_the_mouse(running):
+    http, udp = running.suite.ports.free(), running.suite.ports.free()
+    dialog = PortsDialog(running.menu_bar)
+    running.screen.type(str(http))
+    running.screen.press("Tab")
+    running.screen.type(str(udp))
+    dialog.answer("Return")
+    wait_until(lambda: saved_ports(running) == (http, udp), "the settings file")
+
+
 def test_a_taken_port_is_shown_in_a_warning(running):
     with socket.create_server(("", 0)) as taken:
         port = taken.getsockname()[1]

@@ -38,6 +38,7 @@ NSImageView *icon_view() {
   const NSRect frame = NSMakeRect(0, 0, icon_side, icon_side);
   NSImageView *view = [[[NSImageView alloc] initWithFrame:frame] autorelease];
   [view setImage:[NSApp applicationIconImage]];
+  [[view cell] setRefusesFirstResponder:YES]; // Tab skips it
   return view;
 }
 

@@ -37,6 +37,13 @@
   [super sendEvent:event];
 }
 
+/// GNUstep draws again only what lies inside the fields' edges, but these show the focus too.
+- (BOOL)makeFirstResponder:(NSResponder *)responder {
+  const BOOL is_accepted = [super makeFirstResponder:responder];
+  [[self contentView] setNeedsDisplay:YES];
+  return is_accepted;
+}
+
 /// Sent when the window manager is to close the window.
 - (void)performClose:(id)sender {
   [_closingButton performClick:sender];

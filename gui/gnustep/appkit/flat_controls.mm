@@ -71,9 +71,9 @@ void draw_border(id theme, SEL selector, NSBorderType type, NSRect frame, NSView
   [outline(frame) stroke];
 }
 
-void draw_focus(id /*theme*/, SEL /*selector*/, NSRect frame, NSView * /*view*/) {
+void draw_focus(id /*theme*/, SEL /*selector*/, NSRect /*frame*/, NSView *view) {
   [accent_colour() set];
-  [outline(frame) stroke];
+  [outline(NSInsetRect([view bounds], 2, 2)) stroke]; // the frame is nearer to two of the sides
 }
 
 // NOLINTEND(bugprone-easily-swappable-parameters)

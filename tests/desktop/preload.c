@@ -4,11 +4,16 @@
 //   TD_DISPLAYS=N         from the N+1st time on, the display cannot be opened
 //   TD_PAUSE=FUNCTION     the first call of XOpenDisplay (once it has opened the display) or of
 //                         xcb_get_selection_owner stops the process until SIGCONT
+//   TD_GATE=FUNCTION, TD_GATE_CALL=N, TD_GATE_FIFO=F
+//                         the Nth call of XGrabKeyboard (before it grabs) or of XSetSelectionOwner
+//                         (once the X server has it) waits until F's writer has closed it; also in
+//                         a program that the launcher starts
 //   TD_TERMINATE=1        SIGUSR2 sends terminate: to the application, when its event loop waits
 
 #define _GNU_SOURCE
 #include <arpa/inet.h>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <ifaddrs.h>
 #include <poll.h>
 #include <signal.h>
@@ -16,11 +21,17 @@
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#include <unistd.h>
 
 typedef void *(*Find)(void *cls, void *selector);
 typedef const char *(*Name)(void *selector);
 typedef int (*Interfaces)(struct ifaddrs **list);
 typedef void *(*Open)(const char *name);
+typedef int (*Grab)(void *display, unsigned long window, int owner_events, int pointer_mode,
+                    int keyboard_mode, unsigned long time);
+typedef int (*Own)(void *display, unsigned long selection, unsigned long window,
+                   unsigned long time);
+typedef int (*Flush)(void *display);
 typedef struct {
   unsigned int sequence;
 } Cookie;
@@ -60,6 +71,34 @@ void *XOpenDisplay(const char *name) {
   void *display = ((Open)function("libX11.so.6", "XOpenDisplay"))(name);
   pause_in("XOpenDisplay");
   return display;
+}
+
+static void wait_in(const char *name) {
+  static int calls;
+  const char *wanted = getenv("TD_GATE");
+  if (!wanted || strcmp(wanted, name) != 0 || ++calls != atoi(getenv("TD_GATE_CALL"))) {
+    return;
+  }
+  const int reader = open(getenv("TD_GATE_FIFO"), O_RDONLY);
+  char end;
+  while (read(reader, &end, sizeof end) < 0) {}
+  close(reader);
+}
+
+int XGrabKeyboard(void *display, unsigned long window, int owner_events, int pointer_mode,
+                  int keyboard_mode, unsigned long time) {
+  wait_in("XGrabKeyboard");
+  const Grab grab = (Grab)function("libX11.so.6", "XGrabKeyboard");
+  return grab(display, window, owner_events, pointer_mode, keyboard_mode, time);
+}
+
+int XSetSelectionOwner(void *display, unsigned long selection, unsigned long window,
+                       unsigned long time) {
+  const Own own = (Own)function("libX11.so.6", "XSetSelectionOwner");
+  const int result = own(display, selection, window, time);
+  ((Flush)function("libX11.so.6", "XFlush"))(display);
+  wait_in("XSetSelectionOwner");
+  return result;
 }
 
 Cookie xcb_get_selection_owner(void *connection, unsigned int selection) {

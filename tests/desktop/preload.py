@@ -1,7 +1,10 @@
 """A library that changes what the launcher finds; preload.c says how."""
 
+import os
 import subprocess
 from pathlib import Path
+
+from deadline import wait_until
 
 
 def preloaded(folder, **changes):
@@ -10,3 +13,31 @@ def preloaded(folder, **changes):
     source = Path(__file__).with_name("preload.c")
     subprocess.run(["cc", "-shared", "-fPIC", "-o", library, source], check=True)
     return {"LD_PRELOAD": str(library), **changes}
+
+
+class Gate:
+    """Where a function waits that the launcher, or a program that it starts, has called."""
+
+    def __init__(self, folder):
+        self._folder = folder
+        self._fifo = Path(folder, "gate")
+        self._writer = None
+        os.mkfifo(self._fifo)
+
+    def environment(self, function, call=1):
+        """The environment of a launcher with the gate in that call of the function."""
+        gate = {"TD_GATE": function, "TD_GATE_CALL": str(call), "TD_GATE_FIFO": str(self._fifo)}
+        return preloaded(self._folder, **gate)
+
+    def wait_for_call(self):
+        self._writer = wait_until(self._open_if_read, "the call that waits")
+
+    def _open_if_read(self):
+        try:
+            return os.open(self._fifo, os.O_WRONLY | os.O_NONBLOCK)
+        except OSError:
+            return None  # nobody reads it
+
+    def open(self):
+        """Lets the call go on."""
+        os.close(self._writer)

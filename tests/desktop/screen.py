@@ -161,6 +161,18 @@ class Screen:
         owner = self._display.get_selection_owner(self._display.intern_atom(selection))
         return owner.id if owner else 0
 
+    def request_text(self, selection):
+        """Requests the text of a selection from its owner; `has_answer` tells of the answer."""
+        window = self._root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
+        property_name = self.atom("TD_TEXT")
+        window.convert_selection(
+            self.atom(selection), self.atom("UTF8_STRING"), property_name, X.CurrentTime
+        )
+        self._display.sync()
+
+    def has_answer(self):
+        return self._seen(X.SelectionNotify)
+
     def own(self, selection):
         """Owns a selection, as the program does that it stands for, until the screen closes."""
         depth = self._display.screen().root_depth
@@ -308,6 +320,23 @@ class Screen:
         """Buttons: 1 is left, 2 is the middle one, 3 is right."""
         at = ["mousemove", str(x), str(y)]
         self.run("xdotool", *at, "click", "--repeat", str(times), str(button))
+
+    def grab_pointer(self):
+        """Takes the pointer, as a panel has it while a button is down; False: another has it."""
+        mode = X.GrabModeAsync
+        status = self._root.grab_pointer(True, 0, mode, mode, X.NONE, X.NONE, X.CurrentTime)
+        return status == X.GrabSuccess
+
+    def release_pointer(self):
+        self._display.ungrab_pointer(X.CurrentTime)
+        self._display.sync()
+
+    def is_pointer_grabbed(self):
+        """Whether another program has taken the pointer."""
+        if not self.grab_pointer():
+            return True
+        self.release_pointer()
+        return False
 
     def press_button(self, x, y, button=1):
         """Presses a button and holds it until `release_button`."""

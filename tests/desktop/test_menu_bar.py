@@ -1,9 +1,10 @@
 """The icon, the states in the menu, and Quit."""
 
 import pytest
-from components import STOP_ORDER
+from components import COMPONENTS, STOP_ORDER
 from console import LEFT_STOPPED, STOPPED
 from deadline import wait_until
+from preload import Gate
 from screen import Rect
 
 ALL_UP = {"header": "green", "hub": "green", "receiver": "green", "sender": "green"}
@@ -132,6 +133,31 @@ def test_a_key_equivalent_without_its_modifier_chooses_nothing(running):
     running.screen.press("q", "Escape")
     running.menu_bar.wait_until_closed(menu)
     assert running.menu_bar.states() == ALL_UP
+
+
+def test_a_menu_that_can_be_seen_has_the_keyboard(desktop):
+    gate = Gate(desktop.suite.folder)
+    desktop.suite.record(*COMPONENTS)
+    desktop.change(gate.environment("XGrabKeyboard"))
+    desktop.start()
+    icon = desktop.menu_bar.icon_window()
+    desktop.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
+    gate.wait_for_call()
+    (menu,) = (rect for rect in desktop.menu_bar.windows().values() if rect != icon)
+    assert desktop.screen.words(menu) == ""
+    gate.open()
+    wait_until(lambda: "Quit" in desktop.screen.words(menu), "the menu")
+    desktop.screen.press("alt+q")
+    assert desktop.run.wait() == 0
+
+
+def test_a_menu_has_the_pointer_when_another_program_lets_go_of_it(running):
+    icon = running.menu_bar.icon()
+    assert running.screen.grab_pointer()
+    menu = running.menu_bar.open_from_copy(icon.x, icon.y)
+    running.screen.release_pointer()
+    wait_until(running.screen.is_pointer_grabbed, "the grab")
+    running.menu_bar.dismiss(menu)
 
 
 def test_the_menu_is_operated_by_keyboard(running):

@@ -1,5 +1,5 @@
 /// The windows of an open menu and of the submenus open beside it. They are not managed by a window
-/// manager, which would place them, and stay inside one monitor.
+/// manager, which would place them, and stay inside one monitor. Opening them does not draw them.
 #pragma once
 
 #include "menu/menu_view.h"

@@ -34,7 +34,6 @@ void show(NSWindow *window, NSPoint corner, NSRect monitor) {
   corner.y = std::min(NSMaxY(monitor), std::max(corner.y, NSMinY(monitor) + size.height));
   [window setFrameTopLeftPoint:corner];
   [window orderFrontRegardless];
-  [window display];
 }
 
 } // namespace

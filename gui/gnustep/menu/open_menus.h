@@ -10,14 +10,19 @@ namespace td {
 /// Main thread only. Points are in screen coordinates.
 class OpenMenus {
 public:
-  /// Opens `menu` below or above `anchor` (screen coordinates). It must not change while open.
+  /// Opens `menu` below or above `anchor` (screen coordinates). It must not change while open. It
+  /// has the pointer and the keyboard before it can be seen, unless another program holds a grab.
   OpenMenus(NSMenu *menu, NSRect anchor);
-  /// Closes all of them.
+  /// Closes all of them and gives pointer and keyboard back.
   ~OpenMenus();
   OpenMenus(const OpenMenus &) = delete;
   OpenMenus &operator=(const OpenMenus &) = delete;
 
-  NSWindow *window() const { return windows_[0]; } ///< the menu's, not a submenu's
+  /// False: another program holds a grab, perhaps while the button that opened the menu is down.
+  /// take_input() is then to be called again and again.
+  bool has_input() const { return has_input_; }
+  void take_input();
+
   NSMenu *menu() const;
   bool contain(NSPoint point) const;
 
@@ -56,6 +61,7 @@ private:
 
   std::vector<NSWindow *> windows_; // outermost first
   NSPoint pointer_ = {};            // where follow_pointer has seen it
+  bool has_input_ = false;
   bool scrolls_ = false;
 };
 

@@ -1,6 +1,8 @@
 #include "menu/open_menus.h"
 
 #include "menu/menu_windows.h"
+#include "x11/window_device.h"
+#include "x11/x_window.h"
 
 namespace {
 
@@ -19,11 +21,20 @@ int scroll_direction(NSWindow *window, NSPoint point) {
 
 namespace td {
 
-OpenMenus::OpenMenus(NSMenu *menu, NSRect anchor) : windows_{open_menu_at(menu, anchor)} {}
+OpenMenus::OpenMenus(NSMenu *menu, NSRect anchor) : windows_{open_menu_at(menu, anchor)} {
+  take_input();
+  [windows_[0] display];
+}
 
 OpenMenus::~OpenMenus() {
+  release_input(display_of(windows_[0]));
   close_beyond(0);
   close_menu(windows_[0]);
+}
+
+void OpenMenus::take_input() {
+  NSWindow *window = windows_[0];
+  has_input_ = has_input_ || grab_input(display_of(window), x_window_of(window));
 }
 
 NSMenu *OpenMenus::menu() const {
@@ -128,6 +139,7 @@ void OpenMenus::open_submenu(std::size_t depth) {
   }
   const NSRect row = row_on_screen(window, [menu_view(window) highlightedRow]);
   windows_.push_back(open_menu_beside(submenu, row));
+  [windows_.back() display];
 }
 
 void OpenMenus::highlight(Row place) {

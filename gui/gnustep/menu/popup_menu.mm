@@ -2,13 +2,12 @@
 
 #include "menu/menu_keys.h"
 #include "menu/open_menus.h"
-#include "x11/window_device.h"
-#include "x11/x_window.h"
 
 #include <cmath>
 
 namespace {
 
+constexpr NSTimeInterval grab_interval = 0.02;   // seconds, while another program holds a grab
 constexpr NSTimeInterval scroll_interval = 0.03; // seconds, while the pointer rests on a strip
 constexpr CGFloat wheel_distance = 46;           // pixels, for one notch
 constexpr CGFloat still = 4; // a pointer moved less has not been moved on purpose
@@ -116,6 +115,9 @@ Outcome handle(Tracking &tracking, NSEvent *event) {
 }
 
 NSDate *next_deadline(const Tracking &tracking) {
+  if (!tracking.menus.has_input()) {
+    return [NSDate dateWithTimeIntervalSinceNow:grab_interval];
+  }
   return tracking.menus.scrolls() ? [NSDate dateWithTimeIntervalSinceNow:scroll_interval]
                                   : [NSDate distantFuture];
 }
@@ -129,6 +131,7 @@ Outcome next_step(Tracking &tracking) {
     if (event) {
       return handle(tracking, event);
     }
+    tracking.menus.take_input();
     tracking.menus.scroll_on();
     return Outcome::open;
   }
@@ -136,10 +139,7 @@ Outcome next_step(Tracking &tracking) {
 
 NSMenuItem *track(NSMenu *menu, NSRect anchor) {
   Tracking tracking{{menu, anchor}, [NSEvent mouseLocation]};
-  NSWindow *window = tracking.menus.window();
-  td::grab_input(td::display_of(window), td::x_window_of(window));
   while (next_step(tracking) == Outcome::open) {}
-  td::release_input(td::display_of(window));
   return tracking.chosen;
 }
 

@@ -7,7 +7,6 @@
 namespace {
 
 constexpr std::chrono::seconds show_timeout(1);
-constexpr std::chrono::seconds grab_timeout(1);
 
 bool is_viewable(Display *display, Window window) {
   XWindowAttributes attributes;
@@ -40,10 +39,8 @@ void leave_unmanaged(Display *display, Window window) {
   XChangeWindowAttributes(display, window, CWOverrideRedirect, &attributes);
 }
 
-void grab_input(Display *display, Window window) {
-  // While the button that opened the menu is down, another program may hold a grab.
-  wait_until(grab_timeout,
-             [&] { return has_pointer(display, window) && has_keyboard(display, window); });
+bool grab_input(Display *display, Window window) {
+  return has_pointer(display, window) && has_keyboard(display, window);
 }
 
 void release_input(Display *display) {

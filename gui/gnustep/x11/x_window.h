@@ -13,9 +13,9 @@ void wait_until_viewable(_XDisplay *display, unsigned long window);
 void leave_unmanaged(_XDisplay *display, unsigned long window);
 
 /// Grabs the pointer and the keyboard for `window`; an open menu needs that to notice a click
-/// outside it. Retries for at most a second while another program holds a grab.
-void grab_input(_XDisplay *display, unsigned long window);
-/// Ends both grabs.
+/// outside it. False: another program holds a grab.
+bool grab_input(_XDisplay *display, unsigned long window);
+/// Ends the grabs, if there are any.
 void release_input(_XDisplay *display);
 
 } // namespace td

@@ -85,14 +85,10 @@ class Desktop:
         return re.search(rb"http://[0-9.:]+/", line).group().decode()
 
     def clipboard(self):
-        """The text on the clipboard; None when there is none.
-
-        While GNUstep's pasteboard server takes over the clipboard, it may leave one request
-        unanswered.
-        """
+        """The text on the clipboard; None when there is none."""
         try:
-            return self.screen.run("xclip", "-o", "-selection", "clipboard", timeout=3).decode()
-        except (subprocess.CalledProcessError, subprocess.TimeoutExpired):
+            return self.screen.run("xclip", "-o", "-selection", "clipboard").decode()
+        except subprocess.CalledProcessError:
             return None
 
     def processes(self):

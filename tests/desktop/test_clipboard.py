@@ -7,6 +7,7 @@ import pytest
 from components import COMPONENTS
 from console import STOPPED
 from deadline import wait_until
+from preload import Gate
 
 NOWHERE = "/nonexistent/folder"
 
@@ -41,6 +42,19 @@ def test_the_address_is_copied_by_the_next_folder_that_exists(desktop, missing):
     desktop.change(dict.fromkeys(missing, NOWHERE))
     desktop.start()
     copy_address(desktop)
+    assert desktop.quit() == 0
+
+
+def test_a_request_while_the_clipboard_is_taken_over_is_answered(desktop):
+    gate = Gate(desktop.suite.folder)
+    desktop.suite.record(*COMPONENTS)
+    desktop.change(gate.environment("XSetSelectionOwner", call=2))  # the first is by clearContents
+    desktop.start()
+    desktop.menu_bar.choose("copy")
+    gate.wait_for_call()
+    desktop.screen.request_text("CLIPBOARD")
+    gate.open()
+    wait_until(desktop.screen.has_answer, "the answer")
     assert desktop.quit() == 0
 
 

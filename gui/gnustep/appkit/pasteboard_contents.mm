@@ -3,7 +3,7 @@
 // the desktop's clipboard manager takes it over before.
 
 #include "runtime/replace_method.h"
-#include "x11/clipboard_handover.h"
+#include "x11/clipboard.h"
 
 #import <AppKit/AppKit.h>
 
@@ -17,12 +17,16 @@ BOOL set_string(NSPasteboard *pasteboard, SEL selector, NSString *string, NSStri
   if (![[pasteboard types] containsObject:type]) {
     [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
   }
+  const BOOL is_set =
+      reinterpret_cast<BOOL (*)(id, SEL, id, id)>(g_set_string)(pasteboard, selector, string, type);
   if ([[pasteboard name] isEqualToString:NSGeneralPboard]) {
     [g_copied release];
     g_copied = [string copy];
+    // The server overlooks requests of other programs that arrive while it takes the clipboard
+    // over, until another request arrives: this one.
+    td::is_on_clipboard([g_copied UTF8String]);
   }
-  return reinterpret_cast<BOOL (*)(id, SEL, id, id)>(g_set_string)(pasteboard, selector, string,
-                                                                   type);
+  return is_set;
 }
 
 void terminate(NSApplication *application, SEL selector, id sender) {

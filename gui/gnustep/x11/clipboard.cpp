@@ -1,4 +1,4 @@
-#include "x11/clipboard_handover.h"
+#include "x11/clipboard.h"
 
 #include <algorithm>
 #include <chrono>
@@ -15,7 +15,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds read_timeout(3); // for the clipboard's owner
+constexpr std::chrono::milliseconds read_timeout(500); // for the clipboard's owner
+constexpr int most_reads = 6;
+constexpr std::chrono::seconds time_timeout(3); // for the X server's time
 constexpr std::chrono::seconds save_timeout(5); // for the clipboard manager
 constexpr std::uint32_t most_words = 0x10000;   // of a property that is read
 
@@ -66,10 +68,15 @@ public:
     return reply && reply->owner != XCB_WINDOW_NONE;
   }
 
-  /// Whether the clipboard still has the text.
+  /// Whether the clipboard has the text. Asks again when there is no answer.
   bool is_current() {
-    xcb_convert_selection(connection_, window_, clipboard_, utf8_, transfer_, XCB_CURRENT_TIME);
-    return wait_for_notify(clipboard_, read_timeout) && property(window_, utf8_) == text_;
+    for (int read = 0; read < most_reads; ++read) {
+      xcb_convert_selection(connection_, window_, clipboard_, utf8_, transfer_, XCB_CURRENT_TIME);
+      if (const auto converted = wait_for_notify(clipboard_, read_timeout)) {
+        return *converted && property(window_, utf8_) == text_;
+      }
+    }
+    return false;
   }
 
   /// Becomes the owner of the clipboard and has the manager save it.
@@ -135,7 +142,7 @@ private:
   /// The X server's time, which it tells with every change of a property.
   std::optional<xcb_timestamp_t> server_time() {
     set_property(window_, transfer_, XCB_ATOM_ATOM, 32, 0, nullptr);
-    const auto deadline = Clock::now() + read_timeout;
+    const auto deadline = Clock::now() + time_timeout;
     while (const auto event = next_event(deadline)) {
       if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY) {
         return reinterpret_cast<const xcb_property_notify_event_t &>(*event).time;
@@ -144,8 +151,8 @@ private:
     return std::nullopt;
   }
 
-  /// Answers requests until the conversion of `selection` has ended; false: not, or not in time.
-  bool wait_for_notify(xcb_atom_t selection, std::chrono::seconds timeout) {
+  /// Answers requests until there is an answer about `selection`: whether it was converted.
+  std::optional<bool> wait_for_notify(xcb_atom_t selection, Clock::duration timeout) {
     const auto deadline = Clock::now() + timeout;
     while (const auto event = next_event(deadline)) {
       const int type = event->response_type & 0x7f;
@@ -158,7 +165,7 @@ private:
         }
       }
     }
-    return false;
+    return std::nullopt;
   }
 
   void answer(const xcb_selection_request_event_t &request) {
@@ -220,6 +227,10 @@ private:
 } // namespace
 
 namespace td {
+
+bool is_on_clipboard(const std::string &text) {
+  return Client(text).is_current();
+}
 
 void hand_over_clipboard(const std::string &text) {
   Client client(text);

@@ -53,6 +53,7 @@ def test_other_ports_are_applied_and_saved(running):
 def test_ports_can_be_typed_without_the_mouse(running):
     http, udp = running.suite.ports.free(), running.suite.ports.free()
     dialog = PortsDialog(running.menu_bar)
+    running.screen.press("Tab")
     running.screen.type(str(http))
     running.screen.press("Tab")
     running.screen.type(str(udp))

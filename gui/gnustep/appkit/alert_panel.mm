@@ -120,6 +120,8 @@ void add_buttons(NSView *content, NSArray *buttons, id target) {
   }
   add_buttons(content, [alert buttons], self);
   [self setClosingButton:closing_button([alert buttons])];
+  [self recalculateKeyViewLoop];
+  [self setInitialFirstResponder:content]; // no control has the focus before Tab or a click
   return self;
 }
 

@@ -398,7 +398,11 @@ void run_until_stopped(const std::string &directory, bool in_terminal, Children 
   }
   // First of all, because a window system's libraries may end the process while they are loaded.
   install_quit_hook(children);
-  if (const platform::RunFunction run_interface = platform::find_interface(directory)) {
+  const platform::RunFunction run_interface = platform::find_interface(directory);
+  // Once more: what is registered last runs first, and an exit handler of the libraries that were
+  // loaded meanwhile may never return.
+  std::atexit(invoke_quit_hook);
+  if (run_interface != nullptr) {
     run_in_menu_bar(run_interface, children, url);
   } else {
     supervise(children, g_kids_mu, g_running);

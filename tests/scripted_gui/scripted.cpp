@@ -3,8 +3,9 @@
 // The interface is available when TD_SCRIPTED_GUI names a listening local socket.
 // TD_SCRIPTED_GUI_MODE may say otherwise: "unavailable"; or "exit-early", which ends the process
 // with status 5 instead of an answer to whether the interface is available; or "no-threads", which
-// keeps the launcher from starting any further thread. Commands and answers are lines; every answer
-// is a JSON object.
+// keeps the launcher from starting any further thread. TD_SCRIPTED_GUI_EXIT may name a FIFO: an
+// exit handler, registered when the interface is looked for, waits until someone opens it for
+// writing. Commands and answers are lines; every answer is a JSON object.
 //
 // Besides the callbacks there are "return", which ends the interface, and two commands that end the
 // process, as an application's own Quit does: "exit STATUS" does it on the main thread, and
@@ -190,15 +191,21 @@ void write_line(int descriptor, const std::string &text) {
   }
 }
 
+/// Opening a FIFO waits until someone opens it for writing.
+void wait_for_writer(const std::string &fifo) {
+  if (open(fifo.c_str(), O_RDONLY) == -1) {
+    give_up("FIFO");
+  }
+}
+
 /// Ends the process on another thread, with the status and after the FIFO that `argument` names.
 void exit_on_thread(const std::string &argument) {
   const int status = std::atoi(argument.c_str());
   const std::size_t space = argument.find(' ');
   const std::string fifo = space == std::string::npos ? "" : argument.substr(space + 1);
   std::thread([status, fifo] {
-    // The opening itself waits for the writer.
-    if (!fifo.empty() && open(fifo.c_str(), O_RDONLY) == -1) {
-      give_up("FIFO");
+    if (!fifo.empty()) {
+      wait_for_writer(fifo);
     }
     std::exit(status);
   }).detach();
@@ -215,6 +222,9 @@ void give_up(const char *what) {
 
 bool is_available() {
   const std::string mode = variable("TD_SCRIPTED_GUI_MODE");
+  if (!variable("TD_SCRIPTED_GUI_EXIT").empty()) {
+    std::atexit([] { wait_for_writer(variable("TD_SCRIPTED_GUI_EXIT")); });
+  }
   if (mode == "no-threads") {
     forbid_threads();
   }

@@ -20,7 +20,7 @@ _SANITIZER = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thre
 class Interface(Run):
     """A run without a terminal whose interface is up, ready for commands."""
 
-    def __init__(self, suite, *arguments, **options):
+    def __init__(self, suite, *arguments, environment=None, **options):
         self._connection = None
         install_interface(suite)
         path = suite.folder / "interface.socket"
@@ -32,7 +32,12 @@ class Interface(Run):
                 suite,
                 [*suite.ports_options, "--no-browser", *arguments],
                 terminal=None,
-                environment={**suite.environment, **_SANITIZER, "TD_SCRIPTED_GUI": str(path)},
+                environment={
+                    **suite.environment,
+                    **_SANITIZER,
+                    "TD_SCRIPTED_GUI": str(path),
+                    **(environment or {}),
+                },
                 **options,
             )
             suite.runs.append(self)

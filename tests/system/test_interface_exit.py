@@ -15,24 +15,31 @@ from interface import install_interface, start_interface
 STATUS = 5
 
 
-class HeldExit:
-    """An exit on another thread than the main one, which waits for `release`."""
+class Gate:
+    """A FIFO at which the interface waits for `release`."""
 
-    def __init__(self, suite, interface):
-        self._fifo = suite.folder / "exit"
-        os.mkfifo(self._fifo)
-        interface.ask("exit_on_thread", STATUS, self._fifo)
+    def __init__(self, suite):
+        self.fifo = suite.folder / "exit"
+        os.mkfifo(self.fifo)
 
     def release(self):
         def open_fifo():
             try:
-                os.close(os.open(self._fifo, os.O_WRONLY | os.O_NONBLOCK))
+                os.close(os.open(self.fifo, os.O_WRONLY | os.O_NONBLOCK))
             except OSError as error:
-                assert error.errno == errno.ENXIO  # the thread has not opened it yet
+                assert error.errno == errno.ENXIO  # the interface has not opened it yet
                 return False
             return True
 
-        wait_until(open_fifo, "the thread that is to exit")
+        wait_until(open_fifo, "the interface to wait at the gate")
+
+
+class HeldExit(Gate):
+    """An exit on another thread than the main one, which waits for `release`."""
+
+    def __init__(self, suite, interface):
+        super().__init__(suite)
+        interface.ask("exit_on_thread", STATUS, self.fifo)
 
 
 def check_ended(suite, interface):
@@ -119,6 +126,17 @@ def test_an_exit_while_the_interface_is_loaded_leaves_nothing_behind(suite):
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
     check_ended(suite, run)
     assert ends(suite) == orderly_ends("td_hub")
+
+
+def test_everything_is_stopped_before_an_exit_handler_of_the_interface_runs(suite, exit_command):
+    gate = Gate(suite)
+    environment = {"TD_SCRIPTED_GUI_EXIT": str(gate.fifo)}
+    interface = start_interface(suite, environment=environment)
+    interface.ask(exit_command, STATUS)
+    interface.wait_for("Tandrel: stopped.")
+    gate.release()
+    check_ended(suite, interface)
+    assert ends(suite) == orderly_ends(*STOP_ORDER)
 
 
 def test_nothing_is_started_after_an_exit_has_stopped_everything(suite):

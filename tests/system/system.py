@@ -7,7 +7,6 @@ system at hand. TD_SYSTEM=macos chooses a Mac's elsewhere too, to try it without
 import os
 import sys
 
-import pytest
 import system_linux
 import system_macos
 
@@ -28,6 +27,8 @@ def __getattr__(name):
 
 def needs(*abilities):
     """A mark for tests that are skipped, with the reason, where the system lacks one of these."""
+    import pytest  # here, because what makes pictures of the interface uses this module without it
+
     assert ABILITIES.issuperset(abilities), abilities
     reasons = [_here.MISSING[ability] for ability in abilities if ability in _here.MISSING]
     return pytest.mark.skipif(bool(reasons), reason="; ".join(reasons))

@@ -7,18 +7,20 @@ _tandrel() {
   local place
 
   COMPREPLY=()
+  if ((COMP_CWORD > 1)); then
+    case ${COMP_WORDS[1]} in
+    hub | sender | receiver | align)
+      compopt -o default # a component's arguments: files
+      return
+      ;;
+    -h | --help) return ;;
+    esac
+  fi
   compopt -o nosort 2>/dev/null # bash 4.4
   if ((COMP_CWORD == 1)); then
     mapfile -t COMPREPLY < <(compgen -W "hub sender receiver align $options --help -h" -- "$word")
     return
   fi
-  case ${COMP_WORDS[1]} in
-  hub | sender | receiver | align)
-    compopt -o default # a component's arguments: files
-    return
-    ;;
-  -h | --help) return ;;
-  esac
 
   # A port may look like an option.
   for ((place = 1; place < COMP_CWORD; ++place)); do

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -55,6 +56,7 @@ int listen_on(int port) {
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   const bool bound =
+      listener >= 0 &&
       bind(listener, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
       listen(listener, SOMAXCONN) == 0;
   return bound ? listener : -1;

@@ -73,8 +73,10 @@ int main(int argc, char **argv) {
     if (equals == std::string::npos) {
       return 1;
     }
-    benchmark::RegisterBenchmark(given.substr(0, equals).c_str(), measure,
-                                 split(given.substr(equals + 1)))
+    const std::string name = given.substr(0, equals);
+    // Older versions of the library take no string.
+    // NOLINTNEXTLINE(readability-redundant-string-cstr)
+    benchmark::RegisterBenchmark(name.c_str(), measure, split(given.substr(equals + 1)))
         ->UseRealTime()
         ->Iterations(starts);
   }

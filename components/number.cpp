@@ -7,8 +7,9 @@ namespace standin {
 
 std::optional<long> parse_number(std::string_view text, long minimum, long maximum) {
   long value = 0;
-  const char *end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, value);
+  const char *begin = text.data();
+  const char *end = begin + text.size();
+  const auto [stop, error] = std::from_chars(begin, end, value);
   if (error != std::errc{} || stop != end || value < minimum || value > maximum) {
     return std::nullopt;
   }

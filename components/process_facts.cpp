@@ -37,7 +37,7 @@ std::vector<int> list_other_descriptors() {
 std::vector<int> list_ignored_signals() {
   std::vector<int> signals;
   for (int signal = 1; signal < NSIG; ++signal) {
-    struct sigaction action {};
+    struct sigaction action = {};
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN) {
       signals.push_back(signal);
     }

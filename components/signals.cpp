@@ -37,7 +37,7 @@ int catch_stop_signals() {
     fcntl(end, F_SETFD, FD_CLOEXEC);
   }
   stop_pipe_write_end = ends[1];
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = handle_stop_signal;
   // Both signals are blocked while a handler runs. Otherwise, if both are pending, the second
   // handler would interrupt the first one before it writes, and their order would be reversed.
@@ -66,7 +66,7 @@ void start_thread_with_signals_blocked(std::function<void()> work) {
 void die_by_signal(int signal) {
   const rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = SIG_DFL;
   sigemptyset(&action.sa_mask);
   sigaction(signal, &action, nullptr);

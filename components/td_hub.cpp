@@ -138,7 +138,7 @@ int main(int argc, char **argv) {
   if (error.empty() && (!udp || !http)) {
     error = "not a port: " + (udp ? http_port : udp_port);
   }
-  if (!error.empty()) {
+  if (!error.empty() || !udp || !http) {
     fail(standin, 2, error + "\n" + usage);
   }
   HubState state;

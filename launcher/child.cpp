@@ -59,7 +59,7 @@ void detach_from_terminal() {
 
 /// Ours end with the execution anyway; until then a signal would run our handler here and be lost.
 void remove_handler(int number) {
-  struct sigaction action {};
+  struct sigaction action = {};
   if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN &&
       action.sa_handler != SIG_DFL) {
     signal(number, SIG_DFL);

@@ -20,7 +20,7 @@ bool ends_with(std::string_view text, std::string_view ending) {
 /// EEXIST is the normal case, and after any other failure stat finds no folder.
 bool make_folder(const std::string &path) {
   mkdir(path.c_str(), folder_mode);
-  struct stat info {};
+  struct stat info = {};
   return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-struct ifaddrs;
+struct ifaddrs; // NOLINT(readability-identifier-naming): the system's name
 
 /// How a command ended.
 enum class ToolResult {

@@ -59,14 +59,14 @@ void on_signal(int /*signal*/) {
 
 /// SA_RESTART, which signal() need not set, keeps a signal from cutting a message short.
 void handle_signal(int number, void (*handler)(int)) {
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = handler;
   action.sa_flags = SA_RESTART;
   sigaction(number, &action, nullptr);
 }
 
 void handle_signal_unless_ignored(int number, void (*handler)(int)) {
-  struct sigaction current {};
+  struct sigaction current = {};
   if (sigaction(number, nullptr, &current) == 0 && current.sa_handler != SIG_IGN) {
     handle_signal(number, handler);
   }

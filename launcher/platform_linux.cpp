@@ -59,13 +59,13 @@ pid_t fork_to_execute(void (*execute)(const void *argument), const void *argumen
   // Unlike fork() it copies no page tables and causes no page faults afterwards, in either process:
   // a tenth of what starting a component costs. The rules for it forbid any call but those of
   // exec() and _exit(); what matters is that `execute` never returns and changes nothing that this
-  // process uses. NOLINTBEGIN(*.vfork,*.Vfork)
+  // process uses. NOLINTBEGIN(*.vfork,*.Vfork,*-unsafe-functions)
   const pid_t pid = vfork();
   if (pid == 0) {
     execute(argument);
   }
   return pid;
-  // NOLINTEND(*.vfork,*.Vfork)
+  // NOLINTEND(*.vfork,*.Vfork,*-unsafe-functions)
 }
 
 int highest_descriptor() {

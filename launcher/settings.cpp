@@ -37,7 +37,7 @@ bool parse_open_browser(const std::string &text, bool default_value) {
 /// Opens the settings file; null when that fails, or when there is something at `path` that is no
 /// regular file: opening a FIFO would wait for somebody at its other end.
 std::FILE *open_settings(const std::string &path, const char *mode) {
-  struct stat info {};
+  struct stat info = {};
   const bool other_kind = stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);
   return other_kind ? nullptr : std::fopen(path.c_str(), mode);
 }

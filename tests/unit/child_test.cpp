@@ -218,7 +218,7 @@ TEST(Stop, KillsWhatIgnoresSigtermAfterFortyPolls) {
 }
 
 TEST(WaitForExit, GoesOnAfterASignal) {
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = [](int) {}; // without SA_RESTART: the wait is interrupted
   sigaction(SIGUSR1, &action, nullptr);
   Child child = shell("for i in 1 2 3 4 5; do kill -USR1 " + std::to_string(getpid()) +

@@ -11,8 +11,8 @@
 namespace {
 
 bool is_dev_null(int descriptor) {
-  struct stat info {};
-  struct stat null {};
+  struct stat info = {};
+  struct stat null = {};
   return fstat(descriptor, &info) == 0 && stat("/dev/null", &null) == 0 &&
          info.st_rdev == null.st_rdev && S_ISCHR(info.st_mode);
 }

@@ -47,7 +47,7 @@ TEST_F(ConfigDir, OfABundleIsMadeInTheUsersApplicationSupport) {
 
 TEST_F(ConfigDir, IsMadeWithPermissionsThatTheMaskLimits) {
   const auto mode = [](const std::string &path) {
-    struct stat info {};
+    struct stat info = {};
     EXPECT_EQ(stat(path.c_str(), &info), 0);
     return info.st_mode & 07777U;
   };

@@ -20,7 +20,7 @@ struct Flood {
   std::thread sender;
 
   explicit Flood(void (*handler)(int)) {
-    struct sigaction action {};
+    struct sigaction action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigaction(SIGUSR1, &action, nullptr);

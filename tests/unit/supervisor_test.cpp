@@ -148,7 +148,7 @@ TEST_F(Supervisor, HoldsTheLockThroughARestartWithItsPause) {
 TEST_F(Supervisor, ASignalThatEndsTheRunEndsTheSleep) {
   static std::atomic<bool> *flag;
   flag = &running;
-  struct sigaction action {};
+  struct sigaction action = {};
   action.sa_handler = [](int) { *flag = false; };
   sigaction(SIGUSR1, &action, nullptr);
   const pthread_t self = pthread_self();

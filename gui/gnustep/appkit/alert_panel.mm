@@ -135,6 +135,8 @@ namespace {
 
 NSInteger run_modal(NSAlert *alert, SEL /*selector*/) {
   TDAlertPanel *panel = [[TDAlertPanel alloc] initWithAlert:alert];
+  // Newer versions of GNUstep request the keyboard before they show the window, which is refused.
+  [panel orderFrontRegardless];
   const NSInteger answer = [NSApp runModalForWindow:panel];
   [panel orderOut:nil];
   [panel release];

@@ -10,7 +10,7 @@ namespace {
 constexpr const char *usual_folder = "/tmp";
 
 bool is_usable(const char *folder) {
-  struct stat facts {};
+  struct stat facts = {};
   return folder != nullptr && stat(folder, &facts) == 0 && S_ISDIR(facts.st_mode) &&
          access(folder, W_OK | X_OK) == 0;
 }

@@ -10,9 +10,10 @@ enum {
   NSAlertStyleCritical = NSCriticalAlertStyle
 };
 
-static const NSEventType NSEventTypeApplicationDefined = NSApplicationDefined;
-static const NSEventType NSEventTypeKeyDown = NSKeyDown;
-static const NSUInteger NSEventModifierFlagCommand = NSCommandKeyMask;
+// Macros, because newer versions of GNUstep have the names too.
+#define NSEventTypeApplicationDefined NSApplicationDefined
+#define NSEventTypeKeyDown NSKeyDown
+#define NSEventModifierFlagCommand NSCommandKeyMask
 
 @interface NSApplication (TDMissing)
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy;

@@ -1,5 +1,6 @@
 # The .deb packages. They have no Debian revision: they are made by the program's own tree.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_PACKAGE_VERSION ${TANDREL_VERSION}+${release})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -17,7 +18,7 @@ set(CPACK_DEBIAN_LAUNCHER_PACKAGE_SUGGESTS "tandrel-gui, xdg-utils")
 set(CPACK_DEBIAN_LAUNCHER_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm)
 # GNUstep's drawing library is among what the module's libraries depend on; fonts are not.
 set(CPACK_DEBIAN_INTERFACE_PACKAGE_DEPENDS
-  "tandrel (= ${TANDREL_VERSION}), fonts-dejavu-core | fonts-freefont-ttf")
+  "tandrel (= ${CPACK_DEBIAN_PACKAGE_VERSION}), fonts-dejavu-core | fonts-freefont-ttf")
 set(CPACK_DEBIAN_INTERFACE_PACKAGE_RECOMMENDS "xdg-utils, zenity | kdialog | x11-utils")
 set(CPACK_DEBIAN_SUITE_PACKAGE_DEPENDS tandrel)
 set(CPACK_DEBIAN_SUITE_PACKAGE_CONFLICTS tandrel-standins)

@@ -1,5 +1,6 @@
 # The .rpm packages.
 set(CPACK_RPM_COMPONENT_INSTALL ON)
+set(CPACK_RPM_PACKAGE_RELEASE 1.${release})
 set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
 set(CPACK_RPM_PACKAGE_LICENSE "none has been chosen")
 set(CPACK_RPM_PACKAGE_GROUP Applications/Multimedia)
@@ -10,7 +11,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
 endforeach()
 set(CPACK_RPM_launcher_PACKAGE_REQUIRES curl)
 set(CPACK_RPM_launcher_PRE_UNINSTALL_SCRIPT_FILE ${CMAKE_CURRENT_SOURCE_DIR}/rpm/preun)
-set(CPACK_RPM_interface_PACKAGE_REQUIRES "tandrel = ${TANDREL_VERSION}-1, gnustep-back")
+set(CPACK_RPM_interface_PACKAGE_REQUIRES "tandrel = ${TANDREL_VERSION}-${CPACK_RPM_PACKAGE_RELEASE}, gnustep-back")
 set(CPACK_RPM_suite_PACKAGE_REQUIRES tandrel)
 set(CPACK_RPM_suite_PACKAGE_CONFLICTS tandrel-standins)
 set(CPACK_RPM_standins_PACKAGE_REQUIRES tandrel)
@@ -33,6 +34,7 @@ set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
 # The same bytes each time, from the same programs and with SOURCE_DATE_EPOCH set.
 set(CPACK_RPM_SPEC_MORE_DEFINE
 "%define _build_id_links none
+%define __brp_compress %{nil}
 %define _buildhost localhost
 %define use_source_date_epoch_as_buildtime 1
 %define clamp_mtime_to_source_date_epoch 1")

@@ -1,6 +1,7 @@
 """The packages: what they hold and need, unpacked and used, installed and removed."""
 
 import os
+import platform
 import shutil
 import subprocess
 
@@ -27,14 +28,21 @@ def version(root):
     return (root / "VERSION").read_text().strip()
 
 
-def test_each_package_is_named_by_what_it_holds(packages, version):
+@pytest.fixture(scope="session")
+def release():
+    """This system's name and version, such as debian12."""
+    found = platform.freedesktop_os_release()
+    return found["ID"] + found.get("VERSION_ID", "")
+
+
+def test_each_package_is_named_by_what_it_holds_and_where_it_was_built(packages, version, release):
     machine = os.uname().machine
     architecture = subprocess.check_output(["dpkg", "--print-architecture"], text=True).strip()
     names = {kind: {path.name for path in paths} for kind, paths in packages.items()}
     assert names == {
-        "deb": {f"{name}_{version}_{architecture}.deb" for name in NAMES},
-        "rpm": {f"{name}-{version}-1.{machine}.rpm" for name in NAMES},
-        "gz": {f"tandrel-{version}-with-standins-linux-{machine}.tar.gz"},
+        "deb": {f"{name}_{version}+{release}_{architecture}.deb" for name in NAMES},
+        "rpm": {f"{name}-{version}-1.{release}.{machine}.rpm" for name in NAMES},
+        "gz": {f"tandrel-{version}-with-standins-{release}-{machine}.tar.gz"},
     }
 
 
@@ -57,14 +65,15 @@ def names_in(relation):
     return {entry.split()[0] for entry in relation.split(", ")}
 
 
-def test_a_server_needs_no_desktop(packages, version):
+def test_a_server_needs_no_desktop(packages, version, release):
     by_name = {found["Package"]: found for found in map(fields, packages["deb"])}
     assert set(by_name) == set(NAMES)
     assert names_in(by_name["tandrel"]["Depends"]) == {"curl", "libc6"}
     assert "tandrel-gui" not in by_name["tandrel"]["Recommends"]
     interface = by_name["tandrel-gui"]["Depends"]
-    assert f"tandrel (= {version})" in interface.split(", ")
-    assert {"libx11-6", "libgnustep-gui0.29", "gnustep-back0.29"} <= names_in(interface)
+    assert f"tandrel (= {version}+{release})" in interface.split(", ")
+    for library in ("libx11-6", "libgnustep-gui", "gnustep-back"):
+        assert any(name.startswith(library) for name in names_in(interface)), library
     assert "tandrel" in names_in(by_name["tandrel-standins"]["Depends"])
     assert "stand-ins" in by_name["tandrel-standins"]["Description"]
 
@@ -222,19 +231,24 @@ def add_shell(system):
 
 
 def rpm(system, *arguments):
-    """Runs the other package manager for a system; returns its warnings, but for that of Debian's
-    own build of it, that packages are installed in another way here."""
+    """Runs the other package manager for a system; returns its warnings, but for those of Debian's
+    own builds of it, that packages are installed in another way here, and of a system in a folder."""
     command = ["rpm", "--root", system, "--dbpath", "/var/lib/rpm", "--nodeps", *arguments]
     done = subprocess.run(command, capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
-    return [line for line in done.stderr.splitlines() if not line.startswith("rpm: ")]
+    known = ("rpm: ", "warning: private mounts in chroot")
+    return [line for line in done.stderr.splitlines() if not line.startswith(known)]
 
 
 @pytest.mark.root
 def test_rpm_removes_all_of_it(packages, system, folder, ports):
     add_shell(system)
     before = files_of(system)
-    rpm(system, "--install", "--force-debian", *packages["rpm"])
+    # Of Debian's builds some refuse to install without this option, others do not know it.
+    option = ["--force-debian"]
+    if subprocess.run(["rpm", *option, "--version"], capture_output=True).returncode != 0:
+        option = []
+    rpm(system, "--install", *option, *packages["rpm"])
     assert files_of(system) > before
     run_once_as_root(system, ports, folder / "home")
     assert rpm(system, "--erase", *NAMES) == []

@@ -1,5 +1,6 @@
 """The continuous integration's description, and the script that publishes a release."""
 
+import fnmatch
 import os
 import shlex
 import subprocess
@@ -31,6 +32,10 @@ def test_the_front_doors_are_run_on_linux_and_on_both_processors_of_a_mac(workfl
         commands = [step["run"] for step in jobs[job]["steps"] if "run" in step]
         assert commands[0] == "scripts/start-stop"
         assert commands[-1] == "scripts/test"
+    for job in ("linux", "packages"):
+        assert jobs[job]["container"].get("image") == "debian:${{ matrix.release }}"
+        assert jobs[job]["strategy"]["matrix"]["release"] == ["12", "13"]
+    assert "scripts/run --menu-bar --no-browser" in [step.get("run") for step in jobs["linux"]["steps"]]
     processors = [entry["processor"] for entry in jobs["macos"]["strategy"]["matrix"]["include"]]
     assert processors == ["x86_64", "arm64"]
     assert "scripts/mac-app" in [step.get("run") for step in jobs["macos"]["steps"]]
@@ -74,7 +79,9 @@ def test_everything_that_was_made_is_published(workflow):
     made = {step["with"]["name"] for step in steps_of(workflow) if "upload" in step.get("uses", "")}
     *downloads, publish = workflow["jobs"]["release"]["steps"][1:]
     folders = {step["with"]["path"] for step in downloads}
-    assert {"packages", "application-${{ matrix.processor }}"} <= made
+    patterns = [step["with"]["pattern"] for step in downloads]
+    taken = {name for name in made for pattern in patterns if fnmatch.fnmatchcase(name, pattern)}
+    assert taken == {"packages-${{ matrix.release }}", "application-${{ matrix.processor }}"}
     assert folders == {"images", "packages"}
     command = 'scripts/publish "$GITHUB_REF_NAME" images/*.dmg packages/tandrel*'
     assert publish["run"] == command

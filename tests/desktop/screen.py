@@ -2,6 +2,7 @@
 
 import os
 import subprocess
+import tempfile
 from collections import namedtuple
 from signal import SIGCONT, SIGSTOP, SIGTERM
 
@@ -13,7 +14,8 @@ from Xlib.protocol import event
 Rect = namedtuple("Rect", "x y width height")
 SIZE = (1024, 768)
 FIXED_SIZE = ("Xvfb", "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24")
-# A server whose screen can change its size; nobody looks at it through the network.
+# A server whose screen can change its size. Nobody looks at it through the network, but it insists on a
+# socket.
 ANY_SIZE = ("Xvnc", "-geometry", f"{SIZE[0]}x{SIZE[1]}", "-depth", "24")
 ANY_SIZE += ("-SecurityTypes", "None", "-rfbport", "-1")
 
@@ -63,6 +65,9 @@ class Screen:
         self._display = None
         self._managed = managed
         reading, writing = os.pipe()
+        self._folder = tempfile.TemporaryDirectory(prefix="td-")
+        if server[0] == "Xvnc":
+            server = (*server, "-rfbunixpath", f"{self._folder.name}/socket")
         self._start(
             [*server, "-displayfd", str(writing), "-nolisten", "tcp", "-noreset"],
             environment,
@@ -403,6 +408,7 @@ class Screen:
         if server:
             server.terminate()
             server.wait()
+        self._folder.cleanup()
 
 
 def _or_none(ask):

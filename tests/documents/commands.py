@@ -26,7 +26,7 @@ NOT_RUN = [
         "builds or tests for minutes. scripts/test does all of it but a release, which CI makes and of "
         "which tests/install/test_release.py tests the script",
         [
-            *("*: scripts/test", "*: *scripts/release*", "*: *python3 -m pytest *"),
+            *("*: scripts/test", "*: *scripts/release*", "*: scripts/fresh *", "*: *python3 -m pytest *"),
             *("*: cmake --preset *", "*: cmake --build *", "*: ctest *"),
         ],
     ),

@@ -1,4 +1,5 @@
-"""scripts/bootstrap on a system without apt-get and Homebrew: it looks for what building takes."""
+"""scripts/bootstrap: on a system without apt-get and Homebrew it looks for what building takes, on
+Debian it installs what is missing."""
 
 import shutil
 import subprocess
@@ -102,3 +103,41 @@ def test_what_else_there_is_to_install_is_named_as_on_debian(system, what, packa
     done = subprocess.run(command, env={"PATH": str(system.folder)}, capture_output=True, text=True)
     assert (done.returncode, done.stdout) == (1, "")
     assert package in done.stderr.split()
+
+
+class Debian(System):
+    """One where only the given packages are installed; apt-get notes what it is asked to do, and its
+    lists name GNUstep's version once it has updated them."""
+
+    def __init__(self, root, folder, version, *installed):
+        super().__init__(root, folder, "Linux")
+        self.asked = folder / "asked"
+        for name in ("env", "id"):
+            (folder / name).symlink_to(shutil.which(name))
+        names = "|".join(installed) or "none"
+        self.tool("dpkg-query", f'for name; do :; done; case $name in {names}) printf installed;; esac')
+        self.tool("apt-get", f'echo "$@" >>"{self.asked}"; [ "$1" != update ] || : >"{folder}/lists"')
+        depends = f"  Depends: libgnustep-gui{version}\\n  Depends: libgnustep-base-dev\\n"
+        self.tool("apt-cache", f"[ ! -e '{folder}/lists' ] || printf '{depends}'")
+
+    def installs(self, what):
+        """The packages that the script installs."""
+        subprocess.run(
+            [self.script, what], env={"PATH": str(self.folder)}, check=True, capture_output=True
+        )
+        update, install = self.asked.read_text().splitlines()
+        assert update == "update -qq"
+        options = "install -y -qq --no-install-recommends "
+        assert install.startswith(options)
+        return install.removeprefix(options).split()
+
+
+def test_on_debian_it_installs_what_is_missing(root, tmp_path):
+    debian = Debian(root, tmp_path, "0.29", "cmake", "curl")
+    assert debian.installs("run") == ["g++", "ninja-build", "pkg-config", "libcpp-httplib-dev"]
+
+
+def test_the_drawing_backend_is_that_of_the_gnustep_at_hand(root, tmp_path):
+    debian = Debian(root, tmp_path, "0.32", "gnustep-back0.29-cairo")
+    packages = debian.installs("desktop")
+    assert [name for name in packages if name.startswith("gnustep-back")] == ["gnustep-back0.32-cairo"]

@@ -119,7 +119,7 @@ def page(runs):
     """The whole document."""
     head = prose(
         "What the launcher costs, side by side with what else could be used. `scripts/bench` takes all of "
-        "it anew in about 3 minutes on Debian 12 and keeps each run in `build/bench`; `scripts/bench "
+        "it anew in about 3 minutes on Debian 12 or 13 and keeps each run in `build/bench`; `scripts/bench "
         f"--table FILE...` writes this page from several such runs. {spread_text(runs)}"
     )
     parts = ["# Measurements\n", head + "\n", machine(runs) + load_text(runs)]

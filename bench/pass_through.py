@@ -1,14 +1,18 @@
 """What it costs to run a program by the launcher, and by what else passes it through."""
 
+import fcntl
 import json
+import os
 import re
 import shutil
 import subprocess
+import termios
 
 from figures import middle
 from place import PROGRAMS, private_folder
 
 LAUNCHER = "launcher align"
+IN_TERMINAL = LAUNCHER + ", in a terminal"  # which could suspend what it starts
 PROFILED = (LAUNCHER, "tini", "dumb-init")
 FUNCTIONS = 8  # of a profile
 
@@ -21,6 +25,7 @@ def contestants(folder, launcher):
     return {
         "bare": [bare],
         LAUNCHER: [folder / "launcher", "align"],
+        IN_TERMINAL: [folder / "launcher", "align"],
         "tini": [shutil.which("tini"), "-s", "--", bare],  # -s: without it, it prints a warning
         "dumb-init": [shutil.which("dumb-init"), bare],
         "env": [shutil.which("env"), bare],
@@ -31,9 +36,12 @@ def contestants(folder, launcher):
 def times(commands, repetitions):
     """Times in microseconds and page faults by name, a value for each repetition."""
     options = [f"repetitions={repetitions}", "enable_random_interleaving=true", "format=json"]
-    given = [f"{name}={','.join(map(str, words))}" for name, words in commands.items()]
+    given = [
+        f"{name}={'terminal:' if name == IN_TERMINAL else ''}{','.join(map(str, words))}"
+        for name, words in commands.items()
+    ]
     command = [PROGRAMS / "bench_pass_through", *(f"--benchmark_{each}" for each in options), *given]
-    done = subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    done = run_in_terminal(command)
     rows = {name: {"time": [], "faults": []} for name in commands}
     for run in json.loads(done.stdout)["benchmarks"]:
         if run["run_type"] == "iteration":
@@ -42,6 +50,24 @@ def times(commands, repetitions):
             row["time"].append(run["real_time"] / 1000)
             row["faults"].append(run["faults"])
     return rows
+
+
+def run_in_terminal(command):
+    """Runs a command in a terminal of its own, and returns it with what it printed."""
+    screen, terminal = os.openpty()
+    try:
+        return subprocess.run(
+            command,
+            check=True,
+            stdin=terminal,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.PIPE,
+            start_new_session=True,
+            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
+        )
+    finally:
+        os.close(screen)
+        os.close(terminal)
 
 
 def profile(command, folder):
@@ -73,7 +99,7 @@ def measure(launcher, repetitions):
         profiles = {}
         for name, row in rows.items():
             row["ratio"] = [value / middle(rows["bare"]["time"]) for value in row["time"]]
-            if name != "env":  # it becomes the program, and the count with it
+            if name not in (IN_TERMINAL, "env"):  # env becomes the program, and the count with it
                 total, functions = profile(commands[name], folder)
                 row["instructions"] = [total]
                 if name in PROFILED:

@@ -94,7 +94,7 @@ class Place:
 
     def launch(self, ready_ms=0, descriptors=0, variables=None, tool=()):
         """Starts the launcher in a terminal, with so many more descriptors open; run by a tool if one
-        is given."""
+        is given. The terminal does not control it, and nor does the one that this is run in."""
         self.moments.forget()
         program, *words = [*tool, PROGRAMS / "bench_launch", descriptors, self.suite.launcher]
         return self.suite.start(
@@ -103,6 +103,7 @@ class Place:
             "--no-browser",
             program=program,
             environment={**self.environment(ready_ms), **(variables or {})},
+            start_new_session=True,
         )
 
     def close(self):

@@ -19,7 +19,9 @@ SECTIONS = [
         "By Google Benchmark, in turns that are shuffled: from the start of the outermost process to its "
         "end. Page faults are those of all its processes. Instructions are those of the program itself "
         "without what it starts, counted by callgrind, because virtual machines often have no hardware counters; "
-        "`env` becomes the program, and the count with it. `sh -c` and `env` need not wait for it.",
+        "`env` becomes the program, and the count with it. `sh -c` and `env` need not wait for it. All but the "
+        "one row have no controlling terminal: there the launcher starts the program with `vfork`, and with "
+        "`fork` where a terminal could suspend it.",
     ),
     Section(
         "start",
@@ -117,7 +119,7 @@ LAUNCHER = "launcher align"
 # What, its unit and decimal places, the launcher's figure and those of others.
 SUMMARY = [
     (
-        "pass-through, times the bare program",
+        "pass-through without a terminal, times the bare program",
         "",
         2,
         (PASS, LAUNCHER, "ratio"),

@@ -2,6 +2,7 @@
 
 #include "pause.h"
 #include "platform.h"
+#include "terminal.h"
 
 #include <cerrno>
 #include <chrono>
@@ -35,6 +36,7 @@ struct NewProcess {
   char *const *argv;
   SpawnMode mode;
   pid_t parent;
+  bool ends_with_parent;
   int highest_descriptor; // of a separate process only
   sigset_t mask;          // as it was before the fork
 };
@@ -76,10 +78,11 @@ void remove_handler(int number) {
   if (process.child.quiet) {
     detach_from_terminal();
   }
-  if (process.mode == SpawnMode::pass_through) {
-    platform::end_with_parent(process.parent);
-  } else {
+  if (process.mode == SpawnMode::separate) {
     platform::close_descriptors(STDERR_FILENO + 1, process.highest_descriptor);
+  }
+  if (process.ends_with_parent) {
+    platform::end_with_parent(process.parent);
   }
   sigprocmask(SIG_SETMASK, &process.mask, nullptr);
   execv(process.argv[0], process.argv);
@@ -93,9 +96,12 @@ bool spawn(Child &child, SpawnMode mode) {
     return false;
   }
   const std::vector<char *> argv = argument_vector(child);
-  NewProcess process{child, argv.data(), mode, getpid(), 0, {}};
+  NewProcess process{child, argv.data(), mode, getpid(), false, 0, {}};
+  const TerminalPlace place = child.quiet ? TerminalPlace::none : terminal_place();
   if (mode == SpawnMode::separate) {
     process.highest_descriptor = platform::highest_descriptor();
+  } else {
+    process.ends_with_parent = place != TerminalPlace::foreground;
   }
 
   // A signal that reached the new process before it has its own dispositions would run our handler
@@ -105,7 +111,8 @@ bool spawn(Child &child, SpawnMode mode) {
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &process.mask);
-  const pid_t pid = platform::fork_to_execute(execute, &process);
+  // A quiet process has left the terminal's session by the time that its signals are unblocked.
+  const pid_t pid = platform::fork_to_execute(execute, &process, place != TerminalPlace::none);
   pthread_sigmask(SIG_SETMASK, &process.mask, nullptr);
 
   if (pid < 0) {

@@ -37,7 +37,9 @@ using Children = std::vector<Child>;
 enum class SpawnMode {
   separate,     ///< of the descriptors 0, 1 and 2 only (on /dev/null for a quiet record)
   pass_through, ///< all descriptors; and when this process ends, in whatever way, the new one is
-                ///< sent SIGTERM, where platform::end_with_parent() can do that
+                ///< sent SIGTERM, where platform::end_with_parent() can do that. Not in a
+                ///< terminal's foreground: what ends this process there, Ctrl-C for one, reaches
+                ///< the new one too, which must be able to end in its own way.
 };
 
 /// Starts the process of an idle record: the executable at `path` itself (no PATH search), with

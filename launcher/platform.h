@@ -16,10 +16,13 @@ namespace platform {
 std::string executable_path();
 
 /// Makes a new process that calls `execute` with `argument`. `execute` must not return and may call
-/// only async-signal-safe functions. The new process may use this one's memory until it has
-/// executed a program or called _exit(), while this thread waits for that. Returns the id of the
-/// new process, -1 when none could be made.
-pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument);
+/// only async-signal-safe functions. Returns the id of the new process, -1 when none could be made.
+///
+/// With `can_be_suspended` the new process is a copy of this one. Otherwise it may use this one's
+/// memory until it has executed a program or called _exit(), and this thread waits for that, deaf
+/// to every signal but SIGKILL: if Ctrl-Z suspended the new process meanwhile, both would hang.
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument,
+                      bool can_be_suspended);
 
 /// A number that no descriptor of this process exceeds, whatever the limits were when it was
 /// opened.
@@ -30,9 +33,7 @@ int highest_descriptor();
 void close_descriptors(int first, int last);
 
 /// Has this process sent SIGTERM when `parent`, which forked it, ends in whatever way, also when it
-/// has ended already. Nothing where the system cannot do that, nor in a terminal's foreground: what
-/// ends the parent there, Ctrl-C for one, reaches this process too, which must be able to end in
-/// its own way. Async-signal-safe.
+/// has ended already. Nothing where the system cannot do that. Async-signal-safe.
 void end_with_parent(pid_t parent);
 
 /// The shell command that opens `url` in the default browser. `url` stands in double quotes and is

@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstring>
 
-#include <fcntl.h>
 #include <sys/auxv.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -20,17 +19,6 @@ constexpr std::size_t path_capacity = 4096; // with the terminating NUL
 bool close_range(int first, int last) {
   return syscall(SYS_close_range, static_cast<unsigned>(first), static_cast<unsigned>(last), 0U) ==
          0;
-}
-
-/// Whether this process is in the foreground of a terminal.
-bool is_in_foreground() {
-  const int terminal = open("/dev/tty", O_RDONLY | O_NOCTTY | O_CLOEXEC);
-  if (terminal < 0) {
-    return false;
-  }
-  const bool in_foreground = tcgetpgrp(terminal) == getpgrp();
-  close(terminal);
-  return in_foreground;
 }
 
 std::string with_double_backslashes(const std::string &text) {
@@ -55,12 +43,13 @@ std::string executable_path() {
   return path;
 }
 
-pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument) {
-  // Unlike fork() it copies no page tables and causes no page faults afterwards, in either process:
-  // a tenth of what starting a component costs. The rules for it forbid any call but those of
-  // exec() and _exit(); what matters is that `execute` never returns and changes nothing that this
-  // process uses. NOLINTBEGIN(*.vfork,*.Vfork,*-unsafe-functions)
-  const pid_t pid = vfork();
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument,
+                      bool can_be_suspended) {
+  // Unlike fork(), vfork() copies no page tables and causes no page faults afterwards, in either
+  // process: a tenth of what starting a component costs. The rules for it forbid any call but those
+  // of exec() and _exit(); what matters is that `execute` never returns and changes nothing that
+  // this process uses. NOLINTBEGIN(*.vfork,*.Vfork,*-unsafe-functions)
+  const pid_t pid = can_be_suspended ? fork() : vfork();
   if (pid == 0) {
     execute(argument);
   }
@@ -85,9 +74,6 @@ void close_descriptors(int first, int last) {
 }
 
 void end_with_parent(pid_t parent) {
-  if (is_in_foreground()) {
-    return;
-  }
   prctl(PR_SET_PDEATHSIG, SIGTERM);
   if (getppid() != parent) {
     kill(getpid(), SIGTERM); // it ended before the call

@@ -16,7 +16,8 @@ std::string executable_path() {
   return _NSGetExecutablePath(path.data(), &size) == 0 ? path.data() : "";
 }
 
-pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument) {
+pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument,
+                      bool /*can_be_suspended*/) {
   const pid_t pid = fork(); // vfork() is deprecated here
   if (pid == 0) {
     execute(argument);

@@ -8,7 +8,7 @@ import re
 
 SAFE = {"__exit", "_close", "_dup2", "_execv", "_open", "_setsid", "_sigaction", "_signal",
         "_sigprocmask"}
-FORKING = "__ZN8platform15fork_to_executeEPFvPKvES1_"
+FORKING = "__ZN8platform15fork_to_executeEPFvPKvES1_b"
 # The function that FORKING is given, by a pointer, to run in the new process.
 CHILD = "__ZN12_GLOBAL__N_17executeEPKv"
 

@@ -15,6 +15,7 @@ MISSING = {
     "background browser": "open, which the launcher waits for on a Mac, starts the browser itself",
     "end with parent": "macOS does not signal a process whose parent has ended",
     "interface module": "on a Mac the interface is part of the launcher",
+    "replaced calls": "macOS does not let one program replace what another calls",
     "limits of others": "macOS sets a limit only for the process that asks",
     "signals of others": "macOS does not tell the signal mask and actions of another process",
     "thread limit": "macOS cannot keep one process from making threads",

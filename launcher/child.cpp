@@ -89,6 +89,11 @@ void remove_handler(int number) {
   _exit(status_not_executed);
 }
 
+bool is_ignored(int number) {
+  struct sigaction action {};
+  return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
 bool spawn(Child &child, SpawnMode mode) {
@@ -101,7 +106,7 @@ bool spawn(Child &child, SpawnMode mode) {
   if (mode == SpawnMode::separate) {
     process.highest_descriptor = platform::highest_descriptor();
   } else {
-    process.ends_with_parent = place != TerminalPlace::foreground;
+    process.ends_with_parent = place != TerminalPlace::foreground || is_ignored(SIGINT);
   }
 
   // A signal that reached the new process before it has its own dispositions would run our handler

@@ -39,7 +39,9 @@ enum class SpawnMode {
   pass_through, ///< all descriptors; and when this process ends, in whatever way, the new one is
                 ///< sent SIGTERM, where platform::end_with_parent() can do that. Not in a
                 ///< terminal's foreground: what ends this process there, Ctrl-C for one, reaches
-                ///< the new one too, which must be able to end in its own way.
+                ///< the new one too, which must be able to end in its own way. But there too when
+                ///< SIGINT is ignored here: that is how a shell without job control starts what
+                ///< runs in the background of a script
 };
 
 /// Starts the process of an idle record: the executable at `path` itself (no PATH search), with

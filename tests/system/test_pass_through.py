@@ -181,6 +181,23 @@ def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
 
 
 @system.needs("end with parent")
+def test_a_background_job_of_a_script_ends_with_the_launcher(suite):
+    """It shares the terminal's foreground with the script, whose shell has no job control."""
+    suite.record("sender")
+    # The end of the shell, which owns the terminal, would hang up on the sender.
+    script = '"$0" "$@" & wait $!; echo "ended with $?"; read -r _'
+    run = suite.start("-c", script, suite.launcher, *SENDER, program="/bin/sh", terminal="all")
+    (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
+    assert start["pgid"] == run.pid
+    os.kill(start["ppid"], signal.SIGTERM)
+    run.wait_for(f"ended with {128 + signal.SIGTERM}")
+    wait_until(lambda: suite.events("exit"), "the sender's end")
+    assert [row["signal"] for row in suite.events("stop")] == [signal.SIGTERM]
+    run.press(b"\n")
+    assert run.wait() == 0
+
+
+@system.needs("end with parent")
 def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
     suite.set_behaviour("sender", "ignore-sigterm")
     run, start = start_sender(suite)

@@ -2,7 +2,6 @@
 
 #include "pause.h"
 #include "platform.h"
-#include "terminal.h"
 
 #include <cerrno>
 #include <chrono>
@@ -94,6 +93,13 @@ bool is_ignored(int number) {
   return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
+void forget_process(Child &child) {
+  child.pid = -1;
+  if (child.terminal != nullptr) {
+    child.terminal->remove_user();
+  }
+}
+
 } // namespace
 
 bool spawn(Child &child, SpawnMode mode) {
@@ -107,6 +113,9 @@ bool spawn(Child &child, SpawnMode mode) {
     process.highest_descriptor = platform::highest_descriptor();
   } else {
     process.ends_with_parent = place != TerminalPlace::foreground || is_ignored(SIGINT);
+  }
+  if (child.terminal != nullptr) {
+    child.terminal->remember_mode();
   }
 
   // A signal that reached the new process before it has its own dispositions would run our handler
@@ -124,6 +133,9 @@ bool spawn(Child &child, SpawnMode mode) {
     return false;
   }
   child.pid = pid;
+  if (child.terminal != nullptr) {
+    child.terminal->add_user();
+  }
   return true;
 }
 
@@ -137,7 +149,7 @@ bool reap(Child &child) {
   if (waitpid(child.pid, &status, WNOHANG) != child.pid) {
     return false;
   }
-  child.pid = -1;
+  forget_process(child);
   return true;
 }
 
@@ -164,6 +176,6 @@ std::optional<int> wait_for_exit(Child &child) {
     ended = waitpid(child.pid, &status, 0);
     // EINTR: a signal with a handler arrived here; the process still runs.
   } while (ended == -1 && errno == EINTR);
-  child.pid = -1;
+  forget_process(child);
   return ended == -1 ? std::nullopt : std::optional(status);
 }

@@ -5,6 +5,8 @@
 /// failures themselves.
 #pragma once
 
+#include "terminal.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -21,6 +23,9 @@ struct Child {
   bool critical = false;         ///< giving up on this one ends the whole run
   bool quiet = false;            ///< standard streams on /dev/null, in a session of its own
   bool supervised = false;       ///< wanted running: watched and restarted
+  /// Told of the process's start and end; null when it leaves the terminal's mode alone or is to
+  /// leave its own there. Not owned.
+  SharedTerminal *terminal = nullptr;
 
   Child() = default;
   Child(Child &&) = default;

@@ -22,7 +22,8 @@ Child make_child(const std::string &directory, const std::string &name,
   return child;
 }
 
-Children make_children(const std::string &directory, const Options &options) {
+Children make_children(const std::string &directory, const Options &options,
+                       SharedTerminal *terminal) {
   struct Component {
     const char *name;
     bool critical;
@@ -36,6 +37,7 @@ Children make_children(const std::string &directory, const Options &options) {
     child.critical = component.critical;
     child.supervised = component.supervised;
     child.quiet = !options.verbose;
+    child.terminal = child.quiet ? nullptr : terminal;
     children.push_back(std::move(child));
   }
   return children;

@@ -15,8 +15,10 @@ Child make_child(const std::string &directory, const std::string &name,
                  std::vector<std::string> args);
 
 /// The three records of a run, all idle. A component that `options` leaves out has a record too,
-/// not supervised, so that the menu can start it later.
-Children make_children(const std::string &directory, const Options &options);
+/// not supervised, so that the menu can start it later. Those that are not quiet share `terminal`,
+/// which outlives them; null: the mode that they leave it in is of no interest.
+Children make_children(const std::string &directory, const Options &options,
+                       SharedTerminal *terminal = nullptr);
 
 /// The first record of that name, byte for byte; null when there is none.
 Child *find_by_name(Children &children, const std::string &name);

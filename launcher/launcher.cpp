@@ -13,6 +13,7 @@
 #include "settings.h"
 #include "supervisor.h"
 #include "tdgui.h"
+#include "terminal.h"
 #include "version.h"
 
 #include <atomic>
@@ -43,6 +44,8 @@ std::atomic<std::uint32_t> g_udp_port{Ports{}.udp};
 std::atomic<bool> g_open_browser{true};
 // Guards the child list and every record in it from the end of start-up on.
 std::mutex g_kids_mu;
+// The terminal of the records that share it, and guarded as they are.
+SharedTerminal g_terminal;
 // True once everything was stopped for good: nothing may be started any more. Guarded by g_kids_mu.
 bool g_stopped = false;
 // How the control operations reach the child list: empty until start-up is complete.
@@ -466,7 +469,7 @@ int main(int argc, char **argv) {
   install_signal_handlers();
   publish_ports(options.ports);
 
-  Children children = make_children(directory, options);
+  Children children = make_children(directory, options, &g_terminal);
   print_title(version);
   if (!start_hub_or_report(children)) {
     return 1;

@@ -33,8 +33,18 @@ TEST(MakeChildren, GivesTheThreeRecordsInStartOrder) {
     EXPECT_EQ(child.pid, -1);
     EXPECT_EQ(child.restarts, 0);
   }
-  options.verbose = true;
-  EXPECT_FALSE(make_children("/", options)[1].quiet);
+}
+
+TEST(MakeChildren, OnlyWhatIsNotQuietSharesTheTerminal) {
+  Options options{Settings{}};
+  SharedTerminal terminal;
+  for (const bool verbose : {false, true}) {
+    options.verbose = verbose;
+    for (const Child &child : make_children("/", options, &terminal)) {
+      EXPECT_EQ(child.quiet, !verbose);
+      EXPECT_EQ(child.terminal, verbose ? &terminal : nullptr);
+    }
+  }
 }
 
 TEST(FindByName, TakesTheWholeName) {

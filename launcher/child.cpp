@@ -89,7 +89,7 @@ void remove_handler(int number) {
 }
 
 bool is_ignored(int number) {
-  struct sigaction action {};
+  struct sigaction action = {};
   return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 

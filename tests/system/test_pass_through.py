@@ -308,6 +308,7 @@ def test_only_the_component_itself_is_waited_for(suite):
         assert run.wait(timeout=DEADLINE) == 4
     finally:
         os.kill(background, signal.SIGKILL)
+        wait_until(lambda: system.has_ended(background), "the process in the background to end")
         run.stdout.close()
 
 

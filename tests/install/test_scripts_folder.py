@@ -19,14 +19,15 @@ def test_most_scripts_look_for_it():
 
 @pytest.mark.parametrize("name", sorted(FINDING))
 def test_the_tree_is_found_whatever_cdpath_says(name, tmp_path):
-    """Runs the script, as on a Mac, up to where it has found the tree."""
+    """Runs the script, on the system that it is for, up to where it has found the tree."""
     for folder in ("tree", "elsewhere"):
         (tmp_path / folder / "scripts").mkdir(parents=True)
     script = Path(shutil.copy(SCRIPTS / name, tmp_path / "tree/scripts"))
     text = script.read_text()
     end = FINDS_THE_TREE.search(text).end()
     script.write_text(text[:end] + '\necho "${root:-$PWD}"\n')
-    (tmp_path / "uname").write_text("#!/bin/sh\necho Darwin\n")
+    system = "Darwin" if name == "mac-app" else "Linux"
+    (tmp_path / "uname").write_text(f"#!/bin/sh\necho {system}\n")
     (tmp_path / "uname").chmod(0o755)
     environment = {
         **os.environ,

@@ -4,31 +4,15 @@
 #include "platform.h"
 
 #include <array>
-#include <csignal>
+#include <cstdint>
 #include <cstdio>
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
-#include <sys/wait.h>
 
 namespace {
-
-constexpr int shell_signal_base = 128; // a shell reports a command's end by signal N as 128 + N
-
-ToolResult result_of(std::optional<int> wait_status) {
-  if (!wait_status) {
-    return ToolResult::failure;
-  }
-  const int status = *wait_status;
-  if (status == 0) {
-    return ToolResult::success;
-  }
-  const bool by_sigint = (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) ||
-                         (WIFEXITED(status) && WEXITSTATUS(status) == shell_signal_base + SIGINT);
-  return by_sigint ? ToolResult::interrupted : ToolResult::failure;
-}
 
 /// Whether an IPv4 address, in host byte order, lies in the network of `prefix`/`bits`.
 bool lies_in(std::uint32_t address, std::uint32_t prefix, unsigned bits) {
@@ -53,7 +37,7 @@ const in_addr *usable_ipv4(const ifaddrs &entry) {
 
 } // namespace
 
-ToolResult run_tool(const std::string &command, const std::vector<std::string> &variables) {
+bool run_tool(const std::string &command, const std::vector<std::string> &variables) {
   Child shell;
   shell.name = "sh";
   shell.path = "/bin/sh";
@@ -63,13 +47,7 @@ ToolResult run_tool(const std::string &command, const std::vector<std::string> &
     shell.args.insert(shell.args.begin(), variables.begin(), variables.end());
     shell.path = "/usr/bin/env";
   }
-  return spawn(shell) ? result_of(wait_for_exit(shell)) : ToolResult::failure;
-}
-
-void end_run_if_interrupted(ToolResult result, std::atomic<bool> &running) {
-  if (result == ToolResult::interrupted) {
-    running = false;
-  }
+  return spawn(shell) && wait_for_exit(shell) == 0;
 }
 
 std::string choose_lan_ipv4(const ifaddrs *list) {
@@ -105,8 +83,8 @@ std::string td_lan_ipv4() {
   return address;
 }
 
-ToolResult open_browser(const std::string &url) {
-  return run_tool(platform::browser_command(url));
+void open_browser(const std::string &url) {
+  run_tool(platform::browser_command(url));
 }
 
 void fatal_dialog(const std::string &message) {

@@ -2,26 +2,16 @@
 /// reach this machine, a browser, an alert. None of it keeps state.
 #pragma once
 
-#include <atomic>
 #include <string>
 #include <vector>
 
 struct ifaddrs; // NOLINT(readability-identifier-naming): the system's name
 
-/// How a command ended.
-enum class ToolResult {
-  success,     ///< exit status 0
-  failure,     ///< any other end; also a shell that could not be started or waited for
-  interrupted, ///< ended by SIGINT: somebody pressed Ctrl-C while it ran
-};
-
 /// Runs a command line with the shell and waits for it. Unlike system(3), which ignores SIGINT
 /// meanwhile and so loses a Ctrl-C, it leaves SIGINT's action in this process as it is.
-/// `variables`, each "NAME=value", are added to the command's environment.
-ToolResult run_tool(const std::string &command, const std::vector<std::string> &variables = {});
-
-/// Clears `running` when the tool was interrupted: that Ctrl-C was meant for the launcher too.
-void end_run_if_interrupted(ToolResult result, std::atomic<bool> &running);
+/// `variables`, each "NAME=value", are added to the command's environment. True: it exited with
+/// status 0. False: any other end; also a shell that could not be started or waited for.
+bool run_tool(const std::string &command, const std::vector<std::string> &variables = {});
 
 /// The dotted-quad IPv4 address by which other machines on the local network reach this one;
 /// "127.0.0.1" when there is none.
@@ -32,9 +22,9 @@ std::string td_lan_ipv4();
 /// else "127.0.0.1". `list` may be null and stays the caller's.
 std::string choose_lan_ipv4(const ifaddrs *list);
 
-/// Opens `url` in the default browser; does not wait for the browser to end. `interrupted`: Ctrl-C
-/// was pressed meanwhile. Nothing else is known of the outcome.
-ToolResult open_browser(const std::string &url);
+/// Opens `url` in the default browser; does not wait for the browser to end. Whether it opened is
+/// not known.
+void open_browser(const std::string &url);
 
 /// Writes the message and a line feed to standard error, then shows it in a critical alert and
 /// returns when that is dismissed (at once when none can be shown). No alert shows a message that

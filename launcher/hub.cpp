@@ -1,5 +1,6 @@
 #include "hub.h"
 
+#include "host.h"
 #include "listening.h"
 #include "pause.h"
 
@@ -15,12 +16,9 @@ constexpr std::chrono::milliseconds probe_interval{100};
 enum class ProbeOutcome { ready, silent, exited };
 
 /// Probes and polls the hub once.
-ProbeOutcome check_hub(Child &hub, std::uint16_t http_port, std::atomic<bool> &running) {
-  const ToolResult probe = probe_hub(http_port);
-  end_run_if_interrupted(probe, running);
+ProbeOutcome check_hub(Child &hub, std::uint16_t http_port) {
   // Another copy's hub may have the port and answer in place of ours, which then ends by itself.
-  const bool answered =
-      probe == ToolResult::success && !certainly_not_listening(hub.pid, http_port);
+  const bool answered = probe_hub(http_port) && !certainly_not_listening(hub.pid, http_port);
   // Polled last: nothing of the above tells a hub that has ended from one that cannot be examined.
   if (reap(hub)) {
     return ProbeOutcome::exited;
@@ -31,7 +29,7 @@ ProbeOutcome check_hub(Child &hub, std::uint16_t http_port, std::atomic<bool> &r
 } // namespace
 
 HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
-                   std::atomic<bool> &running) {
+                   const std::atomic<bool> &running) {
   if (!spawn(hub)) {
     return HubStart::not_spawned;
   }
@@ -42,7 +40,7 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
     if (reason == StartReason::start_up && !running) {
       break;
     }
-    const ProbeOutcome outcome = check_hub(hub, http_port, running);
+    const ProbeOutcome outcome = check_hub(hub, http_port);
     if (outcome != ProbeOutcome::silent) {
       return outcome == ProbeOutcome::ready ? HubStart::ready : HubStart::not_ready;
     }
@@ -50,7 +48,7 @@ HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
   return HubStart::not_ready;
 }
 
-ToolResult probe_hub(std::uint16_t http_port) {
+bool probe_hub(std::uint16_t http_port) {
   std::array<char, 256> command{};
   std::snprintf(command.data(), command.size(),
                 "curl -s -m 2 -o /dev/null http://127.0.0.1:%u/api/health",

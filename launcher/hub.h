@@ -2,7 +2,6 @@
 #pragma once
 
 #include "child.h"
-#include "host.h"
 
 #include <atomic>
 #include <cstdint>
@@ -22,11 +21,11 @@ enum class HubStart {
 };
 
 /// Starts the idle record `hub` and probes it until it answers on `http_port`, at most 100 times,
-/// 100 ms apart; a probe of a silent port lasts up to 2 s. Clears `running` when Ctrl-C ends a
-/// probe. Prints nothing. After start-up the caller holds the children's mutex.
+/// 100 ms apart; a probe of a silent port lasts up to 2 s. Prints nothing. After start-up the
+/// caller holds the children's mutex.
 HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
-                   std::atomic<bool> &running);
+                   const std::atomic<bool> &running);
 
-/// Asks the hub on this machine for its health once, for at most about 2 s. `success` means that a
-/// complete HTTP answer came, whatever its status code.
-ToolResult probe_hub(std::uint16_t http_port);
+/// Asks the hub on this machine for its health once, for at most about 2 s. True: a complete HTTP
+/// answer came, whatever its status code.
+bool probe_hub(std::uint16_t http_port);

@@ -288,7 +288,7 @@ std::string dashboard_url() {
 void show_dashboard(const std::string &url, const Options &options) {
   print_banner(url, options);
   if (options.open_browser) {
-    end_run_if_interrupted(open_browser(url), g_running);
+    open_browser(url);
   }
   if (options.verbose) {
     print_verbose_note();

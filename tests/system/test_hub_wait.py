@@ -10,8 +10,6 @@ import probe_tools
 import pytest
 from deadline import wait_until
 from other_servers import answering_server
-from probe_tools import CURL
-from suite import RECORDING_TOOL
 
 NEVER = "600000"  # ms: longer than any test
 # One probe of at most 2 s and a pause of 0.1 s; the rest is for a busy machine.
@@ -154,24 +152,6 @@ def test_a_signal_to_the_launcher_alone_ends_the_wait(suite, number, behaviour):
     assert run.stop(number) == 1
     assert time.monotonic() - sent < ONE_PROBE
     check_hub_wait_failed(suite, run)
-
-
-def test_a_sigint_to_the_probe_alone_ends_the_wait(suite):
-    suite.set_behaviour("hub", f"answer-after={NEVER} record=events.jsonl")
-    suite.tool("curl", RECORDING_TOOL + "kill -INT $$\n")
-    run = suite.start(*suite.ports_options)
-    assert run.wait() == 1
-    assert len(suite.calls("curl")) == 1
-    check_hub_wait_failed(suite, run)
-
-
-def test_a_probe_ended_by_another_signal_counts_as_failed(suite):
-    suite.tool("curl", f"""#!/bin/sh
-if [ ! -e "$0.calls" ]; then : > "$0.calls"; kill -TERM $$; fi
-exec {CURL} "$@"
-""")
-    run = suite.start_up("--no-browser")
-    assert run.stop() == 0
 
 
 def test_the_hub_is_stopped_after_the_alert_is_dismissed(suite):

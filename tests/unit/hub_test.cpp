@@ -17,28 +17,26 @@ using Probe = Tools;
 
 TEST_F(Probe, AsksCurl) {
   add("curl");
-  EXPECT_EQ(probe_hub(65535), ToolResult::success);
+  EXPECT_TRUE(probe_hub(65535));
   EXPECT_EQ(said("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:65535/api/health|");
-  EXPECT_EQ(probe_hub(0), ToolResult::success);
+  EXPECT_TRUE(probe_hub(0));
   EXPECT_EQ(said("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:0/api/health|");
 }
 
 TEST_F(Probe, FailsAsCurlDoes) {
   add("curl", "exit 7\n");
-  EXPECT_EQ(probe_hub(4466), ToolResult::failure);
-  add("curl", "kill -INT $$\n");
-  EXPECT_EQ(probe_hub(4466), ToolResult::interrupted);
+  EXPECT_FALSE(probe_hub(4466));
 }
 
 TEST_F(Probe, WithoutCurlFails) {
   testing::internal::CaptureStderr(); // the shell's complaint
-  EXPECT_EQ(probe_hub(4466), ToolResult::failure);
+  EXPECT_FALSE(probe_hub(4466));
   testing::internal::GetCapturedStderr();
 }
 
 TEST_F(Probe, AsksNoProxy) {
   add("curl", "[ \"$no_proxy\" = 127.0.0.1 ]\n");
-  EXPECT_EQ(probe_hub(4466), ToolResult::success);
+  EXPECT_TRUE(probe_hub(4466));
 }
 
 /// A hub that is a shell script, probed by a curl that is one too. It listens by its standard
@@ -148,12 +146,6 @@ TEST_F(StartHub, IsEndedByTheEndOfTheRunAtStartUpOnly) {
   stop(hub);
   EXPECT_EQ(start(StartReason::port_change), HubStart::ready);
   EXPECT_EQ(probes(), 3);
-}
-
-TEST_F(StartHub, TakesACtrlCDuringAProbeForTheEndOfTheRun) {
-  answer_from_probe(1000, "kill -INT $$\n");
-  EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
-  EXPECT_FALSE(running);
 }
 
 } // namespace

@@ -20,7 +20,8 @@ const char *colon_after(const std::string &text, const char *key) {
 
 std::uint16_t parse_port(const std::string &text, const char *key, std::uint16_t default_value) {
   const char *colon = colon_after(text, key);
-  const int value = colon == nullptr ? 0 : std::atoi(colon + 1);
+  // Unlike atoi(), strtol() turns what exceeds its type into the highest value, not into another.
+  const long value = colon == nullptr ? 0 : std::strtol(colon + 1, nullptr, 10);
   return value >= 1 && value <= highest_port ? static_cast<std::uint16_t>(value) : default_value;
 }
 

@@ -1,12 +1,11 @@
 /// The rules of the settings file a second time, for the tests to compare with: over bytes and with
-/// std::from_chars, where the launcher uses C strings and std::atoi. And texts to try both on.
+/// std::from_chars, where the launcher uses C strings and std::strtol. And texts to try both on.
 #pragma once
 
 #include "settings.h"
 
 #include <charconv>
 #include <cstdint>
-#include <limits>
 #include <random>
 #include <string>
 #include <string_view>
@@ -19,33 +18,28 @@ inline std::string_view from_colon(std::string_view text, std::string_view key) 
   return colon == std::string_view::npos ? "" : text.substr(colon);
 }
 
-/// The number after the colon that `rest` begins with, cut to 32 bits; 0 without one.
-inline std::int32_t number_after_colon(std::string_view rest) {
+/// The port after the colon that `rest` begins with; the default where there is no number from 1 to
+/// 65535, however many digits it has.
+inline std::uint16_t port_after_colon(std::string_view rest, std::uint16_t default_value) {
   const std::size_t first = rest.find_first_not_of(" \t\n\v\f\r", 1);
   if (rest.empty() || first == std::string_view::npos) {
-    return 0;
+    return default_value;
   }
   rest.remove_prefix(first);
   if (rest.front() == '+' && rest.substr(1, 1) != "-") { // std::from_chars takes no plus
     rest.remove_prefix(1);
   }
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
-  if (error == std::errc::result_out_of_range) {
-    using Limits = std::numeric_limits<std::int64_t>;
-    value = rest.front() == '-' ? Limits::min() : Limits::max();
-  }
-  return static_cast<std::int32_t>(value);
+  std::uint16_t value = 0; // takes no minus; stays 0 on any error
+  std::from_chars(rest.data(), rest.data() + rest.size(), value);
+  return value == 0 ? default_value : value;
 }
 
 inline Settings read_independently(std::string_view bytes, bool open_browser) {
   std::string_view text = bytes.substr(0, 511);
   text = text.substr(0, text.find('\0'));
   Settings settings;
-  const std::int32_t http = number_after_colon(from_colon(text, "\"http_port\""));
-  const std::int32_t udp = number_after_colon(from_colon(text, "\"udp_port\""));
-  settings.ports.http = http >= 1 && http <= 65535 ? static_cast<std::uint16_t>(http) : 4466;
-  settings.ports.udp = udp >= 1 && udp <= 65535 ? static_cast<std::uint16_t>(udp) : 4465;
+  settings.ports.http = port_after_colon(from_colon(text, "\"http_port\""), 4466);
+  settings.ports.udp = port_after_colon(from_colon(text, "\"udp_port\""), 4465);
   const std::string_view rest = from_colon(text, "\"open_browser\"");
   const std::size_t value = rest.find_first_not_of("\t :");
   const bool off = value != std::string_view::npos && rest.substr(value, 5) == "false";

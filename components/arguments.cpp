@@ -32,8 +32,8 @@ std::string parse_options(int argc, char **argv, const std::vector<Option> &opti
   return "";
 }
 
-std::optional<int> parse_port(std::string_view text) {
-  const std::optional<long> port = parse_number(text, 1, 65535);
+std::optional<int> parse_port(std::string_view text, int lowest) {
+  const std::optional<long> port = parse_number(text, lowest, 65535);
   if (!port) {
     return std::nullopt;
   }

@@ -21,7 +21,7 @@ bool has_help_option(int argc, char **argv);
 /// option that is missing, unknown or has no value is an error.
 std::string parse_options(int argc, char **argv, const std::vector<Option> &options);
 
-/// A port number, 1 to 65535. Empty if `text` is not one.
-std::optional<int> parse_port(std::string_view text);
+/// A port number, `lowest` to 65535. Empty if `text` is not one.
+std::optional<int> parse_port(std::string_view text, int lowest);
 
 } // namespace standin

@@ -47,7 +47,7 @@ std::string help(Role role) {
 /// Resolves "host:port" to the hub's address. Returns an error message, or an empty string.
 std::string resolve_hub(Client &client) {
   const std::size_t colon = client.hub.rfind(':');
-  if (colon == std::string::npos || colon == 0 || !parse_port(client.hub.substr(colon + 1))) {
+  if (colon == std::string::npos || colon == 0 || !parse_port(client.hub.substr(colon + 1), 1)) {
     return "not HOST:PORT: " + client.hub;
   }
   addrinfo hints{};

@@ -91,6 +91,17 @@ void configure_server(httplib::Server &server, const Behaviour &behaviour) {
   };
 }
 
+/// If `port` is 0, sets it to the port that the system has chosen. False on failure.
+bool bind_server(httplib::Server &server, int &port) {
+  const char *every_interface = "0.0.0.0";
+  if (port != 0) {
+    return server.bind_to_port(every_interface, port);
+  }
+  const int chosen = server.bind_to_any_port(every_interface);
+  port = chosen > 0 ? chosen : port;
+  return chosen > 0;
+}
+
 void add_misbehaviours(httplib::Server &server, const Behaviour &behaviour) {
   if (!behaviour.slow_answer && !behaviour.answer_404) {
     return;
@@ -127,12 +138,11 @@ void add_pages(httplib::Server &server, const HubState &state) {
 
 } // namespace
 
-int start_dashboard(const HubState &state, const Behaviour &behaviour,
-                    std::function<void()> on_failure) {
+int start_dashboard(HubState &state, const Behaviour &behaviour, std::function<void()> on_failure) {
   auto server = std::make_shared<httplib::Server>();
   configure_server(*server, behaviour);
   errno = 0;
-  if (!server->bind_to_port("0.0.0.0", state.http_port)) {
+  if (!bind_server(*server, state.http_port)) {
     return errno != 0 ? errno : EADDRINUSE;
   }
   add_misbehaviours(*server, behaviour);

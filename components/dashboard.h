@@ -22,9 +22,9 @@ struct HubState {
 std::string_view dashboard_page();
 
 /// Listens on `state.http_port` on every interface and serves the dashboard in background threads
-/// until the process ends. Returns 0, or an errno value if it cannot listen. `state` must live as
-/// long as the process. `on_failure` is called from a background thread if the server stops.
-int start_dashboard(const HubState &state, const Behaviour &behaviour,
-                    std::function<void()> on_failure);
+/// until the process ends. If the port is 0, sets it to a free one that the system chooses. Returns
+/// 0, or an errno value if it cannot listen. `state` must live as long as the process. `on_failure`
+/// is called from a background thread if the server stops.
+int start_dashboard(HubState &state, const Behaviour &behaviour, std::function<void()> on_failure);
 
 } // namespace standin

@@ -28,22 +28,28 @@ constexpr const char *description =
     "A stand-in for the suite's hub. It lists the receivers and senders that register with it and\n"
     "shows them on a dashboard page. It handles no audio.\n"
     "\n"
-    "  --udp-port N   control port, 1 to 65535: where receivers and senders register\n"
-    "  --http-port N  dashboard port, 1 to 65535: http://127.0.0.1:N/\n"
-    "  --help         print this text\n";
+    "  --udp-port N   control port: where receivers and senders register\n"
+    "  --http-port N  dashboard port: http://127.0.0.1:N/\n"
+    "  --help         print this text\n"
+    "\n"
+    "Ports are 1 to 65535, or 0 for a free one that the system chooses and the status line "
+    "names.\n";
 
-/// Opens and binds the control socket. Returns -1 with errno set on failure. Does not set
-/// SO_REUSEADDR, so that two hubs cannot share a port.
-int open_control_port(int port) {
+/// Opens and binds the control socket. If `port` is 0, sets it to the port that the system has
+/// chosen. Returns -1 with errno set on failure. Does not set SO_REUSEADDR, so that two hubs cannot
+/// share a port.
+int open_control_port(int &port) {
   const int descriptor = socket(AF_INET, SOCK_DGRAM, 0);
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   address.sin_addr.s_addr = htonl(INADDR_ANY);
-  if (descriptor < 0 ||
-      bind(descriptor, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+  socklen_t size = sizeof address;
+  if (descriptor < 0 || bind(descriptor, reinterpret_cast<const sockaddr *>(&address), size) != 0 ||
+      getsockname(descriptor, reinterpret_cast<sockaddr *>(&address), &size) != 0) {
     return -1;
   }
+  port = ntohs(address.sin_port);
   return descriptor;
 }
 
@@ -81,7 +87,7 @@ void receive_announcements(int control, Registry &registry) {
            std::strerror(error));
 }
 
-void open_dashboard(Standin &standin, const HubState &state) {
+void open_dashboard(Standin &standin, HubState &state) {
   const int error = start_dashboard(state, standin.behaviour, [&standin] {
     fail(standin, EXIT_FAILURE, "the dashboard's server has ended");
   });
@@ -133,8 +139,8 @@ int main(int argc, char **argv) {
   std::string http_port;
   std::string error =
       parse_options(argc, argv, {{"--udp-port", &udp_port}, {"--http-port", &http_port}});
-  const std::optional<int> udp = parse_port(udp_port);
-  const std::optional<int> http = parse_port(http_port);
+  const std::optional<int> udp = parse_port(udp_port, 0);
+  const std::optional<int> http = parse_port(http_port, 0);
   if (error.empty() && (!udp || !http)) {
     error = "not a port: " + (udp ? http_port : udp_port);
   }

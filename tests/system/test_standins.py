@@ -39,13 +39,14 @@ def test_help_says_that_it_is_a_stand_in(standins, name):
     [
         ("td_hub", ["--udp-port", "9000"], "--http-port is missing"),
         ("td_hub", ["--http-port", "9000"], "--udp-port is missing"),
-        ("td_hub", ["--udp-port", "0", "--http-port", "1"], "not a port: 0"),
+        ("td_hub", ["--udp-port", "-1", "--http-port", "1"], "not a port: -1"),
         ("td_hub", ["--udp-port", "9000", "--http-port", "65536"], "not a port: 65536"),
         ("td_hub", ["--udp-port", "9000", "--http-port", "80x"], "not a port: 80x"),
         ("td_hub", ["--udp-port"], "--udp-port needs a value"),
         ("td_hub", ["--loud", "1"], "unknown argument: --loud"),
         ("td_receiver", ["--hub", "127.0.0.1"], "not HOST:PORT: 127.0.0.1"),
         ("td_receiver", ["--hub", ":9000"], "not HOST:PORT: :9000"),
+        ("td_receiver", ["--hub", "127.0.0.1:0"], "not HOST:PORT: 127.0.0.1:0"),
         ("td_sender", ["--hub", "127.0.0.1:x"], "not HOST:PORT: 127.0.0.1:x"),
         ("td_sender", ["extra"], "unknown argument: extra"),
     ],
@@ -96,6 +97,22 @@ def test_taken_port_ends_the_second_hub(standins, taken):
     message = f"td_hub: cannot listen on {kind} port {port}: Address already in use\n"
     assert (status, output, errors.decode()) == (1, b"", message)
     assert first.poll() is None and standins.answers()
+
+
+def test_port_0_is_a_free_port_of_the_systems_choice(standins):
+    seen = set()
+    for _ in range(2):
+        with closing(Terminal()) as terminal:
+            hub = start_at(standins, terminal, "td_hub", *hub_arguments(0, 0))
+            terminal.wait_for("registered  up")
+            shown = re.search(r":(\d+)/  udp (\d+)", terminal.text)
+            standins.http, standins.udp = map(int, shown.groups())
+        state = standins.state()
+        assert state["pid"] == hub.pid
+        assert (state["http_port"], state["udp_port"]) == (standins.http, standins.udp)
+        standins.wait_registered(standins.start("td_receiver"))
+        seen |= {standins.http, standins.udp}
+    assert 0 not in seen and len(seen) == 4
 
 
 def test_ports_are_taken_from_every_interface(standins):
@@ -196,8 +213,8 @@ def test_hub_registers_valid_announcements_up_to_a_limit(standins):
     assert [entry["pid"] for entry in standins.state()["registrations"]] == [*range(2, 65), 66]
 
 
-def start_at(standins, terminal, name):
-    return standins.start(name, stdout=terminal.slave)
+def start_at(standins, terminal, name, *arguments):
+    return standins.start(name, *arguments, stdout=terminal.slave)
 
 
 def test_status_lines_at_a_terminal(standins, terminal):

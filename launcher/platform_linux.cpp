@@ -82,9 +82,13 @@ void end_with_parent(pid_t parent) {
 
 std::string browser_command(const std::string &url) {
   // In the background: without a desktop these tools run the browser themselves and end only when
-  // it does.
-  return "if command -v open >/dev/null; then open \"" + url + "\"; else xdg-open \"" + url +
-         "\"; fi &";
+  // it does. In a session of its own: a text browser would take the terminal's keys, and any
+  // browser would end with the terminal. A background job leads no process group, so setsid needs
+  // no fork. With its output through a pipe: a text browser that finds no terminal there does not
+  // look for one elsewhere; w3m reads keys from its error output.
+  return "set -- open; command -v open >/dev/null || set -- xdg-open; "
+         "command -v setsid >/dev/null && set -- setsid \"$@\"; \"$@\" \"" +
+         url + "\" </dev/null | /bin/cat &";
 }
 
 std::string alert_command(const std::string &message) {

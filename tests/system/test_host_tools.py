@@ -102,20 +102,44 @@ def test_the_browser_tools_output_is_shown_and_its_status_ignored(suite):
     assert run.output.endswith(console.STOPPED)
 
 
+def start_with_lasting_browser(suite, **options):
+    """A run, and the id of the process of the browser tool that it has started."""
+    show_and_wait = 'echo output of the browser\nread -r _ < "$0.never"\n'
+    suite.tool("open", '#!/bin/sh\necho $$ > "$0.pid"\n' + show_and_wait)
+    os.mkfifo(suite.bin / "open.never")
+    run = suite.start_up(**options)
+    pid_file = suite.bin / "open.pid"
+    pid = wait_until(lambda: pid_file.exists() and pid_file.read_text().strip(), "the browser tool")
+    return run, int(pid)
+
+
 @system.needs("background browser")
 def test_a_browser_tool_that_does_not_exit_does_not_block_the_launcher(suite):
-    suite.tool("open", '#!/bin/sh\necho $$ > "$0.pid"\nexec sleep 600\n')
-    run = suite.start_up()
-    pid_file = suite.bin / "open.pid"
-    wait_until(lambda: pid_file.exists() and pid_file.read_text(), "the browser tool")
+    run, browser = start_with_lasting_browser(suite)
     old = suite.kill("receiver")
     suite.wait_for_restart("receiver", old)
     run.signal(signal.SIGINT)
     assert run.wait_for_process() == 0
-    browser = int(pid_file.read_text())
-    assert psutil.Process(browser).name() == "sleep"  # it is not killed
+    assert not system.has_ended(browser)
     os.kill(browser, signal.SIGKILL)
     run.wait()
+
+
+@system.needs("background browser")
+def test_the_browser_cannot_take_the_terminal_and_outlives_it(suite):
+    run, browser = start_with_lasting_browser(suite, terminal="all")
+    assert os.getsid(browser) == browser
+    assert psutil.Process(browser).terminal() is None
+    streams = system.descriptors(browser)
+    assert streams[0] == "/dev/null"
+    assert streams[1].startswith("pipe:")
+    assert streams[2] == system.descriptors(run.pid)[2]
+    run.wait_for("output of the browser")
+    run.hang_up()
+    assert run.wait_for_process() == 0
+    assert not system.has_ended(browser)
+    os.kill(browser, signal.SIGKILL)
+    wait_until(lambda: system.has_ended(browser), "the end of the browser tool")
 
 
 def test_the_alerts_command_line(suite):

@@ -99,6 +99,12 @@ TEST_F(PathTools, BrowserOpensWithOpenElseWithXdgOpen) {
   EXPECT_EQ(said_by(command), "open|http://10.0.0.5:4466/|");
 }
 
+TEST_F(PathTools, BrowserOpensInASessionOfItsOwnWhereThatCanBeMade) {
+  const std::string command = platform::browser_command("http://10.0.0.5:4466/");
+  add("setsid");
+  EXPECT_EQ(said_by(command), "setsid|xdg-open|http://10.0.0.5:4466/|");
+}
+
 /// kdialog takes a backslash and the character after it for one character.
 std::string as_kdialog_reads_it(const std::string &text) {
   std::string read;

@@ -6,7 +6,7 @@
 #include <sys/types.h>
 
 /// Whether it is certain that somebody else listens on TCP port `port`, by IPv4 or IPv6: neither
-/// the process `root` nor a descendant of it does, and every one of these processes could be
-/// examined. False whenever that is not known, also when `root` has ended. Descendants whose parent
-/// has ended are found only in the session (on a Mac the process group) that `root` leads.
+/// the process `root` nor a descendant of it does, nor one that may be a descendant whose parent
+/// has ended, and every one of these processes could be examined. False whenever that is not known,
+/// also when `root` has ended.
 bool certainly_not_listening(pid_t root, std::uint16_t port);

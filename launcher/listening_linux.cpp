@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,6 +27,7 @@ using Sockets = std::set<std::string>; // each "socket:[inode]"
 struct Process {
   pid_t parent = 0;
   pid_t session = 0;
+  unsigned long long start = ULLONG_MAX; // ticks after the start of the system
   bool has_ended = true;
 };
 
@@ -68,7 +70,9 @@ Process examine(pid_t pid) {
   char state = 'X';
   // The second field is the program's name in parentheses, which may hold any character.
   if (const char *name_end = std::strrchr(text.data(), ')')) {
-    std::sscanf(name_end + 1, " %c %d %*d %d", &state, &process.parent, &process.session);
+    std::sscanf(name_end + 1,
+                " %c %d %*d %d %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %*s %llu",
+                &state, &process.parent, &process.session, &process.start);
   }
   process.has_ended = state == 'X' || state == 'Z';
   return process;
@@ -81,24 +85,47 @@ bool shows_all_processes() {
          std::atoi(self.data()) == getpid() && !examine(1).has_ended;
 }
 
-/// `root` and its descendants; empty on failure. A process whose parent has ended still counts when
-/// it is in the session that `root` leads.
+using Processes = std::map<pid_t, Process>;
+
+/// The processes that may have been started by a descendant of `root` that has ended since. Their
+/// parent is the first process or an ancestor of `root` that adopts orphans; they are not older
+/// than `root`; and so is their session, if it is not that of `root`, which tells them from another
+/// copy of the launcher that was started at the same time.
+std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
+  const Process hub = all[root];
+  std::set<pid_t> ancestors{1};
+  for (pid_t pid = hub.parent; pid > 0 && ancestors.insert(pid).second;) {
+    pid = all[pid].parent;
+  }
+  std::set<pid_t> orphans;
+  for (const auto &[pid, process] : all) {
+    const auto leader = all.find(process.session);
+    const bool old_session = leader != all.end() && leader->second.start < hub.start;
+    if (process.start >= hub.start && ancestors.count(process.parent) != 0 &&
+        ancestors.count(pid) == 0 && (process.session == hub.session || !old_session)) {
+      orphans.insert(pid);
+    }
+  }
+  return orphans;
+}
+
+/// `root` and all that it may have started; empty on failure.
 std::set<pid_t> process_tree(pid_t root) {
-  std::map<pid_t, Process> others;
+  Processes all;
   const bool listed = for_each_entry("/proc", [&](const char *name) {
     if (const pid_t pid = std::atoi(name); pid > 0) {
-      others[pid] = examine(pid);
+      all[pid] = examine(pid);
     }
   });
   if (!listed) {
     return {};
   }
-  std::set<pid_t> tree{root};
+  std::set<pid_t> tree = possible_orphans(root, all);
+  tree.insert(root);
   for (bool grew = true; grew;) {
     grew = false;
-    for (const auto &[pid, process] : others) {
-      const bool belongs = tree.count(process.parent) != 0 || process.session == root;
-      grew = (belongs && tree.insert(pid).second) || grew;
+    for (const auto &[pid, process] : all) {
+      grew = (tree.count(process.parent) != 0 && tree.insert(pid).second) || grew;
     }
   }
   return tree;

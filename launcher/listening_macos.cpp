@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <iterator>
 #include <optional>
+#include <tuple>
 #include <vector>
 
 #include <arpa/inet.h>
@@ -30,32 +31,47 @@ template <typename Item, typename List> std::optional<std::vector<Item>> listed(
   return items;
 }
 
-/// The processes of one kind: PROC_PPID_ONLY, the children of `id`; PROC_PGRP_ONLY, its group.
-std::optional<std::vector<pid_t>> processes(std::uint32_t kind, pid_t id) {
-  return listed<pid_t>([kind, id](void *buffer, int bytes) {
-    return proc_listpids(kind, static_cast<std::uint32_t>(id), buffer, bytes);
+std::optional<std::vector<pid_t>> children_of(pid_t pid) {
+  return listed<pid_t>([pid](void *buffer, int bytes) {
+    return proc_listpids(PROC_PPID_ONLY, static_cast<std::uint32_t>(pid), buffer, bytes);
   });
 }
 
-bool has_ended(pid_t pid) {
+/// Empty on failure, also for another user's process; errno is ESRCH when there is none.
+std::optional<proc_bsdinfo> examine(pid_t pid) {
   proc_bsdinfo info{};
-  constexpr std::uint32_t zombie = 5; // SZOMB of <sys/proc.h>
-  if (proc_pidinfo(pid, PROC_PIDTBSDINFO, 0, &info, sizeof info) == static_cast<int>(sizeof info)) {
-    return info.pbi_status == zombie;
-  }
-  return errno == ESRCH;
+  const int size = proc_pidinfo(pid, PROC_PIDTBSDINFO, 0, &info, sizeof info);
+  return size == static_cast<int>(sizeof info) ? std::optional(info) : std::nullopt;
 }
 
-/// `root` and its descendants; empty on failure. A process whose parent has ended still counts when
-/// it is in the group that `root` leads.
+bool has_ended(pid_t pid) {
+  constexpr std::uint32_t zombie = 5; // SZOMB of <sys/proc.h>
+  const std::optional<proc_bsdinfo> info = examine(pid);
+  return info ? info->pbi_status == zombie : errno == ESRCH;
+}
+
+/// Whether it is certain that a child of launchd, which adopts all orphans, was not started by a
+/// descendant of `root`: it is another user's, or older.
+bool is_no_orphan_of(pid_t root, pid_t pid) {
+  const std::optional<proc_bsdinfo> hub = examine(root);
+  const std::optional<proc_bsdinfo> process = examine(pid);
+  return !hub || !process ||
+         std::tie(process->pbi_start_tvsec, process->pbi_start_tvusec) <
+             std::tie(hub->pbi_start_tvsec, hub->pbi_start_tvusec);
+}
+
+/// `root` and all that it may have started; empty on failure.
 std::optional<std::vector<pid_t>> process_tree(pid_t root) {
-  std::optional<std::vector<pid_t>> tree = processes(PROC_PGRP_ONLY, root);
+  std::optional<std::vector<pid_t>> tree = children_of(1);
   if (!tree) {
     return tree;
   }
+  tree->erase(std::remove_if(tree->begin(), tree->end(),
+                             [root](pid_t pid) { return is_no_orphan_of(root, pid); }),
+              tree->end());
   tree->push_back(root);
   for (std::size_t i = 0; i < tree->size(); ++i) {
-    const std::optional<std::vector<pid_t>> children = processes(PROC_PPID_ONLY, tree->at(i));
+    const std::optional<std::vector<pid_t>> children = children_of(tree->at(i));
     if (!children) {
       return std::nullopt;
     }

@@ -17,12 +17,23 @@ struct Listening : testing::Test {
   TemporaryFolder folder;
   EndOfTest end_of_test{folder.prefix() + "end"};
   std::string wait_command = end_of_test.wait_command();
+  /// Has a script hand its standard input to an orphan, in a session of its own if `start` is
+  /// "setsid".
+  [[nodiscard]] std::string leave_orphan(const std::string &start = "") const {
+    return "exec 3<&0 </dev/null\n( " + start + " " + wait_command +
+           " <&3 >/dev/null 3<&- & )\nexec 3<&-\n";
+  }
   Child child;
+  Child other;
 
-  void TearDown() override { stop(child); }
+  void TearDown() override {
+    stop(child);
+    stop(other);
+  }
 
   /// Starts a shell, which has what is standard input here, and waits until its script has said so.
-  void start(const std::string &script) {
+  void start(const std::string &script) { start(child, script); }
+  static void start(Child &child, const std::string &script) {
     std::array<int, 2> ready{};
     ASSERT_EQ(pipe(ready.data()), 0);
     const int output = dup(STDOUT_FILENO);

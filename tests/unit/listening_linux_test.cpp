@@ -1,23 +1,57 @@
-// The session of its own is made with util-linux's setsid.
+// The sessions of their own are made with util-linux's setsid.
 
 #include "listener.h"
 #include "listening.h"
 #include "listening_fixture.h"
+#include "own_process.h"
+
+#include <sys/prctl.h>
 
 namespace {
 
-TEST_F(Listening, IsSeenInADescendantWhoseParentHasEnded) {
+TEST_F(Listening, IsNotRuledOutWhenNobodyIsSeenToListen) {
+  const Listener bound(false);
+  EXPECT_FALSE(certainly_not_listening(getpid(), bound.port()));
+}
+
+TEST_F(Listening, IsSeenInAnOrphanWhoeverAdoptsIt) {
+  for (const unsigned long adopts : {0UL, 1UL}) {
+    ASSERT_EQ(prctl(PR_SET_CHILD_SUBREAPER, adopts), 0);
+    for (const std::string orphans_session : {"", "setsid"}) {
+      for (const std::string hubs_session : {"", "exec setsid "}) {
+        const Listener listener;
+        const StandardInput input(listener.descriptor());
+        const std::string hub =
+            folder.write("hub", leave_orphan(orphans_session) + "echo $$ > " + folder.prefix() +
+                                    "pid; echo; exec " + wait_command);
+        start("exec 3<&0; ( " + hubs_session + "sh " + hub + " <&3 3<&- ) & exec 3<&-; wait");
+        EXPECT_FALSE(certainly_not_listening(std::stoi(folder.read("pid")), listener.port()))
+            << adopts << orphans_session << hubs_session;
+        stop(child);
+      }
+    }
+  }
+}
+
+TEST_F(Listening, IsRuledOutForAnotherCopysHubThatIsYounger) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
-  // In a session of its own, as a component is.
-  const std::string script = folder.write("script", "exec 3<&0 </dev/null\n"
-                                                    "( " +
-                                                        wait_command +
-                                                        " <&3 >/dev/null 3<&- & )\n"
-                                                        "exec 3<&-; echo; exec " +
-                                                        wait_command);
-  start("exec setsid sh " + script);
-  EXPECT_FALSE(certainly_not_listening(child.pid, listener.port()));
+  start("exec < /dev/null; exec setsid sh -c 'echo; exec " + wait_command + "'");
+  const std::string hub = folder.write("hub", "echo; exec " + wait_command);
+  start(other, "exec 3<&0 </dev/null; setsid sh " + hub + " <&3 3<&- & exec 3<&-; wait");
+  EXPECT_TRUE(certainly_not_listening(child.pid, listener.port()));
+}
+
+TEST_F(Listening, IsRuledOutForAnAncestorAsYoungAsTheProcess) {
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_TRUE(holds_in_a_process_of_its_own([] {
+      const Listener listener;
+      return holds_in_a_process_of_its_own([&] {
+        close(listener.descriptor());
+        return certainly_not_listening(getpid(), listener.port());
+      });
+    }));
+  }
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 
-#define PROC_PGRP_ONLY 2
 #define PROC_PPID_ONLY 6
 #define PROC_PIDLISTFDS 1
 #define PROC_PIDTBSDINFO 3
@@ -15,6 +14,8 @@
 
 struct proc_bsdinfo {
   std::uint32_t pbi_status;
+  std::uint64_t pbi_start_tvsec;
+  std::uint64_t pbi_start_tvusec;
 };
 struct proc_fdinfo {
   std::int32_t proc_fd;

@@ -6,7 +6,7 @@ import pytest
 import system
 from component_events import KILL_DELAY, start_recording, stops
 from components import COMPONENTS, STOP_ORDER
-from console import STOPPED
+from console import STOPPED, UNAVAILABLE
 from deadline import wait_until
 from dialogs import PortsDialog
 from preload import preloaded
@@ -92,9 +92,7 @@ def test_a_display_that_does_not_answer_leaves_a_run_without_interface(desktop):
         run = start_recording(
             desktop.suite, terminal=None, environment=desktop.screen.environment
         )
-        run.wait_for(
-            "Tandrel: the menu-bar interface is not available: the display does not answer.\n", "errors"
-        )
+        run.wait_for(UNAVAILABLE.format("the display does not answer"), "errors")
         assert run.stop(SIGTERM) == 0
     finally:
         desktop.screen.resume()

@@ -7,11 +7,10 @@ import psutil
 import pytest
 from component_events import kill, start_recording, stops, wait_for_components, wait_for_start
 from components import COMPONENTS, STOP_ORDER
-from console import RESTARTING, STOPPED
+from console import RESTARTING, STOPPED, UNAVAILABLE
 from deadline import wait_until
 from preload import preloaded
 
-UNAVAILABLE = "Tandrel: the menu-bar interface is not available: {}.\n"
 NO_APPLICATION = UNAVAILABLE.format("GNUstep cannot make the application")
 BACKEND = "Bundles/libgnustep-back-029.bundle"
 LACKING = {

@@ -40,6 +40,7 @@ STOPPED = b"\nTandrel: stopping...\nTandrel: stopped.\n"
 RESTARTING = "Tandrel: restarting the {}...\n"
 NOT_RESTARTED = "Tandrel: could not restart the {}\n"
 NOT_STARTED = "Tandrel: could not start the {}\n"
+UNAVAILABLE = "Tandrel: the menu-bar interface is not available: {}.\n"
 LEFT_STOPPED = "Tandrel: the {} keeps exiting; leaving it stopped.\n"
 
 

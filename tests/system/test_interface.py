@@ -2,6 +2,7 @@
 
 import shutil
 import signal
+import subprocess
 from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 import console
@@ -17,10 +18,13 @@ from component_events import (
     wait_for_start,
 )
 from components import COMPONENTS, STOP_ORDER
-from console import RESTARTING
+from console import RESTARTING, UNAVAILABLE
 from deadline import wait_until
 from interface import install_interface, start_interface
 from suite import MODULES
+
+
+NO_FILE = "cannot open shared object file: No such file or directory"
 
 
 def count_end_messages(output):
@@ -138,7 +142,7 @@ def test_with_a_terminal_no_interface_is_loaded(suite, terminal):
 
 
 def unavailable(suite):
-    """An interface that says, by TD_SCRIPTED_GUI_MODE, that it cannot be used."""
+    """An interface that knows, by TD_SCRIPTED_GUI_MODE, that it cannot be used, and says nothing."""
     install_interface(suite)
 
 
@@ -162,25 +166,54 @@ def incomplete(suite):
     shutil.copy2(MODULES / "incomplete.so", suite.folder / "tdgui.so")
 
 
+def library_missing(suite):
+    """A library that the interface is linked with."""
+    library = suite.folder / "libabsent.so"
+    link = ["cc", "-shared", "-nostdlib", "-x", "c", "/dev/null", "-Wl,--no-as-needed", "-o"]
+    subprocess.run([*link, library], check=True)
+    subprocess.run([*link, "tdgui.so", "-x", "none", library.name], cwd=suite.folder, check=True)
+    library.unlink()
+
+
 @pytest.mark.parametrize(
-    "make_interface",
+    "make_interface, reason",
     [
-        unavailable,
+        (unavailable, None),
         *(
-            pytest.param(make, marks=system.needs("interface module"))
-            for make in (no_module, no_library, empty_file, folder, incomplete)
+            pytest.param(make, reason, marks=system.needs("interface module"))
+            for make, reason in (
+                (no_module, None),
+                (no_library, "{module}: file too short"),
+                (empty_file, "{module}: file too short"),
+                (folder, "{module}: cannot read file data: Is a directory"),
+                (incomplete, "{module}: undefined symbol: tdgui_run"),
+                (library_missing, f"libabsent.so: {NO_FILE}"),
+            )
         ),
     ],
 )
-def test_without_an_interface_the_run_goes_on_as_in_a_console(suite, make_interface):
+def test_without_an_interface_the_run_goes_on_as_in_a_console(suite, make_interface, reason):
     make_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "unavailable"}
     run = start_recording(suite, terminal=None, environment=environment)
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)
     assert run.stop(SIGTERM) == 0
-    assert run.errors.decode() == RESTARTING.format("receiver")
+    said = reason.format(module=suite.folder / "tdgui.so") if reason else None
+    assert run.errors.decode() == (
+        (UNAVAILABLE.format(said) if said else "") + RESTARTING.format("receiver")
+    )
     check_everything_stopped(suite, run)
+
+
+@system.needs("interface module")
+@pytest.mark.parametrize("name", ["$ORIGIN", "${LIB}", "$PLATFORM $LIB"])
+def test_the_interface_is_found_in_a_folder_whose_name_the_dynamic_loader_would_replace(
+    suite_in, name
+):
+    interface = start_interface(suite_in(name))
+    assert interface.quit() == 0
+    assert interface.errors == b""
 
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])

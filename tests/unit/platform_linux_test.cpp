@@ -161,9 +161,14 @@ TEST(LanIpv4, IsLoopbackWhenTheSystemDoesNotAnswer) {
 
 TEST(Platform, WithoutAModuleThereIsNoInterface) {
   const TemporaryFolder folder;
+  testing::internal::CaptureStderr();
   EXPECT_EQ(platform::find_interface(folder.prefix()), nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   (void)folder.write("tdgui.so", "not a library");
+  testing::internal::CaptureStderr();
   EXPECT_EQ(platform::find_interface(folder.prefix()), nullptr);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::StartsWith("Tandrel: the menu-bar interface is not available: "));
 }
 
 } // namespace

@@ -94,9 +94,10 @@ def test_a_hub_may_listen_in_a_process_of_its_own(suite, arrange, generations, a
         wait_until(lambda: script not in ancestors(listening), "the stand-in to be orphaned")
     assert len(starts(suite, "hub")) == 1
     run.signal(signal.SIGTERM)
-    assert run.wait() == 0
-    assert run.errors == b""
+    assert run.wait_for_process() == 0
     end_stand_in(suite, listening)
+    run.wait()
+    assert run.errors == b""
 
 
 def test_a_hub_may_listen_by_ipv6(suite):

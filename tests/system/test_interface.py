@@ -86,6 +86,7 @@ def test_a_signal_ends_supervision_and_nothing_else(suite, number):
     wait_until(lambda: interface.threads() < threads, "the supervisor's end")
     assert interface.running() == COMPONENTS
     kill(suite, "receiver")
+    assert interface.running() == COMPONENTS  # who has ended is seen by supervision only
     interface.ask("restart", "sender")
     wait_for_start(suite, "sender", 2)
     interface.signal(number)

@@ -74,7 +74,8 @@ def process_of(tree, name):
     path = f"{tree.programs}/td_{name}"
 
     def find():
-        found = [row.pid for row in psutil.process_iter(["cmdline"]) if row.info["cmdline"][:1] == [path]]
+        rows = psutil.process_iter(["cmdline"])  # None: of a process that has ended
+        found = [row.pid for row in rows if (row.info["cmdline"] or [])[:1] == [path]]
         return found[0] if len(found) == 1 else None
 
     return wait_until(find, f"the process of the {name}")

@@ -192,7 +192,8 @@ def end_tool(suite, name):
         return True
 
     def runs_tool():
-        return any(str(suite.bin / name) in p.cmdline() for p in suite.processes())
+        rows = psutil.process_iter(["cmdline"])  # None: of a process that has ended
+        return any(str(suite.bin / name) in (row.info["cmdline"] or ()) for row in rows)
 
     wait_until(open_its_end, f"{name} to wait")
     wait_until(lambda: not runs_tool(), f"the end of {name}")

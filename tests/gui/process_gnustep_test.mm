@@ -1,7 +1,7 @@
 // What keeps GNUstep from interfering with the process, and how it starts others.
 
+#include "detached.h"
 #include "interface.h"
-#include "process/detached.h"
 
 #include <chrono>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // GNUstep looks for a GNUstep application that opens the URL and, if there is none, blocks in an
 // alert. The desktop's own command is run instead.
 
-#include "process/detached.h"
+#include "detached.h"
 
 #import <AppKit/AppKit.h>
 

@@ -2,7 +2,7 @@
 // process, and a second server, gdnc, to be told when gpbs is ready. Here only gpbs is started,
 // detached from this process, and it is ready before GNUstep looks for it.
 
-#include "process/detached.h"
+#include "detached.h"
 #include "process/temporary_folder.h"
 #include "runtime/replace_method.h"
 

@@ -1,6 +1,6 @@
 #include "process/process_guards.h"
 
-#include "process/detached.h"
+#include "detached.h"
 #include "process/temporary_folder.h"
 #include "runtime/replace_method.h"
 

@@ -1,4 +1,4 @@
-#include "process/detached.h"
+#include "detached.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,4 +1,4 @@
-// What choosing an item does, with its callback present and absent.
+// What choosing an item does beyond what the menu's table says.
 
 #include "application.h"
 #include "interface.h"
@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 using namespace gui_test;
-using Calls = std::vector<std::string>;
 
 namespace {
 
@@ -64,56 +63,6 @@ std::string pasteboard_text() {
 }
 
 } // namespace
-
-TEST(Actions, DriveTheComponentOfTheirRow) {
-  run_interface(full_config(), [](Interface interface) {
-    NSString *labels[] = {@"Hub", @"Receiver", @"Sender"};
-    const Calls names = {"hub", "receiver", "sender"};
-    for (std::size_t i = 0; i < names.size(); ++i) {
-      EXPECT_EQ(calls_of(interface, @"Start", labels[i]), Calls{"start " + names[i]});
-      EXPECT_EQ(calls_of(interface, @"Stop", labels[i]), Calls{"stop " + names[i]});
-      EXPECT_EQ(calls_of(interface, @"Restart", labels[i]), Calls{"restart " + names[i]});
-    }
-  });
-}
-
-TEST(Actions, OnAllComponentsGoInOrder) {
-  run_interface(full_config(), [](Interface interface) {
-    NSString *all = @"All Components";
-    EXPECT_EQ(calls_of(interface, @"Start All", all),
-              (Calls{"start hub", "start receiver", "start sender"}));
-    EXPECT_EQ(calls_of(interface, @"Stop All", all),
-              (Calls{"stop sender", "stop receiver", "stop hub"}));
-    EXPECT_EQ(calls_of(interface, @"Restart All", all),
-              (Calls{"stop sender", "stop receiver", "stop hub", "start hub", "start receiver",
-                     "start sender"}));
-  });
-}
-
-TEST(Actions, EachNeedsItsOwnCallbackOnly) {
-  for (int dropped = 0; dropped < 3; ++dropped) {
-    SCOPED_TRACE(dropped);
-    tdgui::GuiConfig config = full_config();
-    (dropped == 0 ? config.start : dropped == 1 ? config.stop : config.restart) = nullptr;
-    const Calls starts = {"start hub", "start receiver", "start sender"};
-    const Calls stops = {"stop sender", "stop receiver", "stop hub"};
-    const auto unless = [dropped](int needed, const Calls &calls) {
-      return dropped == needed ? Calls{} : calls;
-    };
-    run_interface(config, [&](Interface interface) {
-      EXPECT_EQ(calls_of(interface, @"Start", @"Hub"), unless(0, {"start hub"}));
-      EXPECT_EQ(calls_of(interface, @"Stop", @"Hub"), unless(1, {"stop hub"}));
-      EXPECT_EQ(calls_of(interface, @"Restart", @"Hub"), unless(2, {"restart hub"}));
-      NSString *all = @"All Components";
-      EXPECT_EQ(calls_of(interface, @"Start All", all), unless(0, starts));
-      EXPECT_EQ(calls_of(interface, @"Stop All", all), unless(1, stops));
-      Calls both = unless(1, stops);
-      const Calls after = unless(0, starts);
-      both.insert(both.end(), after.begin(), after.end());
-      EXPECT_EQ(calls_of(interface, @"Restart All", all), both);
-    });
-  }
-}
 
 TEST(Actions, WithoutAnyCallbackDoNothing) {
   Stubs stubs;
@@ -191,19 +140,6 @@ TEST(Actions, AreEnabledByTheirTargetWhateverTheFlagSays) {
     const Calls expected = {"start hub",      "stop hub",      "restart hub",
                             "start receiver", "stop receiver", "restart receiver"};
     EXPECT_EQ(record().calls, expected);
-  });
-}
-
-TEST(Actions, ToggleNeedsBothCallbacks) {
-  tdgui::GuiConfig config = full_config();
-  config.open_browser_pref = nullptr;
-  run_interface(config, [](Interface interface) {
-    EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
-  });
-  config = full_config();
-  config.set_open_browser_pref = nullptr;
-  run_interface(config, [](Interface interface) {
-    EXPECT_EQ(calls_of(interface, @"Open Dashboard at Launch"), Calls{});
   });
 }
 

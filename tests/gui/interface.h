@@ -1,10 +1,9 @@
 /// Runs the interface in the test process, with callbacks that record their calls.
 #pragma once
 
-#include "tdgui.h"
+#include "record.h"
 
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -17,24 +16,7 @@
 
 namespace gui_test {
 
-/// What the callbacks return, and what they were called with.
-struct Record {
-  std::map<std::string, bool> running = {{"hub", true}, {"receiver", true}, {"sender", true}};
-  int http = 8080; ///< an accepted set_ports changes both
-  int udp = 8081;
-  bool ports_accepted = true;
-  std::string refusal;
-  bool open_browser = false;
-  std::vector<std::string> calls; ///< "stop hub", "set_ports 1 2", ...; getters are not recorded
-  int is_running_calls = 0;
-};
-
-/// The one record; full_config() resets it.
-Record &record();
-
-/// Three components, and every callback except quit_fallback; the callbacks use record() and fail
-/// the test when they are called on another thread than the main one. Call this before anything
-/// else here.
+/// recorded_config(). Call this before anything else here.
 tdgui::GuiConfig full_config();
 
 /// The objects of a running interface.

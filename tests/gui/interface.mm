@@ -1,7 +1,6 @@
 #include "interface.h"
 
 #include "application.h"
-#include "config_layout.h"
 
 #include <chrono>
 #include <deque>
@@ -11,66 +10,12 @@
 namespace gui_test {
 namespace {
 
-Record g_record;
 Interface g_interface;
 std::function<void(Interface)> g_body;
 std::deque<std::function<void(NSWindow *)>> g_answers;
 int g_alerts;          // how many have been run
 int g_answered_alerts; // the value of g_alerts when the last one was answered
 IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
-
-void expect_main_thread() {
-  EXPECT_TRUE([NSThread isMainThread]);
-}
-
-void note(const std::string &call) {
-  expect_main_thread();
-  g_record.calls.push_back(call);
-}
-
-bool is_running(const std::string &name) {
-  expect_main_thread();
-  ++g_record.is_running_calls;
-  return g_record.running.at(name);
-}
-void start(const std::string &name) {
-  note("start " + name);
-}
-void stop(const std::string &name) {
-  note("stop " + name);
-}
-void restart(const std::string &name) {
-  note("restart " + name);
-}
-void quit() {
-  note("quit");
-}
-bool set_ports(int http, int udp, std::string &error) {
-  note("set_ports " + std::to_string(http) + " " + std::to_string(udp) + " '" + error + "'");
-  if (!g_record.ports_accepted) {
-    error = g_record.refusal;
-    return false;
-  }
-  g_record.http = http;
-  g_record.udp = udp;
-  return true;
-}
-int http_port() {
-  expect_main_thread();
-  return g_record.http;
-}
-int udp_port() {
-  expect_main_thread();
-  return g_record.udp;
-}
-bool open_browser_pref() {
-  expect_main_thread();
-  return g_record.open_browser;
-}
-void set_open_browser_pref(bool open) {
-  note(open ? "open_browser on" : "open_browser off");
-  g_record.open_browser = open;
-}
 
 /// When the menu is set, the icon must be complete, and the menu too, except for its items.
 void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
@@ -190,29 +135,10 @@ Pulse::~Pulse() {
   [timer_ release];
 }
 
-Record &record() {
-  return g_record;
-}
-
 tdgui::GuiConfig full_config() {
   watch_calls();
-  g_record = Record();
   g_answers.clear();
-  tdgui::GuiConfig config;
-  config.url = "http://localhost:8080/";
-  config.status = "Tandrel 9.9";
-  config.components = {{"hub", "Hub"}, {"receiver", "Receiver"}, {"sender", "Sender"}};
-  config.is_running = is_running;
-  config.start = start;
-  config.stop = stop;
-  config.restart = restart;
-  config.quit = quit;
-  config.set_ports = set_ports;
-  config.http_port = http_port;
-  config.udp_port = udp_port;
-  config.open_browser_pref = open_browser_pref;
-  config.set_open_browser_pref = set_open_browser_pref;
-  return config;
+  return recorded_config();
 }
 
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {

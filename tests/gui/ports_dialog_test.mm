@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 using namespace gui_test;
-using Calls = std::vector<std::string>;
 
 namespace {
 

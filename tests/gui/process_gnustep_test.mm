@@ -2,64 +2,16 @@
 
 #include "detached.h"
 #include "interface.h"
+#include "programs.h"
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace gui_test;
-
-namespace {
-
-std::string contents(const std::string &path) {
-  std::ifstream file(path);
-  std::stringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-/// A private folder; its destructor removes it and the files named there.
-class Folder {
-public:
-  Folder() {
-    char name[] = "/tmp/gui-test-XXXXXX";
-    path = mkdtemp(name);
-  }
-  ~Folder() {
-    for (const char *file : {"open", "xdg-open", "opened", "opened.new"}) {
-      unlink((path + "/" + file).c_str());
-    }
-    rmdir(path.c_str());
-  }
-  /// A program that writes its arguments into the file "opened".
-  void add_program(const std::string &name) const {
-    const std::string file = path + "/" + name, result = path + "/opened";
-    std::ofstream(file) << "#!/bin/sh\necho \"" << name << " $*\" >\"" << result << ".new\"\nmv \""
-                        << result << ".new\" \"" << result << "\"\n";
-    chmod(file.c_str(), 0700);
-  }
-  std::string path;
-};
-
-/// Sets PATH while it exists.
-class SearchPath {
-public:
-  explicit SearchPath(const std::string &path) : before_(getenv("PATH")) {
-    setenv("PATH", path.c_str(), 1);
-  }
-  ~SearchPath() { setenv("PATH", before_.c_str(), 1); }
-
-private:
-  std::string before_;
-};
-
-} // namespace
 
 TEST(Process, HidesItsArguments) {
   @autoreleasepool {

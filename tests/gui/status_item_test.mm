@@ -1,9 +1,9 @@
 // The status item and its icon.
 
 #include "application.h"
+#include "icon_shape.h"
 #include "interface.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -13,31 +13,11 @@ using namespace gui_test;
 namespace {
 
 constexpr NSInteger pixels_per_point = 32;
-constexpr NSInteger icon_width = 18, icon_height = 16;
-constexpr CGFloat corner_radius = 1;
-
-/// The bars as rectangles, origin at the bottom left.
-const NSRect icon_bars[] = {{{0, 5.5}, {2, 5}},
-                            {{4, 3}, {2, 10}},
-                            {{8, 1}, {2, 14}},
-                            {{12, 3}, {2, 10}},
-                            {{16, 5.5}, {2, 5}}};
-
-/// The point's distance from the bar's outline; negative inside the bar.
-CGFloat distance_from(const NSRect &bar, CGFloat x, CGFloat y) {
-  const CGFloat right = std::fabs(x - NSMidX(bar)) - (NSWidth(bar) / 2 - corner_radius),
-                up = std::fabs(y - NSMidY(bar)) - (NSHeight(bar) / 2 - corner_radius);
-  return std::hypot(std::max(right, 0.0), std::max(up, 0.0)) + std::min(std::max(right, up), 0.0) -
-         corner_radius;
-}
 
 /// 1 inside a bar, 0 outside; -1 where the pixel touches the outline, because its colour depends on
 /// the smoothing.
 int expected_ink(CGFloat x, CGFloat y) {
-  CGFloat distance = icon_width;
-  for (const NSRect &bar : icon_bars) {
-    distance = std::min(distance, distance_from(bar, x, y));
-  }
+  const double distance = distance_from_bars(x, y);
   const CGFloat half_diagonal = 0.75 / pixels_per_point;
   return distance > half_diagonal ? 0 : distance < -half_diagonal ? 1 : -1;
 }

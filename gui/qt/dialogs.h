@@ -1,0 +1,23 @@
+/// The dialogs. One is open at a time; none of them blocks the caller, except alert(). Main thread
+/// only.
+#pragma once
+
+#include "tdgui.h"
+
+namespace td {
+
+/// Opens the dialog that moves the hub to other ports, or shows the dialog that is open already.
+/// `config` must outlive it.
+void open_settings(const tdgui::GuiConfig &config);
+
+/// Brings the open dialog to the front; false when there is none.
+bool raise_dialog();
+
+/// Closes the open dialog as Cancel does.
+void close_dialog();
+
+/// A port field's value: the whole number that the text begins with, after optional spaces and a
+/// sign; 0 without one. Beyond the range of the type it is the nearest limit.
+int leading_number(const char *text);
+
+} // namespace td

@@ -1,0 +1,42 @@
+#include "interface.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+bool g_may_end;
+
+/// Quit ends the process by exit(0). Before all tests have run, that must count as a failure.
+void fail_unless_allowed() {
+  if (!g_may_end) {
+    std::fputs("The process ended before its tests did.\n", stderr);
+    _exit(EXIT_FAILURE);
+  }
+}
+
+} // namespace
+
+/// The font configuration, cached as long as the process runs.
+extern "C" const char *__lsan_default_suppressions() {
+  return "leak:libfontconfig.so\n";
+}
+
+void gui_test::allow_exit() {
+  g_may_end = true;
+}
+
+int main(int argc, char **argv) {
+  // Neither the screen nor the panel of whoever runs the tests.
+  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+  testing::InitGoogleTest(&argc, argv);
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  std::atexit(fail_unless_allowed);
+  const int result = RUN_ALL_TESTS();
+  gui_test::allow_exit();
+  return result;
+}

@@ -1,0 +1,221 @@
+// The application must not interfere with the process's signals, threads, environment and children,
+// nor must the way in which it ends.
+
+#include "interface.h"
+#include "qt/application.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern "C" bool tdgui_available() noexcept;
+extern "C" void tdgui_run(const tdgui::GuiConfig *config) noexcept;
+
+using namespace gui_test;
+
+namespace {
+
+const testing::ExitedWithCode success(EXIT_SUCCESS);
+
+volatile std::sig_atomic_t g_last_signal;
+void note_signal(int number) {
+  g_last_signal = number;
+}
+
+constexpr int handled_signals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+/// What the process has before any test makes the application.
+class Before : public testing::Environment {
+public:
+  void SetUp() override {
+    for (const int number : handled_signals) {
+      std::signal(number, note_signal);
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+  }
+};
+
+[[maybe_unused]] testing::Environment *const g_before =
+    testing::AddGlobalTestEnvironment(new Before);
+
+void (*current_handler(int number))(int) {
+  struct sigaction action = {};
+  sigaction(number, nullptr, &action);
+  return action.sa_handler;
+}
+
+std::vector<std::string> environment() {
+  std::vector<std::string> entries;
+  for (char **entry = environ; *entry; ++entry) {
+    entries.emplace_back(*entry);
+  }
+  return entries;
+}
+
+/// The value of a field of /proc/self/task/THREAD/status that is a signal set.
+unsigned long long signals_of(const std::filesystem::path &thread, const std::string &field) {
+  std::ifstream file(thread / "status");
+  for (std::string line; std::getline(file, line);) {
+    if (line.rfind(field + ":", 0) == 0) {
+      return std::stoull(line.substr(field.size() + 1), nullptr, 16);
+    }
+  }
+  ADD_FAILURE() << "no " << field;
+  return 0;
+}
+
+/// Whether a child has ended; it stays to be reaped.
+bool is_zombie(pid_t child) {
+  siginfo_t info = {};
+  return waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+         info.si_pid == child;
+}
+
+/// Everything that the interface has is used once.
+void use(const Interface &interface) {
+  calls_of(interface, "Copy Dashboard Address");
+  calls_of(interface, "Settings…");
+  click(*dialog(), "Cancel");
+  open_menu(interface);
+  handle_events();
+  interface.menu->hide();
+}
+
+void set_display(const char *platform, const char *display) {
+  unsetenv("WAYLAND_DISPLAY");
+  for (const auto &[name, value] : {std::pair("QT_QPA_PLATFORM", platform), {"DISPLAY", display}}) {
+    value ? setenv(name, value, 1) : unsetenv(name);
+  }
+}
+
+/// Asks whether the interface can be shown, as the launcher does: in a process of its own. Its exit
+/// handlers must not run. Exits with 0 for yes and 2 for no.
+[[noreturn]] void ask(const char *platform, const char *display) {
+  std::atexit([] { report("exit handler"); });
+  set_display(platform, display);
+  _exit(tdgui_available() ? 0 : 2);
+}
+
+} // namespace
+
+TEST(Process, KeepsItsSignalHandlers) {
+  run_interface(recorded_config(), [](const Interface &interface) {
+    use(interface);
+    for (const int number : handled_signals) {
+      ASSERT_EQ(current_handler(number), note_signal) << number;
+      g_last_signal = 0;
+      raise(number);
+      EXPECT_EQ(g_last_signal, number);
+    }
+    EXPECT_EQ(current_handler(SIGCHLD), SIG_DFL);
+    EXPECT_EQ(current_handler(SIGPIPE), SIG_IGN);
+  });
+}
+
+TEST(Process, HandlesNoSignalOnAnotherThread) {
+  run_interface(recorded_config(), [](const Interface &interface) {
+    use(interface);
+    unsigned long long handled = 0;
+    for (const int number : handled_signals) {
+      handled |= 1ULL << (number - 1);
+    }
+    const std::string main_thread = std::to_string(getpid());
+    int others = 0;
+    for (const auto &thread : std::filesystem::directory_iterator("/proc/self/task")) {
+      const bool is_main = thread.path().filename() == main_thread;
+      EXPECT_EQ(signals_of(thread, "SigBlk") & handled, is_main ? 0 : handled) << thread;
+      others += !is_main;
+    }
+    EXPECT_GT(others, 0); // that of the bus
+  });
+}
+
+TEST(Process, KeepsItsEnvironmentAndSignalMask) {
+  const auto start = [] {
+    setenv("DESKTOP_STARTUP_ID", "token", 1);
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    const std::vector<std::string> before = environment();
+    td::make_application();
+    sigset_t mask;
+    pthread_sigmask(SIG_SETMASK, nullptr, &mask);
+    _exit(environment() == before && !sigismember(&mask, SIGTERM) ? 0 : 1);
+  };
+  EXPECT_EXIT(start(), success, "");
+}
+
+TEST(Process, KeepsItsChildren) {
+  run_interface(recorded_config(), [](const Interface &interface) {
+    use(interface);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1); // has none of its own
+    EXPECT_EQ(errno, ECHILD);
+    const pid_t child = fork();
+    if (child == 0) {
+      _exit(7);
+    }
+    EXPECT_TRUE(run_loop_until([&] { return is_zombie(child); }));
+    handle_events();
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, WNOHANG), child);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+  });
+}
+
+TEST(Process, ThatIsEndedByTheToolkitQuitsFirst) {
+  tdgui::GuiConfig config = recorded_config();
+  config.quit = [] { report("quit"); };
+  const auto end = [&] {
+    allow_exit();
+    std::atexit([] { report("exit handler"); });
+    run_interface(config, [](const Interface &) { std::exit(EXIT_FAILURE); });
+  };
+  EXPECT_EXIT(end(), success, "Tandrel: the display is gone: quitting.\n1 quit\n2 exit handler\n$");
+}
+
+TEST(Process, ThatIsEndedAfterTheInterfaceDoesNot) {
+  const auto end = [] {
+    allow_exit();
+    tdgui::GuiConfig config = recorded_config();
+    config.quit = [] { report("quit"); };
+    run_interface(config, [](const Interface &) {});
+    report("returned");
+    std::exit(3);
+  };
+  EXPECT_EXIT(end(), testing::ExitedWithCode(3), "(^|\n)1 returned\n$");
+}
+
+TEST(Process, BeginsItsMessagesWithItsName) {
+  const auto warn = [] {
+    td::make_application();
+    qWarning("first");
+    qInfo("second");
+    _exit(0);
+  };
+  EXPECT_EXIT(warn(), success, "^Tandrel: first\nTandrel: second\n$");
+}
+
+TEST(Module, SaysWhetherTheDisplayWorks) {
+  const testing::ExitedWithCode no(2), failure(EXIT_FAILURE);
+  const std::string reason = "Tandrel: the menu-bar interface is not available: [^\n]*";
+  EXPECT_EXIT(ask("offscreen", nullptr), success, "^$");
+  EXPECT_EXIT(ask(nullptr, nullptr), no, "^$");
+  EXPECT_EXIT(ask("", ""), no, "^$");
+  EXPECT_EXIT(ask("nosuch", nullptr), failure, "^" + reason + "\"nosuch\"[^\n]*\n$");
+  EXPECT_EXIT(ask(nullptr, ":4242"), failure, "^" + reason + ":4242[^\n]*\n$");
+}
+
+TEST(Module, RunsTheInterfaceAfterAskingInTheSameProcess) {
+  tdgui::GuiConfig config = recorded_config();
+  config.quit = [] { report("quit"); };
+  const auto run = [&] {
+    allow_exit();
+    tdgui_available() || (std::abort(), true);
+    run_interface(config, [](const Interface &interface) { calls_of(interface, "Quit Tandrel"); });
+  };
+  EXPECT_EXIT(run(), success, "(^|\n)1 quit\n$");
+}

@@ -100,7 +100,9 @@ std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
   std::set<pid_t> orphans;
   for (const auto &[pid, process] : all) {
     const auto leader = all.find(process.session);
-    const bool old_session = leader != all.end() && leader->second.start < hub.start;
+    // 0: the session's leader is outside of this container.
+    const bool old_session =
+        process.session == 0 || (leader != all.end() && leader->second.start < hub.start);
     if (process.start >= hub.start && ancestors.count(process.parent) != 0 &&
         ancestors.count(pid) == 0 && (process.session == hub.session || !old_session)) {
       orphans.insert(pid);

@@ -85,12 +85,17 @@ bool shows_all_processes() {
          std::atoi(self.data()) == getpid() && !examine(1).has_ended;
 }
 
+/// The folder of a process's descriptors, which its user can read.
+std::string descriptors_of(pid_t pid) {
+  return "/proc/" + std::to_string(pid) + "/fd/";
+}
+
 using Processes = std::map<pid_t, Process>;
 
 /// The processes that may have been started by a descendant of `root` that has ended since. Their
 /// parent is the first process or an ancestor of `root` that adopts orphans; they are not older
 /// than `root`; and so is their session, if it is not that of `root`, which tells them from another
-/// copy of the launcher that was started at the same time.
+/// copy of the launcher that was started at the same time. Another user's process is none.
 std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
   const Process hub = all[root];
   std::set<pid_t> ancestors{1};
@@ -104,7 +109,8 @@ std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
     const bool old_session =
         process.session == 0 || (leader != all.end() && leader->second.start < hub.start);
     if (process.start >= hub.start && ancestors.count(process.parent) != 0 &&
-        ancestors.count(pid) == 0 && (process.session == hub.session || !old_session)) {
+        ancestors.count(pid) == 0 && (process.session == hub.session || !old_session) &&
+        access(descriptors_of(pid).c_str(), R_OK) == 0) {
       orphans.insert(pid);
     }
   }
@@ -135,7 +141,7 @@ std::set<pid_t> process_tree(pid_t root) {
 
 /// Whether it is certain that the process has none of the sockets open.
 bool is_ruled_out(pid_t pid, const Sockets &sockets) {
-  const std::string folder = "/proc/" + std::to_string(pid) + "/fd/";
+  const std::string folder = descriptors_of(pid);
   bool found = false;
   bool readable = true;
   const bool opened = for_each_entry(folder, [&](const char *name) {

@@ -6,6 +6,7 @@
 #include "own_process.h"
 
 #include <sys/prctl.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -40,6 +41,22 @@ TEST_F(Listening, IsRuledOutForAnotherCopysHubThatIsYounger) {
   const std::string hub = folder.write("hub", "echo; exec " + wait_command);
   start(other, "exec 3<&0 </dev/null; setsid sh " + hub + " <&3 3<&- & exec 3<&-; wait");
   EXPECT_TRUE(certainly_not_listening(child.pid, listener.port()));
+}
+
+TEST_F(Listening, IsRuledOutForAnotherUsersOrphan) {
+  if (getuid() != 0) {
+    GTEST_SKIP() << "only root can start processes of two users";
+  }
+  const Listener listener;
+  const StandardInput input(listener.descriptor());
+  ASSERT_EQ(chmod(folder.path.c_str(), 0755) + chmod((folder.prefix() + "end").c_str(), 0644), 0);
+  start("exec < /dev/null; exec setpriv --reuid 65534 sh -c 'echo; exec " + wait_command + "'");
+  start(other, leave_orphan("setsid") + "echo; exec " + wait_command);
+  EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
+    close(listener.descriptor());
+    close(STDIN_FILENO);
+    return setuid(65534) == 0 && certainly_not_listening(child.pid, listener.port());
+  }));
 }
 
 TEST_F(Listening, IsRuledOutForAnAncestorAsYoungAsTheProcess) {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -69,21 +70,20 @@ public:
   EnvironmentCopy &operator=(const EnvironmentCopy &) = delete;
 };
 
-char g_runtime_folder[sizeof "/tmp/tandrel-XXXXXX"]; // empty: there is none
+std::string g_runtime_folder; // empty: there is none
 
 void remove_runtime_folder() {
-  if (g_runtime_folder[0] != '\0') {
-    rmdir(g_runtime_folder);
-    g_runtime_folder[0] = '\0';
-  }
+  rmdir(g_runtime_folder.c_str());
+  g_runtime_folder.clear();
 }
 
 /// Without XDG_RUNTIME_DIR Qt would make a folder for that, which stays: it gets one for the
 /// moment.
 void make_runtime_folder() {
-  std::strcpy(g_runtime_folder, "/tmp/tandrel-XXXXXX");
-  if (mkdtemp(g_runtime_folder) != nullptr) {
-    setenv("XDG_RUNTIME_DIR", g_runtime_folder, 1);
+  std::error_code none;
+  g_runtime_folder = std::filesystem::temp_directory_path(none) / "tandrel-XXXXXX";
+  if (mkdtemp(g_runtime_folder.data()) != nullptr) {
+    setenv("XDG_RUNTIME_DIR", g_runtime_folder.c_str(), 1);
   }
 }
 
@@ -104,6 +104,7 @@ bool has_session_bus() {
          S_ISSOCK(facts.st_mode);
 }
 
+/// Before the handlers of the process from which this one was made.
 [[noreturn]] void end_trial() {
   remove_runtime_folder();
   std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s\n", g_reason.c_str());
@@ -117,11 +118,8 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
   if (!g_is_trial) {
     std::fprintf(stderr, "Tandrel: %s\n", text.toUtf8().constData());
   }
-  if (type == QtFatalMsg) { // else it would abort()
-    if (g_is_trial) {
-      end_trial();
-    }
-    std::exit(EXIT_FAILURE);
+  if (type == QtFatalMsg) {
+    std::exit(EXIT_FAILURE); // else Qt would abort()
   }
 }
 
@@ -159,7 +157,7 @@ void make_application() {
   }
   qInstallMessageHandler(handle_message);
   QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
-  QCoreApplication::setApplicationName("tandrel");
+  QCoreApplication::setApplicationName("Tandrel");
   QGuiApplication::setDesktopFileName("tandrel");
   const SignalBlock block;
   const EnvironmentCopy copy;

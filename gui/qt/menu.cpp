@@ -163,9 +163,7 @@ private:
     const QKeySequence keys(press.keyCombination());
     for (QAction *item : menu_.actions()) {
       if (!keys.isEmpty() && item->shortcut() == keys) {
-        while (QWidget *popup = QApplication::activePopupWidget()) {
-          popup->close();
-        }
+        menu_.close();
         item->trigger();
         return true;
       }

@@ -68,7 +68,7 @@ void Panel::watch_bus() {
   }
   QObject::connect(&bus_changed_, &QTimer::timeout, [this] { ask_bus(); });
   QObject::connect(&bus_silent_, &QTimer::timeout, [this] {
-    bus_answered_ = true;
+    bus_is_known_ = true;
     report();
   });
   QDBusConnection bus = QDBusConnection::sessionBus();
@@ -80,25 +80,35 @@ void Panel::watch_bus() {
     bus.connect(watcher_service, watcher_path, watcher_service, signal, &bus_changed_,
                 SLOT(start()));
   }
-  bus_silent_.start(bus.isConnected() ? bus_timeout : std::chrono::seconds(0));
-  ask_bus();
+  bus.connect(QString(), "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local",
+              "Disconnected", &bus_changed_, SLOT(start()));
+  bus_silent_.start(bus_timeout);
+  bus_changed_.start();
 }
 
 void Panel::ask_bus() {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) { // else there would be no answer at all
+    bus_answered(false, false);
+    return;
+  }
   QDBusMessage question = QDBusMessage::createMethodCall(watcher_service, watcher_path,
                                                          "org.freedesktop.DBus.Properties", "Get");
   question << watcher_service << "IsStatusNotifierHostRegistered";
   question.setAutoStartService(false);
-  auto *call =
-      new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question), &bus_changed_);
+  auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question), &bus_changed_);
   QObject::connect(call, &QDBusPendingCallWatcher::finished, [this, call] {
     const QDBusPendingReply<QDBusVariant> reply(*call);
     call->deleteLater();
-    bus_answered_ = true;
-    has_watcher_ = reply.isValid();
-    has_host_ = has_watcher_ && reply.value().variant().toBool();
-    report();
+    bus_answered(reply.isValid(), reply.isValid() && reply.value().variant().toBool());
   });
+}
+
+void Panel::bus_answered(bool has_watcher, bool has_host) {
+  bus_is_known_ = true;
+  has_watcher_ = has_watcher;
+  has_host_ = has_host;
+  report();
 }
 
 // --- The tray -----------------------------------------------------------------------------------
@@ -145,7 +155,7 @@ bool Panel::nativeEventFilter(const QByteArray & /*type*/, void *message, qintpt
 }
 
 void Panel::report() {
-  if (!bus_answered_) {
+  if (!bus_is_known_) {
     return;
   }
   const bool by_bus = has_host_, by_tray = tray_ != XCB_NONE && !has_watcher_;

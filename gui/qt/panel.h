@@ -30,13 +30,14 @@ private:
 
   void watch_bus();
   void ask_bus();
+  void bus_answered(bool has_watcher, bool has_host);
   void watch_tray();
   void find_tray();
   void report();
 
   std::function<void(bool)> changed_;
   Kind kind_ = Kind::undecided;
-  bool bus_answered_ = false, has_watcher_ = false, has_host_ = false;
+  bool bus_is_known_ = false, has_watcher_ = false, has_host_ = false;
   bool reported_ = false, available_ = false;
   QDBusServiceWatcher bus_watcher_;
   QTimer bus_changed_, tray_changed_, bus_silent_;

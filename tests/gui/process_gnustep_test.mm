@@ -53,7 +53,6 @@ TEST(OpenUrl, RunsXdgOpenWhereThereIsNoOpen) {
       EXPECT_EQ(contents(folder.path + "/opened"), "xdg-open http://localhost:1/\n");
     }
   }
-  unlink((folder.path + "/mv").c_str());
 }
 
 TEST(Detached, DoesNotWaitForTheProgram) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -18,19 +19,14 @@ inline std::string contents(const std::string &path) {
   return text.str();
 }
 
-/// A private folder; its destructor removes it and the files named there.
+/// A private folder; its destructor removes it with all that is in it.
 class Folder {
 public:
   Folder() {
     char name[] = "/tmp/gui-test-XXXXXX";
     path = mkdtemp(name);
   }
-  ~Folder() {
-    for (const char *file : {"open", "xdg-open", "opened", "opened.new"}) {
-      unlink((path + "/" + file).c_str());
-    }
-    rmdir(path.c_str());
-  }
+  ~Folder() { std::filesystem::remove_all(path); }
   /// A program that writes its arguments into the file "opened".
   void add_program(const std::string &name) const {
     const std::string file = path + "/" + name, result = path + "/opened";

@@ -37,6 +37,10 @@ int main(int argc, char **argv) {
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   std::atexit(fail_unless_allowed);
   const int result = RUN_ALL_TESTS();
+  if (result != 0) {
+    std::fflush(nullptr);
+    _exit(result); // whatever the interface's exit handler makes of it
+  }
   gui_test::allow_exit();
   return result;
 }

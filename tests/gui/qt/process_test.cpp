@@ -2,6 +2,7 @@
 // nor must the way in which it ends.
 
 #include "interface.h"
+#include "programs.h"
 #include "qt/application.h"
 
 #include <cerrno>
@@ -147,6 +148,21 @@ TEST(Process, KeepsItsEnvironmentAndSignalMask) {
     _exit(environment() == before && !sigismember(&mask, SIGTERM) ? 0 : 1);
   };
   EXPECT_EXIT(start(), success, "");
+}
+
+TEST(Process, StartsNoBusAndLeavesNoFile) {
+  const auto start = [] {
+    const Folder folder, temporary;
+    folder.add_program("dbus-launch");
+    const SearchPath path(folder.path + ":" + getenv("PATH"));
+    setenv("TMPDIR", temporary.path.c_str(), 1);
+    unsetenv("XDG_RUNTIME_DIR");
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    setenv("DISPLAY", ":4242", 1); // without one no bus would be started
+    run_interface(recorded_config(), [](const Interface &interface) { use(interface); });
+    return contents(folder.path + "/opened").empty() && std::filesystem::is_empty(temporary.path);
+  };
+  EXPECT_EXIT(_exit(start() ? 0 : 1), success, "");
 }
 
 TEST(Process, KeepsItsChildren) {

@@ -99,7 +99,7 @@ bool has_session_bus() {
     return std::strncmp(address, "autolaunch:", 11) != 0;
   }
   const char *folder = std::getenv("XDG_RUNTIME_DIR");
-  struct stat facts {};
+  struct stat facts = {};
   return folder != nullptr && stat((folder + std::string("/bus")).c_str(), &facts) == 0 &&
          S_ISSOCK(facts.st_mode);
 }
@@ -112,6 +112,9 @@ bool has_session_bus() {
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
+  if (text.startsWith("Detected locale")) {
+    return; // that is not for UTF-8: Qt takes one that is
+  }
   if (g_reason.empty() && type != QtDebugMsg && type != QtInfoMsg) {
     g_reason = text.section('\n', 0, 0).toStdString();
   }

@@ -207,6 +207,7 @@ TEST(Process, ThatIsEndedAfterTheInterfaceDoesNot) {
 
 TEST(Process, BeginsItsMessagesWithItsName) {
   const auto warn = [] {
+    setenv("LC_ALL", "C", 1);
     td::make_application();
     qWarning("first");
     qInfo("second");

@@ -30,16 +30,14 @@ std::string name_of(NSColor *colour) {
 }
 
 void take_title(Item &item, NSMenuItem *found) {
-  NSString *text = [found title];
-  if (NSAttributedString *title = [found attributedTitle]) {
-    text = [title string];
-    if ([text hasPrefix:dot_text]) {
-      NSDictionary *attributes = [title attributesAtIndex:0 effectiveRange:NULL];
-      item.dot = name_of([attributes objectForKey:NSForegroundColorAttributeName]);
-      text = [text substringFromIndex:[dot_text length]];
-    }
+  NSAttributedString *title = [found attributedTitle];
+  item.text = [title ? [title string] : [found title] UTF8String];
+  const std::string dot = [dot_text UTF8String];
+  if (title && item.text.compare(0, dot.size(), dot) == 0) {
+    NSDictionary *attributes = [title attributesAtIndex:0 effectiveRange:NULL];
+    item.dot = name_of([attributes objectForKey:NSForegroundColorAttributeName]);
+    item.text.erase(0, dot.size());
   }
-  item.text = [text UTF8String];
 }
 
 std::vector<Item> items_of(NSMenu *menu) {

@@ -83,6 +83,7 @@ def test_while_the_hub_is_waited_for(suite, interface):
     suite.record()
     record_and_probe(suite)
     run = suite.start(*suite.ports_options, environment=interface.environment, terminal="all")
+    wait_for_start(suite, "hub")
     wait_until(lambda: suite.calls("curl"), "a probe")
     run.hang_up()
     assert run.wait() == 1

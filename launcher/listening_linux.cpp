@@ -85,17 +85,25 @@ bool shows_all_processes() {
          std::atoi(self.data()) == getpid() && !examine(1).has_ended;
 }
 
-/// The folder of a process's descriptors, which its user can read.
-std::string descriptors_of(pid_t pid) {
-  return "/proc/" + std::to_string(pid) + "/fd/";
+/// Whether this user has started the process, or may have: root can start another user's. That is
+/// the real user, which a program with capabilities or set-user-ID keeps.
+bool may_be_of_this_user(pid_t pid) {
+  unsigned user = getuid();
+  if (std::FILE *file = std::fopen(("/proc/" + std::to_string(pid) + "/status").c_str(), "re")) {
+    std::array<char, 256> line{};
+    while (std::fgets(line.data(), line.size(), file) != nullptr &&
+           std::sscanf(line.data(), "Uid: %u", &user) != 1) {}
+    std::fclose(file);
+  }
+  return getuid() == 0 || user == getuid();
 }
 
 using Processes = std::map<pid_t, Process>;
 
 /// The processes that may have been started by a descendant of `root` that has ended since. Their
-/// parent is the first process or an ancestor of `root` that adopts orphans; they are not older
-/// than `root`; and so is their session, if it is not that of `root`, which tells them from another
-/// copy of the launcher that was started at the same time. Another user's process is none.
+/// parent is the first process or an ancestor of `root` that adopts orphans. Neither they nor their
+/// session, unless it is that of `root`, are older than `root`: this tells them from another copy
+/// of the launcher that was started at the same time. Another user's process is none.
 std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
   const Process hub = all[root];
   std::set<pid_t> ancestors{1};
@@ -110,7 +118,7 @@ std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
         process.session == 0 || (leader != all.end() && leader->second.start < hub.start);
     if (process.start >= hub.start && ancestors.count(process.parent) != 0 &&
         ancestors.count(pid) == 0 && (process.session == hub.session || !old_session) &&
-        access(descriptors_of(pid).c_str(), R_OK) == 0) {
+        may_be_of_this_user(pid)) {
       orphans.insert(pid);
     }
   }
@@ -141,7 +149,7 @@ std::set<pid_t> process_tree(pid_t root) {
 
 /// Whether it is certain that the process has none of the sockets open.
 bool is_ruled_out(pid_t pid, const Sockets &sockets) {
-  const std::string folder = descriptors_of(pid);
+  const std::string folder = "/proc/" + std::to_string(pid) + "/fd/";
   bool found = false;
   bool readable = true;
   const bool opened = for_each_entry(folder, [&](const char *name) {

@@ -5,6 +5,8 @@
 #include "listening_fixture.h"
 #include "own_process.h"
 
+#include <filesystem>
+
 #include <sys/prctl.h>
 #include <sys/stat.h>
 
@@ -56,6 +58,27 @@ TEST_F(Listening, IsRuledOutForAnotherUsersOrphan) {
     close(listener.descriptor());
     close(STDIN_FILENO);
     return setuid(65534) == 0 && certainly_not_listening(child.pid, listener.port());
+  }));
+}
+
+TEST_F(Listening, IsNotRuledOutForAnOrphanWithMoreRightsThanItsUser) {
+  if (getuid() != 0) {
+    GTEST_SKIP() << "only root can start processes of two users";
+  }
+  const Listener listener;
+  const StandardInput input(listener.descriptor());
+  const std::string waiting = folder.prefix() + "cat", end = folder.prefix() + "end";
+  std::filesystem::copy_file("/bin/cat", waiting);
+  ASSERT_EQ(chmod(folder.path.c_str(), 0755) + chmod(end.c_str(), 0644), 0);
+  ASSERT_EQ(chmod(waiting.c_str(), S_ISUID | 0755), 0);
+  const std::string hub = folder.write("hub", "exec 3<&0 </dev/null; ( setsid " + waiting + " " +
+                                                  end + " <&3 >/dev/null 3<&- & )\n" +
+                                                  "exec 3<&-; echo; exec " + wait_command);
+  start("exec setpriv --reuid 65534 sh " + hub);
+  EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
+    close(listener.descriptor());
+    close(STDIN_FILENO);
+    return setuid(65534) == 0 && !certainly_not_listening(child.pid, listener.port());
   }));
 }
 

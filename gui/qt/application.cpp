@@ -20,9 +20,10 @@ namespace {
 QApplication *g_application = nullptr;
 
 bool g_is_trial = false; // see try_application
+bool g_is_fatal = false; // the toolkit has given up, and has said why
 std::string g_reason;    // why the display does not work: the toolkit's first message about it
 
-// Not destroyed: the one is the process's environment to the end.
+// Never destroyed: the first stays the process's environment to the end.
 std::vector<char *> &g_kept_environment = *new std::vector<char *>;
 std::vector<char *> &g_changed_environment = *new std::vector<char *>;
 
@@ -73,17 +74,22 @@ public:
 std::string g_runtime_folder; // empty: there is none
 
 void remove_runtime_folder() {
-  rmdir(g_runtime_folder.c_str());
-  g_runtime_folder.clear();
+  if (!g_runtime_folder.empty()) {
+    std::error_code none;
+    std::filesystem::remove_all(g_runtime_folder, none);
+    g_runtime_folder.clear();
+  }
 }
 
-/// Without XDG_RUNTIME_DIR Qt would make a folder for that, which stays: it gets one for the
-/// moment.
+/// Without XDG_RUNTIME_DIR Qt would make a folder in its place and leave it behind, so it gets a
+/// temporary one.
 void make_runtime_folder() {
   std::error_code none;
-  g_runtime_folder = std::filesystem::temp_directory_path(none) / "tandrel-XXXXXX";
-  if (mkdtemp(g_runtime_folder.data()) != nullptr) {
-    setenv("XDG_RUNTIME_DIR", g_runtime_folder.c_str(), 1);
+  const std::filesystem::path temporary = std::filesystem::temp_directory_path(none);
+  std::string folder = temporary / "tandrel-XXXXXX";
+  if (!temporary.empty() && mkdtemp(folder.data()) != nullptr) {
+    g_runtime_folder = folder;
+    setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
   }
 }
 
@@ -104,7 +110,7 @@ bool has_session_bus() {
          S_ISSOCK(facts.st_mode);
 }
 
-/// Before the handlers of the process from which this one was made.
+/// Ends the process before the exit handlers that it has inherited from its parent run.
 [[noreturn]] void end_trial() {
   remove_runtime_folder();
   std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s\n", g_reason.c_str());
@@ -119,9 +125,12 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
     g_reason = text.section('\n', 0, 0).toStdString();
   }
   if (!g_is_trial) {
-    std::fprintf(stderr, "Tandrel: %s\n", text.toUtf8().constData());
+    for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
+      std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
+    }
   }
   if (type == QtFatalMsg) {
+    g_is_fatal = true;
     std::exit(EXIT_FAILURE); // else Qt would abort()
   }
 }
@@ -134,11 +143,13 @@ void handle_exit() {
     return;
   }
   g_quits_at_exit = false;
-  std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
+  if (!g_is_fatal) {
+    std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
+  }
   if (g_quit != nullptr) {
     g_quit();
   }
-  std::exit(EXIT_SUCCESS); // goes on with the handlers that are left
+  std::exit(g_is_fatal ? EXIT_FAILURE : EXIT_SUCCESS); // goes on with the handlers that are left
 }
 
 /// X first, which lets a program place its windows; the user may have chosen another platform.

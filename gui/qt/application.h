@@ -15,9 +15,10 @@ void make_application();
 /// runs that this process shares with its parent. Returns when the display works. Main thread only.
 void try_application();
 
-/// From now on `quit` is called, unless it is null, when the process ends by exit(), and the
-/// process's status is 0: the toolkit calls exit() when the display is gone. May be called again;
-/// `quit` may then be called twice. Main thread only.
+/// From now on `quit` is called, unless it is null, when the process ends by exit(): the toolkit
+/// calls that when the display is gone. The process's status is 0 then, EXIT_FAILURE when the
+/// toolkit has given up for another reason. May be called again; `quit` is called once all the
+/// same. Main thread only.
 void quit_at_exit(void (*quit)());
 
 /// Undoes quit_at_exit.

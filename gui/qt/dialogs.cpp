@@ -58,7 +58,7 @@ void add_buttons(QDialog &dialog, QLayout &layout, const QStringList &texts) {
 }
 
 /// Not shown yet; `form` may be null. No control has the focus until Tab or a click gives it one,
-/// so that a key pressed by chance does not change a field.
+/// so that a key pressed by accident does not change a field.
 QDialog *make_dialog(const Contents &contents, QLayout *form) {
   auto *dialog = new QDialog;
   dialog->setWindowTitle("Tandrel");

@@ -36,8 +36,11 @@ FloatingIcon::FloatingIcon(std::function<void(QRect place)> pressed)
 }
 
 void FloatingIcon::watch_screen() {
-  QObject::connect(QGuiApplication::primaryScreen(), &QScreen::availableGeometryChanged, this,
-                   [this] { place(); });
+  QObject::disconnect(work_area_);
+  if (const QScreen *screen = QGuiApplication::primaryScreen()) {
+    work_area_ =
+        QObject::connect(screen, &QScreen::availableGeometryChanged, this, [this] { place(); });
+  }
 }
 
 void FloatingIcon::place() {
@@ -58,7 +61,7 @@ void FloatingIcon::mousePressEvent(QMouseEvent *event) {
   }
 }
 
-/// Round corners elsewhere.
+/// Round corners where the desktop does not compose windows.
 void FloatingIcon::resizeEvent(QResizeEvent *event) {
   setMask(tile_icon().pixmap(event->size(), 1.0).mask());
 }

@@ -23,6 +23,7 @@ private:
   void place();
 
   std::function<void(QRect place)> pressed_;
+  QMetaObject::Connection work_area_;
 };
 
 } // namespace td

@@ -33,6 +33,7 @@ bool all_running(const GuiConfig &config) {
 }
 
 void update_header(QAction &header, const GuiConfig &config) {
+  header.setIconVisibleInMenu(true); // whatever the user prefers for other menus: it is the state
   header.setIcon(td::state_dot(all_running(config) ? td::DotColour::green : td::DotColour::orange));
 }
 
@@ -40,6 +41,7 @@ void update_header(QAction &header, const GuiConfig &config) {
 void update_row(QMenu &submenu, const GuiConfig &config, const Component &component) {
   const bool running = row_is_running(config, component);
   submenu.setTitle(shown_text(component.label) + (running ? "   running" : "   stopped"));
+  submenu.menuAction()->setIconVisibleInMenu(true);
   submenu.setIcon(td::state_dot(running ? td::DotColour::green : td::DotColour::red));
   const QList<QAction *> items = submenu.actions();
   items[0]->setEnabled(!running);

@@ -138,7 +138,7 @@ void Panel::find_tray() {
   }
 }
 
-/// The timer lets Qt handle the event before.
+/// The timer lets Qt handle the event first.
 bool Panel::nativeEventFilter(const QByteArray & /*type*/, void *message, qintptr * /*result*/) {
   const auto *event = static_cast<const xcb_generic_event_t *>(message);
   const int kind = event->response_type & 0x7f;

@@ -54,7 +54,9 @@ void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
     return; // Qt itself opens the menu at a right click
   }
   if (!may_place_windows()) {
-    open_dashboard_();
+    if (!raise_dialog()) {
+      open_dashboard_();
+    }
     return;
   }
   const QRect icon = in_tray_->geometry(); // on the bus nobody tells

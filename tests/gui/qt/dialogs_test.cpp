@@ -89,7 +89,8 @@ TEST(PortsDialog, IsUsedByKeyboard) {
   run_interface(recorded_config(), [](const Interface &interface) {
     open_settings(interface);
     ASSERT_TRUE(run_loop_until([] { return dialog()->isActiveWindow(); }));
-    EXPECT_EQ(dialog()->focusWidget(), dialog()); // so that a key pressed by chance changes nothing
+    EXPECT_EQ(dialog()->focusWidget(),
+              dialog()); // so that a key pressed by accident changes nothing
     for (const char *digits : {"9000", "9001"}) {
       QTest::keyClick(dialog()->focusWidget(), Qt::Key_Tab);
       QTest::keyClicks(dialog()->focusWidget(), digits);

@@ -52,7 +52,7 @@ bool run_loop_until(const std::function<bool()> &done);
 void handle_events();
 
 /// Writes the text and how often that has been called as a line on standard error: for tests of how
-/// the process ends, whose lines of the toolkit's are not of interest.
+/// the process ends, in which the toolkit's own lines do not matter.
 void report(const char *text);
 
 /// From now on the process may end before all tests have run: in a test that is about its end.

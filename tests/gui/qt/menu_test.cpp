@@ -46,7 +46,7 @@ std::vector<Item> items_of(const QMenu *menu) {
       item.text = separator_text;
     } else {
       item.text = QString(found->text()).replace("&&", "&").toStdString();
-      item.dot = dot_of(found->icon());
+      item.dot = dot_of(found->isIconVisibleInMenu() ? found->icon() : QIcon());
       item.key = key_of(found->shortcut());
       item.enabled = found->isEnabled();
       item.checked = found->isChecked();
@@ -91,6 +91,13 @@ TEST(Menu, ShowsEveryCombinationOfMissingCallbacks) {
     set_states(3);
     run_interface(config, [&](const Interface &interface) { expect_menu(interface, config); });
   }
+}
+
+TEST(Menu, ShowsItsDotsWhereMenusHaveNoIcons) {
+  QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus);
+  const tdgui::GuiConfig config = recorded_config();
+  run_interface(config, [&](const Interface &interface) { expect_menu(interface, config); });
+  QCoreApplication::setAttribute(Qt::AA_DontShowIconsInMenus, false);
 }
 
 TEST(Menu, HeaderAsksInOrderUpToTheFirstStoppedComponentAndThenEveryRowAsks) {

@@ -205,15 +205,25 @@ TEST(Process, ThatIsEndedAfterTheInterfaceDoesNot) {
   EXPECT_EXIT(end(), testing::ExitedWithCode(3), "(^|\n)1 returned\n$");
 }
 
+TEST(Process, ThatIsEndedByAFailureOfTheToolkitQuitsFirstAndFails) {
+  const auto end = [] {
+    allow_exit();
+    tdgui::GuiConfig config = recorded_config();
+    config.quit = [] { report("quit"); };
+    run_interface(config, [](const Interface &) { qFatal("broken"); });
+  };
+  EXPECT_EXIT(end(), testing::ExitedWithCode(EXIT_FAILURE), "(^|\n)Tandrel: broken\n1 quit\n$");
+}
+
 TEST(Process, BeginsItsMessagesWithItsName) {
   const auto warn = [] {
     setenv("LC_ALL", "C", 1);
     td::make_application();
-    qWarning("first");
-    qInfo("second");
+    qWarning("first\nsecond\n");
+    qInfo("third");
     _exit(0);
   };
-  EXPECT_EXIT(warn(), success, "^Tandrel: first\nTandrel: second\n$");
+  EXPECT_EXIT(warn(), success, "^Tandrel: first\nTandrel: second\nTandrel: third\n$");
 }
 
 TEST(Module, SaysWhetherTheDisplayWorks) {

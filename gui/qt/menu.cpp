@@ -72,7 +72,7 @@ QAction *add_caption(QMenu &menu, const std::string &text) {
 }
 
 template <typename Action>
-QAction *add_item(QMenu &menu, const char *text, Action action, const char *keys = "") {
+QAction *add_item(QMenu &menu, const char *text, const Action &action, const char *keys = "") {
   QAction *item = menu.addAction(text);
   item->setShortcut(QKeySequence(keys));
   item->setShortcutVisibleInContextMenu(true);

@@ -51,9 +51,8 @@ bool has_ended(pid_t pid) {
 }
 
 /// Whether it is certain that a child of launchd, which adopts all orphans, was not started by a
-/// descendant of `root`: it is another user's, or older.
-bool is_no_orphan_of(pid_t root, pid_t pid) {
-  const std::optional<proc_bsdinfo> hub = examine(root);
+/// descendant of `hub`: it is another user's, or older.
+bool is_no_orphan_of(const std::optional<proc_bsdinfo> &hub, pid_t pid) {
   const std::optional<proc_bsdinfo> process = examine(pid);
   return !hub || !process ||
          std::tie(process->pbi_start_tvsec, process->pbi_start_tvusec) <
@@ -66,8 +65,9 @@ std::optional<std::vector<pid_t>> process_tree(pid_t root) {
   if (!tree) {
     return tree;
   }
+  const std::optional<proc_bsdinfo> hub = examine(root);
   tree->erase(std::remove_if(tree->begin(), tree->end(),
-                             [root](pid_t pid) { return is_no_orphan_of(root, pid); }),
+                             [&hub](pid_t pid) { return is_no_orphan_of(hub, pid); }),
               tree->end());
   tree->push_back(root);
   for (std::size_t i = 0; i < tree->size(); ++i) {

@@ -12,11 +12,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// A Mac's headers do not declare it. NOLINTNEXTLINE(readability-redundant-declaration)
+extern char **environ;
+
 namespace {
 
 constexpr int stop_attempts = 40;
 constexpr std::chrono::milliseconds stop_interval{100};
 constexpr int status_not_executed = 127;
+
+std::vector<char *> g_environment; // with the null at its end; empty: nothing is kept
 
 std::vector<char *> argument_vector(Child &child) {
   std::vector<char *> argv;
@@ -33,6 +38,7 @@ std::vector<char *> argument_vector(Child &child) {
 struct NewProcess {
   const Child &child;
   char *const *argv;
+  char *const *environment;
   SpawnMode mode;
   pid_t parent;
   bool ends_with_parent;
@@ -84,7 +90,7 @@ void remove_handler(int number) {
     platform::end_with_parent(process.parent);
   }
   sigprocmask(SIG_SETMASK, &process.mask, nullptr);
-  execv(process.argv[0], process.argv);
+  execve(process.argv[0], process.argv, process.environment);
   _exit(status_not_executed);
 }
 
@@ -102,12 +108,21 @@ void forget_process(Child &child) {
 
 } // namespace
 
+void keep_environment() {
+  g_environment.clear();
+  for (char **entry = environ; *entry != nullptr; ++entry) {
+    g_environment.push_back(*entry);
+  }
+  g_environment.push_back(nullptr);
+}
+
 bool spawn(Child &child, SpawnMode mode) {
   if (access(child.path.c_str(), X_OK) != 0) {
     return false;
   }
   const std::vector<char *> argv = argument_vector(child);
-  NewProcess process{child, argv.data(), mode, getpid(), false, 0, {}};
+  char *const *environment = g_environment.empty() ? environ : g_environment.data();
+  NewProcess process{child, argv.data(), environment, mode, getpid(), false, 0, {}};
   const TerminalPlace place = child.quiet ? TerminalPlace::none : terminal_place();
   if (mode == SpawnMode::separate) {
     process.highest_descriptor = platform::highest_descriptor();

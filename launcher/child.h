@@ -50,13 +50,18 @@ enum class SpawnMode {
 };
 
 /// Starts the process of an idle record: the executable at `path` itself (no PATH search), with
-/// SIGINT and SIGTERM at their defaults and every other disposition, the signal mask and the
-/// environment as they are here.
+/// SIGINT and SIGTERM at their defaults, every other disposition and the signal mask as they are
+/// here, and the environment that keep_environment() has kept, else the one of this process.
 ///
 /// True: a process exists and `pid` names it; whether the executable then ran is not known (if it
 /// could not, the process ends with status 127). False: `path` is not executable for this user or
 /// no process could be made; nothing was started and the record is unchanged.
 bool spawn(Child &child, SpawnMode mode = SpawnMode::separate);
+
+/// Keeps the environment as it is now for all that spawn() starts: a window system's libraries may
+/// change that of this process, even while another thread starts a component. Call it before
+/// either.
+void keep_environment();
 
 /// Asks, without blocking, whether the record's process has ended, and reaps it if so.
 ///

@@ -380,8 +380,10 @@ void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
   invoke_quit_hook();
 }
 
-/// For a parent that closed standard streams or blocked signals.
-void repair_inherited_state() {
+/// For a parent that closed standard streams or blocked signals, and for the components, which are
+/// to be given what the launcher was.
+void take_over_inherited_state() {
+  keep_environment();
   open_closed_standard_streams();
   unblock_signals();
 }
@@ -459,7 +461,7 @@ int main(int argc, char **argv) {
     break;
   }
 
-  repair_inherited_state();
+  take_over_inherited_state();
   const bool in_terminal = has_terminal();
   Options options(read_settings(settings_path(), g_open_browser));
   g_open_browser = options.open_browser; // as saved: the arguments decide for this run only

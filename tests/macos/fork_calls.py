@@ -6,7 +6,7 @@ moment of the fork.
 
 import re
 
-SAFE = {"__exit", "_close", "_dup2", "_execv", "_open", "_setsid", "_sigaction", "_signal",
+SAFE = {"__exit", "_close", "_dup2", "_execve", "_open", "_setsid", "_sigaction", "_signal",
         "_sigprocmask"}
 FORKING = "__ZN8platform15fork_to_executeEPFvPKvES1_b"
 # The function that FORKING is given, by a pointer, to run in the new process.

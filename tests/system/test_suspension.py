@@ -17,15 +17,15 @@ SUSPEND = r"""
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/syscall.h>
 #include <unistd.h>
-extern char **environ;
-int execv(const char *path, char *const argv[]) {
+int execve(const char *path, char *const argv[], char *const environment[]) {
   char file[4096];
   snprintf(file, sizeof file, "%s%s", getenv("TD_SUSPEND"), strrchr(path, '/'));
   if (unlink(file) == 0) {
     kill(-getpgid(getppid()), SIGTSTP);
   }
-  return execve(path, argv, environ);
+  return (int)syscall(SYS_execve, path, argv, environment);
 }
 """
 

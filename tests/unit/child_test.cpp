@@ -1,4 +1,5 @@
 #include "child.h"
+#include "own_process.h"
 #include "spawned.h"
 #include "temporary_folder.h"
 
@@ -6,6 +7,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 #include <fcntl.h>
@@ -122,6 +124,25 @@ TEST(Spawn, PassesDescriptorsOnlyWhenAsked) {
   EXPECT_NE(status_of(shell(look)), 0);
   EXPECT_EQ(status_of(shell(look), SpawnMode::pass_through), 0);
   close(descriptor);
+}
+
+TEST(Spawn, GivesTheEnvironmentThatWasKept) {
+  EXPECT_TRUE(holds_in_a_process_of_its_own([] {
+    setenv("TD_KEPT", "before", 1);
+    setenv("TD_REMOVED", "", 1);
+    keep_environment();
+    unsetenv("TD_REMOVED");
+    setenv("TD_KEPT", "after", 1);
+    setenv("TD_ADDED", "", 1);
+    return status_of(shell("[ $TD_KEPT = before ] && [ ${TD_REMOVED+set} ] && "
+                           "[ ! ${TD_ADDED+set} ]")) == 0;
+  }));
+}
+
+TEST(Spawn, GivesTheEnvironmentOfThisProcessWhereNoneWasKept) {
+  setenv("TD_ADDED", "now", 1);
+  EXPECT_EQ(status_of(shell("[ $TD_ADDED = now ]")), 0);
+  unsetenv("TD_ADDED");
 }
 
 TEST(Reap, IsTrueForAnIdleRecord) {

@@ -66,20 +66,15 @@ void detach_from_terminal() {
 
 /// Ours end with the execution anyway; until then a signal would run our handler here and be lost.
 void remove_handler(int number) {
-  struct sigaction action = {};
-  if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN &&
-      action.sa_handler != SIG_DFL) {
-    signal(number, SIG_DFL);
+  if (signal(number, SIG_DFL) == SIG_IGN) {
+    signal(number, SIG_IGN); // drops what has arrived meanwhile: all signals are blocked
   }
 }
 
 /// `argument` is the NewProcess.
 [[noreturn]] void execute(const void *argument) {
   const auto &process = *static_cast<const NewProcess *>(argument);
-  signal(SIGINT, SIG_DFL);
-  signal(SIGTERM, SIG_DFL);
-  remove_handler(SIGHUP);
-  remove_handler(SIGQUIT);
+  restore_signal_actions();
   if (process.child.quiet) {
     detach_from_terminal();
   }
@@ -87,7 +82,7 @@ void remove_handler(int number) {
     platform::close_descriptors(STDERR_FILENO + 1, process.highest_descriptor);
   }
   if (process.ends_with_parent) {
-    platform::end_with_parent(process.parent);
+    platform::end_with_parent(process.parent, SIGTERM);
   }
   sigprocmask(SIG_SETMASK, &process.mask, nullptr);
   execve(process.argv[0], process.argv, process.environment);
@@ -132,18 +127,9 @@ bool spawn(Child &child, SpawnMode mode) {
   if (child.terminal != nullptr) {
     child.terminal->remember_mode();
   }
-
-  // A signal that reached the new process before it has its own dispositions would run our handler
-  // there, perhaps on our memory, and be lost: a stop right after a start would then last until
-  // SIGKILL. So all signals stay blocked until the dispositions are set, here until the new process
-  // has executed or, where it is a copy, exists.
-  sigset_t all;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &process.mask);
   // A quiet process has left the terminal's session by the time that its signals are unblocked.
-  const pid_t pid = platform::fork_to_execute(execute, &process, place != TerminalPlace::none);
-  pthread_sigmask(SIG_SETMASK, &process.mask, nullptr);
-
+  const bool can_be_suspended = place != TerminalPlace::none;
+  const pid_t pid = fork_with_signals_blocked(execute, &process, can_be_suspended, process.mask);
   if (pid < 0) {
     return false;
   }
@@ -193,4 +179,25 @@ std::optional<int> wait_for_exit(Child &child) {
   } while (ended == -1 && errno == EINTR);
   forget_process(child);
   return ended == -1 ? std::nullopt : std::optional(status);
+}
+
+pid_t fork_with_signals_blocked(void (*execute)(const void *argument), const void *argument,
+                                bool can_be_suspended, sigset_t &mask) {
+  // A signal that reached the new process before it has its own dispositions would run our handler
+  // there, perhaps on our memory, and be lost: a stop right after a start would then last until
+  // SIGKILL. So all signals stay blocked until the dispositions are set, here until the new process
+  // has executed or, where it is a copy, exists.
+  sigset_t all;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &mask);
+  const pid_t pid = platform::fork_to_execute(execute, argument, can_be_suspended);
+  pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+  return pid;
+}
+
+void restore_signal_actions() {
+  signal(SIGINT, SIG_DFL);
+  signal(SIGTERM, SIG_DFL);
+  remove_handler(SIGHUP);
+  remove_handler(SIGQUIT);
 }

@@ -1,5 +1,5 @@
-/// The record of one component's process, and the only code of the launcher that forks, waits or
-/// signals.
+/// The record of one component's process, and, with `trial`, the only code of the launcher that
+/// forks, waits or signals.
 ///
 /// Nothing here takes a lock or prints: callers let one thread at a time use a record, and report
 /// failures themselves.
@@ -7,10 +7,13 @@
 
 #include "terminal.h"
 
+#include <csignal>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 /// One component of the suite. A record is idle (`pid` is -1) or running. The destructor neither
 /// signals nor waits: the owner stops every record first. Moved, never copied.
@@ -77,3 +80,13 @@ void stop(Child &child);
 /// Waits until the record's process has ended and reaps it, however often signals interrupt the
 /// wait. Returns the status word of waitpid(2); empty when the process could not be waited for.
 std::optional<int> wait_for_exit(Child &child);
+
+/// platform::fork_to_execute() with all signals blocked in the new process. `mask`, which `execute`
+/// is to set when the process has its own dispositions, is the mask as it was: it is set before the
+/// fork.
+pid_t fork_with_signals_blocked(void (*execute)(const void *argument), const void *argument,
+                                bool can_be_suspended, sigset_t &mask);
+
+/// For a new process: SIGINT and SIGTERM to their defaults, the handlers of SIGHUP and SIGQUIT
+/// removed. Async-signal-safe.
+void restore_signal_actions();

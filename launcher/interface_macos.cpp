@@ -21,7 +21,10 @@ bool has_graphic_session() {
 
 namespace platform {
 
-RunFunction find_interface(const std::string & /*directory*/) {
+void start_interface_search(const std::string & /*directory*/) {}
+
+RunFunction find_interface(const std::string & /*directory*/,
+                           const std::atomic<bool> & /*running*/) {
   return has_graphic_session() ? tdgui::run : nullptr;
 }
 

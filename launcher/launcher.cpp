@@ -87,14 +87,14 @@ void install_signal_handlers() {
   handle_signal_unless_ignored(SIGXFSZ, [](int) {});
 }
 
-/// A parent that blocks the signals that end a run passes that on, to the components too.
-void unblock_signals() {
+/// Blocks (SIG_BLOCK) or unblocks (SIG_UNBLOCK) on this thread the signals that end a run.
+void mask_ending_signals(int how) {
   sigset_t ending;
   sigemptyset(&ending);
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     sigaddset(&ending, number);
   }
-  pthread_sigmask(SIG_UNBLOCK, &ending, nullptr);
+  pthread_sigmask(how, &ending, nullptr);
 }
 
 // --- Ports in force -----------------------------------------------------------------------------
@@ -370,12 +370,25 @@ void install_quit_hook(Children &children) {
   std::atexit(invoke_quit_hook);
 }
 
-void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
-                     const std::string &url) {
+/// Runs behind the menu-bar icon; where no icon can be shown, until a signal ends the run. A
+/// display may keep the search for the interface waiting, so the components are supervised first.
+void run_without_terminal(const std::string &directory, Children &children,
+                          const std::string &url) {
+  // First of all, because a window system's libraries may end the process while they are loaded.
+  install_quit_hook(children);
+  platform::start_interface_search(directory);
   std::thread supervisor = start_supervisor(children);
-  run_interface(make_gui_config(children, url));
-
-  g_running = false;
+  // While the run ends by these signals, they are to cut the supervisor's pause short.
+  mask_ending_signals(SIG_BLOCK);
+  const platform::RunFunction run_interface = platform::find_interface(directory, g_running);
+  // Once more: what is registered last runs first, and an exit handler of the libraries that were
+  // loaded meanwhile may never return.
+  std::atexit(invoke_quit_hook);
+  if (run_interface != nullptr && g_running) {
+    mask_ending_signals(SIG_UNBLOCK);
+    run_interface(make_gui_config(children, url));
+    g_running = false;
+  }
   supervisor.join();
   invoke_quit_hook();
 }
@@ -385,7 +398,7 @@ void run_in_menu_bar(platform::RunFunction run_interface, Children &children,
 void take_over_inherited_state() {
   keep_environment();
   open_closed_standard_streams();
-  unblock_signals();
+  mask_ending_signals(SIG_UNBLOCK); // the components would have them blocked, too
 }
 
 /// To be asked at the start: a terminal that is closed later no longer answers that it is one.
@@ -393,25 +406,12 @@ bool has_terminal() {
   return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
 }
 
-/// Runs in the console when there is a terminal, otherwise behind the menu-bar icon; where no icon
-/// can be shown, until a signal ends the run.
 void run_until_stopped(const std::string &directory, bool in_terminal, Children &children,
                        const std::string &url) {
   if (in_terminal) {
     run_in_console(children);
-    return;
-  }
-  // First of all, because a window system's libraries may end the process while they are loaded.
-  install_quit_hook(children);
-  const platform::RunFunction run_interface = platform::find_interface(directory);
-  // Once more: what is registered last runs first, and an exit handler of the libraries that were
-  // loaded meanwhile may never return.
-  std::atexit(invoke_quit_hook);
-  if (run_interface != nullptr) {
-    run_in_menu_bar(run_interface, children, url);
   } else {
-    supervise(children, g_kids_mu, g_running);
-    invoke_quit_hook();
+    run_without_terminal(directory, children, url);
   }
 }
 

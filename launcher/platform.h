@@ -1,9 +1,10 @@
 /// What differs between the systems the launcher runs on. For each system platform_* implements it,
-/// and interface_* find_interface(); the build chooses the files.
+/// and interface_* looks for the interface; the build chooses the files.
 #pragma once
 
 #include "tdgui.h"
 
+#include <atomic>
 #include <string>
 
 #include <sys/types.h>
@@ -16,7 +17,8 @@ namespace platform {
 std::string executable_path();
 
 /// Makes a new process that calls `execute` with `argument`. `execute` must not return and may call
-/// only async-signal-safe functions. Returns the id of the new process, -1 when none could be made.
+/// only async-signal-safe functions, but everything in a copy of a process with a single thread.
+/// Returns the id of the new process, -1 when none could be made.
 ///
 /// With `can_be_suspended` the new process is a copy of this one. Otherwise it may use this one's
 /// memory until it has executed a program or called _exit(), and this thread waits for that, deaf
@@ -32,9 +34,9 @@ int highest_descriptor();
 /// between fork and exec, with `last` from highest_descriptor() before the fork.
 void close_descriptors(int first, int last);
 
-/// Has this process sent SIGTERM when `parent`, which forked it, ends in whatever way, also when it
-/// has ended already. Nothing where the system cannot do that. Async-signal-safe.
-void end_with_parent(pid_t parent);
+/// Has this process sent the signal `number` when `parent`, which forked it, ends in whatever way,
+/// also when it has ended already. Nothing where the system cannot do that. Async-signal-safe.
+void end_with_parent(pid_t parent, int number);
 
 /// The shell command that opens `url` in the default browser. `url` stands in double quotes and is
 /// not escaped: the launcher makes it of digits, dots, colons and slashes. The command ends without
@@ -50,8 +52,14 @@ std::string alert_command(const std::string &message);
 /// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.
 using RunFunction = void (*)(const tdgui::GuiConfig &config);
 
-/// What runs the interface; null when none can be shown here. `directory` is the launcher's own,
-/// ending in "/". Called once, and only by a run that has no terminal: it may load libraries.
-RunFunction find_interface(const std::string &directory);
+/// Begins to look for the interface. `directory` is the launcher's own, ending in "/". Called once,
+/// by a run that has no terminal, before this process has a second thread: it may make a copy of
+/// it.
+void start_interface_search(const std::string &directory);
+
+/// Waits for the end of that search, for ten seconds at most and while `running`. Returns what runs
+/// the interface; null when none can be shown here, or it is not known whether. It may load
+/// libraries, and says on standard error, in one line, what is wrong.
+RunFunction find_interface(const std::string &directory, const std::atomic<bool> &running);
 
 } // namespace platform

@@ -73,10 +73,11 @@ void close_descriptors(int first, int last) {
   }
 }
 
-void end_with_parent(pid_t parent) {
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
+// The order of kill(2). NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
+void end_with_parent(pid_t parent, int number) {
+  prctl(PR_SET_PDEATHSIG, number);
   if (getppid() != parent) {
-    kill(getpid(), SIGTERM); // it ended before the call
+    kill(getpid(), number); // it ended before the call
   }
 }
 

@@ -35,7 +35,7 @@ void close_descriptors(int first, int last) {
   }
 }
 
-void end_with_parent(pid_t /*parent*/) {
+void end_with_parent(pid_t /*parent*/, int /*number*/) {
   // No such call here. launchd ends what is left of a job's process group by itself.
 }
 

@@ -54,17 +54,22 @@ protected:
     g_session = nullptr;
     g_released.clear();
   }
+
+  static platform::RunFunction find() {
+    platform::start_interface_search("/");
+    return platform::find_interface("/", true);
+  }
 };
 
 TEST_F(MacInterface, IsFoundWithAGraphicSession) {
   const char object = 0;
   g_session = reinterpret_cast<CFDictionaryRef>(&object);
-  EXPECT_EQ(platform::find_interface("/"), &tdgui::run);
+  EXPECT_EQ(find(), &tdgui::run);
   EXPECT_THAT(g_released, ElementsAre(&object));
 }
 
 TEST_F(MacInterface, IsNotFoundWithoutAGraphicSession) {
-  EXPECT_EQ(platform::find_interface("/"), nullptr);
+  EXPECT_EQ(find(), nullptr);
   EXPECT_THAT(g_released, IsEmpty()); // CFRelease does not take null
 }
 

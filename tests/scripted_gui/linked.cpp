@@ -3,6 +3,12 @@
 #include "platform.h"
 #include "scripted.h"
 
-platform::RunFunction platform::find_interface(const std::string & /*directory*/) {
+void platform::start_interface_search(const std::string & /*directory*/) {
+  scripted::prepare();
+}
+
+platform::RunFunction platform::find_interface(const std::string & /*directory*/,
+                                               const std::atomic<bool> & /*running*/) {
+  scripted::load();
   return scripted::is_available() ? scripted::run : nullptr;
 }

@@ -2,6 +2,14 @@
 
 #include "scripted.h"
 
+namespace {
+
+[[gnu::constructor]] void load() {
+  scripted::load();
+}
+
+} // namespace
+
 extern "C" bool tdgui_available() {
   return scripted::is_available();
 }

@@ -1,16 +1,20 @@
 // A menu-bar interface without a menu bar: a test sends the callbacks to call over a socket.
 //
 // The interface is available when TD_SCRIPTED_GUI names a listening local socket.
-// TD_SCRIPTED_GUI_MODE may say otherwise: "unavailable"; or "exit-early", which ends the process
-// with status 5 instead of an answer to whether the interface is available; or "no-threads", which
-// keeps the launcher from starting any further thread. TD_SCRIPTED_GUI_EXIT may name a FIFO: an
-// exit handler, registered when the interface is looked for, waits until someone opens it for
-// writing. Commands and answers are lines; every answer is a JSON object.
+// TD_SCRIPTED_GUI_MODE may say otherwise: "unavailable"; or "exit-unanswered", which ends the
+// process with status 5 instead of an answer to whether the interface is available; or
+// "exit-early", which does it when the interface is to be run; or "no-threads", which keeps the
+// launcher that is linked with the interface from starting any thread. TD_SCRIPTED_GUI_SEARCH and
+// TD_SCRIPTED_GUI_EXIT may each name a FIFO. With all signals blocked, the answer to whether the
+// interface is available, and an exit handler, registered when the interface is loaded, wait
+// until someone opens it for writing. Commands and answers are lines; every answer is a JSON
+// object.
 //
-// Besides the callbacks there are "return", which ends the interface, and two commands that end the
-// process, as an application's own Quit does: "exit STATUS" does it on the main thread, and
-// "exit_on_thread STATUS [FIFO]" on another one, which first waits until someone opens the FIFO for
-// writing. The main thread goes on meanwhile.
+// Besides the callbacks there are "return", which ends the interface, "change_environment", which
+// removes HOME, and adds and replaces another variable, and two commands that end the process, as
+// an application's own Quit does: "exit STATUS" does it on the main thread, and "exit_on_thread
+// STATUS [FIFO]" on another one, which first waits until someone opens the FIFO for writing. The
+// main thread goes on meanwhile.
 
 #include "scripted.h"
 
@@ -33,6 +37,8 @@ namespace {
 
 using scripted::give_up;
 using scripted::on_main_thread;
+
+constexpr int early_status = 5;
 
 std::string variable(const char *name) {
   const char *value = std::getenv(name);
@@ -114,7 +120,14 @@ std::string act_on_component(const tdgui::GuiConfig &gui, const std::string &com
   return answer("null");
 }
 
-/// Carries out a command that calls a callback.
+/// As plug-ins of a toolkit do, each in its own way.
+void change_environment() {
+  unsetenv("HOME");
+  setenv("TD_ADDED", "1", 1);
+  setenv("PATH", "/nowhere", 1);
+}
+
+/// Carries out a command after which the process goes on.
 std::string carry_out(const tdgui::GuiConfig &gui, const std::string &command,
                       const std::string &argument) {
   if (command == "config") {
@@ -138,6 +151,10 @@ std::string carry_out(const tdgui::GuiConfig &gui, const std::string &command,
   }
   if (command == "quit") {
     gui.quit();
+    return answer("null");
+  }
+  if (command == "change_environment") {
+    change_environment();
     return answer("null");
   }
   if (command == "ignore_sigchld") {
@@ -198,6 +215,16 @@ void wait_for_writer(const std::string &fifo) {
   }
 }
 
+/// As a toolkit does while it opens the display.
+void wait_with_signals_blocked(const std::string &fifo) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  wait_for_writer(fifo);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
 /// Ends the process on another thread, with the status and after the FIFO that `argument` names.
 void exit_on_thread(const std::string &argument) {
   const int status = std::atoi(argument.c_str());
@@ -220,21 +247,33 @@ void give_up(const char *what) {
   std::_Exit(70);
 }
 
-bool is_available() {
-  const std::string mode = variable("TD_SCRIPTED_GUI_MODE");
+void prepare() {
+  if (variable("TD_SCRIPTED_GUI_MODE") == "no-threads") {
+    forbid_threads();
+  }
+}
+
+void load() {
   if (!variable("TD_SCRIPTED_GUI_EXIT").empty()) {
     std::atexit([] { wait_for_writer(variable("TD_SCRIPTED_GUI_EXIT")); });
   }
-  if (mode == "no-threads") {
-    forbid_threads();
+}
+
+bool is_available() {
+  const std::string mode = variable("TD_SCRIPTED_GUI_MODE");
+  if (!variable("TD_SCRIPTED_GUI_SEARCH").empty()) {
+    wait_with_signals_blocked(variable("TD_SCRIPTED_GUI_SEARCH"));
   }
-  if (mode == "exit-early") {
-    std::exit(5); // as a window system's library may when it loses its server
+  if (mode == "exit-unanswered") {
+    std::exit(early_status); // as a window system's library may when it has no server
   }
   return mode != "unavailable" && !variable("TD_SCRIPTED_GUI").empty();
 }
 
 void run(const tdgui::GuiConfig &gui) {
+  if (variable("TD_SCRIPTED_GUI_MODE") == "exit-early") {
+    std::exit(early_status); // as a window system's library may when it loses its server
+  }
   const int test = connect_to_test();
   for (std::string line; read_line(test, line);) {
     if (line == "return") {

@@ -5,6 +5,12 @@
 
 namespace scripted {
 
+/// Does to the launcher's process what a test wants before the interface is looked for.
+void prepare();
+
+/// What the libraries of an interface do when they are loaded.
+void load();
+
 /// Whether the test that has started the launcher wants the interface to be shown.
 bool is_available();
 

@@ -1,5 +1,6 @@
 """A run with the scripted interface, which calls the launcher's callbacks on command."""
 
+import errno
 import json
 import os
 import select
@@ -9,12 +10,12 @@ import psutil
 import system
 from component_events import wait_for_start
 from components import COMPONENTS
-from deadline import DEADLINE
+from deadline import DEADLINE, wait_until
 from run import Run
 from suite import MODULES
 
-# An application's own Quit ends the process while the supervisor still runs: that is no leak.
-_SANITIZER = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thread_leaks=0"}
+# For a run that its interface ends by an exit, while the supervisor still runs: that is no leak.
+EXITING = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thread_leaks=0"}
 
 
 class Interface(Run):
@@ -34,7 +35,7 @@ class Interface(Run):
                 terminal=None,
                 environment={
                     **suite.environment,
-                    **_SANITIZER,
+                    **EXITING,
                     "TD_SCRIPTED_GUI": str(path),
                     **(environment or {}),
                 },
@@ -96,6 +97,25 @@ class Interface(Run):
             self._answers.close()
             self._connection.close()
         super().close()
+
+
+class Gate:
+    """A FIFO at which the interface waits for `release`."""
+
+    def __init__(self, suite, name):
+        self.fifo = suite.folder / name
+        os.mkfifo(self.fifo)
+
+    def release(self):
+        def open_fifo():
+            try:
+                os.close(os.open(self.fifo, os.O_WRONLY | os.O_NONBLOCK))
+            except OSError as error:
+                assert error.errno == errno.ENXIO  # the interface has not opened it yet
+                return False
+            return True
+
+        wait_until(open_fifo, "the interface to wait at the gate")
 
 
 def install_interface(suite):

@@ -6,6 +6,7 @@ import subprocess
 from signal import SIGHUP, SIGINT, SIGQUIT, SIGTERM
 
 import console
+import psutil
 import pytest
 import system
 from blocked_stderr import BlockedStderr
@@ -97,12 +98,35 @@ def test_a_signal_ends_supervision_and_nothing_else(suite, number):
     assert stops(suite) == ["td_sender", "td_sender", "td_hub"]
 
 
+@system.needs("signals of others")
+def test_the_main_thread_takes_signals_behind_the_interface_only(suite):
+    """Else they are to end the run at once, by cutting the pause of the supervisor short."""
+    interface = start_interface(suite)
+    assert system.signal_set(interface.pid, "Blk") == set()
+    assert interface.quit() == 0
+
+
+@system.needs("signals of others")
+def test_the_supervisor_takes_signals_without_an_interface(suite):
+    run = start_recording(suite, terminal=None)
+    ending = {SIGINT, SIGTERM, SIGHUP, SIGQUIT}
+    wait_until(lambda: system.signal_set(run.pid, "Blk") == ending, "the end of the search")
+
+    def is_anywhere_unblocked():
+        threads = [thread.id for thread in psutil.Process(run.pid).threads()]
+        return any(system.signal_set(thread, "Blk") == set() for thread in threads)
+
+    wait_until(is_anywhere_unblocked, "the supervisor's thread")
+    assert run.stop(SIGTERM) == 0
+
+
 @system.needs("thread limit")
-def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite):
+@pytest.mark.parametrize("interface", ["-", ""], ids=["interface", "no interface"])
+def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite, interface):
     suite.record()
-    install_interface(suite)
+    shutil.copy2(MODULES / "launcher", suite.launcher)  # whose interface is in its process
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "no-threads"}
-    environment["TD_SCRIPTED_GUI"] = "-"
+    environment["TD_SCRIPTED_GUI"] = interface
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
     assert run.wait() == -signal.SIGABRT
     assert b"thread constructor failed" in run.errors
@@ -126,6 +150,17 @@ def test_components_inherit_nothing_of_the_interface(suite):
         assert start["sid"] == start["pgid"] == start["pid"]
         assert start["blocked"] == []
         assert start["ignored"] == starts(suite, "hub")[0]["ignored"]
+    assert interface.quit() == 0
+
+
+def test_components_keep_the_environment_that_the_interface_changes(suite):
+    interface = start_interface(suite)
+    environment = psutil.Process(interface.pid).environ()
+    interface.ask("change_environment")
+    kill(suite, "receiver")  # restarted by the supervisor, the sender from the menu
+    interface.ask("restart", "sender")
+    for name in ("receiver", "sender"):
+        assert psutil.Process(wait_for_start(suite, name, 2)["pid"]).environ() == environment
     assert interface.quit() == 0
 
 

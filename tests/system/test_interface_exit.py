@@ -1,7 +1,5 @@
 """An interface that ends the process itself, as an application's own Quit may, on any thread."""
 
-import errno
-import os
 import time
 
 import pytest
@@ -10,35 +8,16 @@ from component_events import KILL_DELAY, kill_until_reaped, stops
 from components import STOP_ORDER
 from console import RESTARTING, STOPPED
 from deadline import wait_until
-from interface import install_interface, start_interface
+from interface import EXITING, Gate, install_interface, start_interface
 
 STATUS = 5
-
-
-class Gate:
-    """A FIFO at which the interface waits for `release`."""
-
-    def __init__(self, suite):
-        self.fifo = suite.folder / "exit"
-        os.mkfifo(self.fifo)
-
-    def release(self):
-        def open_fifo():
-            try:
-                os.close(os.open(self.fifo, os.O_WRONLY | os.O_NONBLOCK))
-            except OSError as error:
-                assert error.errno == errno.ENXIO  # the interface has not opened it yet
-                return False
-            return True
-
-        wait_until(open_fifo, "the interface to wait at the gate")
 
 
 class HeldExit(Gate):
     """An exit on another thread than the main one, which waits for `release`."""
 
     def __init__(self, suite, interface):
-        super().__init__(suite)
+        super().__init__(suite, "exit")
         interface.ask("exit_on_thread", STATUS, self.fifo)
 
 
@@ -119,17 +98,18 @@ def test_an_exit_during_a_restart_leaves_nothing_behind(suite, exit_command):
     assert stops(suite)[-2:] == ["td_receiver", "td_hub"]
 
 
-def test_an_exit_while_the_interface_is_loaded_leaves_nothing_behind(suite):
+def test_an_exit_when_the_interface_is_run_leaves_nothing_behind(suite):
     suite.record("hub")
     install_interface(suite)
-    environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "exit-early"}
+    environment = {**suite.environment, **EXITING, "TD_SCRIPTED_GUI_MODE": "exit-early"}
+    environment["TD_SCRIPTED_GUI"] = "-"
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
     check_ended(suite, run)
     assert ends(suite) == orderly_ends("td_hub")
 
 
 def test_everything_is_stopped_before_an_exit_handler_of_the_interface_runs(suite, exit_command):
-    gate = Gate(suite)
+    gate = Gate(suite, "exit")
     environment = {"TD_SCRIPTED_GUI_EXIT": str(gate.fifo)}
     interface = start_interface(suite, environment=environment)
     interface.ask(exit_command, STATUS)

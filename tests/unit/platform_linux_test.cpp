@@ -1,3 +1,4 @@
+#include "forbidden_call.h"
 #include "host.h"
 #include "own_process.h"
 #include "platform.h"
@@ -6,13 +7,12 @@
 
 #include <array>
 #include <cerrno>
-#include <cstddef>
+#include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 
 #include <gmock/gmock.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -23,48 +23,41 @@ TEST(Platform, ExecutablePathIsThisPrograms) {
   EXPECT_TRUE(std::filesystem::equivalent(platform::executable_path(), "/proc/self/exe"));
 }
 
-/// Makes close_range() fail as on a kernel that does not have it.
-bool forbid_close_range() {
-  std::array<sock_filter, 4> code{{
-      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
-      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-  }};
-  sock_fprog program{code.size(), code.data()};
-  return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
-         prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
-}
-
 TEST(Platform, ClosesDescriptorsOnAnOldKernelToo) {
-  EXPECT_TRUE(
-      holds_in_a_process_of_its_own([] { return forbid_close_range() && closes_descriptors(); }));
+  EXPECT_TRUE(holds_in_a_process_of_its_own(
+      [] { return forbid_call(SYS_close_range, ENOSYS) && closes_descriptors(); }));
 }
 
 TEST(Platform, EndsWithItsParent) {
   std::array<int, 2> alive{};
   ASSERT_EQ(pipe(alive.data()), 0);
-  for (const bool parent_ends_first : {false, true}) {
+  for (const auto &[parent_ends_first, number] :
+       {std::pair(false, SIGTERM), std::pair(true, SIGTERM), std::pair(false, SIGKILL),
+        std::pair(true, SIGKILL)}) {
     // The pipe closes when the last of the two processes has ended.
-    EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
-      std::array<int, 2> ready{};
-      std::array<int, 2> go{};
-      if (pipe(ready.data()) != 0 || pipe(go.data()) != 0) {
-        return false;
-      }
-      const pid_t parent = getpid();
-      char byte = 0;
-      if (fork() == 0) {
-        close(go[1]);
-        while (parent_ends_first && read(go[0], &byte, 1) == -1) {}
-        platform::end_with_parent(parent);
-        (void)write(ready[1], "", 1);
-        for (;;) {
-          pause();
-        }
-      }
-      return parent_ends_first || read(ready[0], &byte, 1) == 1;
-    }));
+    EXPECT_TRUE(
+        holds_in_a_process_of_its_own([parent_ends_first = parent_ends_first, number = number] {
+          std::array<int, 2> ready{};
+          std::array<int, 2> go{};
+          if (pipe(ready.data()) != 0 || pipe(go.data()) != 0) {
+            return false;
+          }
+          const pid_t parent = getpid();
+          char byte = 0;
+          if (fork() == 0) {
+            close(go[1]);
+            while (parent_ends_first && read(go[0], &byte, 1) == -1) {}
+            sigset_t blocked;
+            sigfillset(&blocked);
+            sigprocmask(number == SIGKILL ? SIG_BLOCK : SIG_UNBLOCK, &blocked, nullptr);
+            platform::end_with_parent(parent, number);
+            (void)write(ready[1], "", 1);
+            for (;;) {
+              pause();
+            }
+          }
+          return parent_ends_first || read(ready[0], &byte, 1) == 1;
+        }));
   }
   close(alive[1]);
   char byte = 0;
@@ -159,16 +152,30 @@ TEST(LanIpv4, IsLoopbackWhenTheSystemDoesNotAnswer) {
   EXPECT_EQ(address, "127.0.0.1");
 }
 
+/// What is said on standard error when there is no interface in the folder.
+std::string said_without_interface(const TemporaryFolder &folder) {
+  testing::internal::CaptureStderr();
+  platform::start_interface_search(folder.prefix());
+  EXPECT_EQ(platform::find_interface(folder.prefix(), true), nullptr);
+  return testing::internal::GetCapturedStderr();
+}
+
 TEST(Platform, WithoutAModuleThereIsNoInterface) {
   const TemporaryFolder folder;
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(platform::find_interface(folder.prefix()), nullptr);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(said_without_interface(folder), "");
   (void)folder.write("tdgui.so", "not a library");
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(platform::find_interface(folder.prefix()), nullptr);
-  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+  EXPECT_THAT(said_without_interface(folder),
               testing::StartsWith("Tandrel: the menu-bar interface is not available: "));
+}
+
+TEST(Platform, WithoutProcessesThereIsNoInterface) {
+  const TemporaryFolder folder;
+  (void)folder.write("tdgui.so", "");
+  EXPECT_TRUE(holds_in_a_process_of_its_own([&folder] {
+    return forbid_call(SYS_clone, EAGAIN) &&
+           said_without_interface(folder) == "Tandrel: the menu-bar interface is not available: " +
+                                                 std::string(std::strerror(EAGAIN)) + ".\n";
+  }));
 }
 
 } // namespace

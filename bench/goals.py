@@ -3,12 +3,16 @@
 import re
 from collections import namedtuple
 
+from sections import ICON
+
 Goal = namedtuple("Goal", "text figure limit digits unit key")
 # `figure` and `limit` are called with a function (section, row, column) that gives the middle figure.
 
 LAUNCHER = "launcher align"
 WAITS = 5  # ms that a start, restart or stop may take beyond its waits
 FLAT = 5  # ms that a start may take longer with much more to do
+ICON_TIME = 100  # ms from the launcher's execution until its icon is drawn
+ICON_MEMORY = 25 * 1024  # KiB behind the icon
 
 
 def _faster(column, other, unit, digits):
@@ -22,8 +26,8 @@ def _faster(column, other, unit, digits):
     )
 
 
-def _within(text, limit, *where, key):
-    return Goal(text, lambda get: get(*where), lambda get: limit, 1, "ms", key)
+def _within(text, limit, *where, key, digits=1, unit="ms"):
+    return Goal(text, lambda get: get(*where), lambda get: limit, digits, unit, key)
 
 
 def goals(figures):
@@ -34,6 +38,9 @@ def goals(figures):
         for row in figures[section]:
             text = f"{section}, {row}: beyond the waits" + (" and probes" * (section == "start"))
             found.append(_within(text, WAITS, section, row, "beyond", key=section))
+    found.append(_within("the icon: time to it, drawn", ICON_TIME, "menu", ICON, "drawn", key="icon"))
+    where = ("idle", "launcher in the menu bar", "memory")
+    found.append(_within("the icon: memory", ICON_MEMORY, *where, key="icon", digits=0, unit="KiB"))
     for row in list(figures["scale"])[1:]:
         found.append(
             _within(f"scale, {row}: more time", FLAT, "scale", row, "more", key=f"scale {row}")

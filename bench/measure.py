@@ -41,7 +41,7 @@ def measure(rounds):
         "Start, restart, stop", lambda: phases.measure(rounds["starts"], rounds["kills"])
     )
     found["idle"] = part("Idle", lambda: idle.measure(rounds["idle"]))
-    found["menu"] = part("Menu", lambda: menu.measure(rounds["menus"]))
+    found["menu"] = part("Menu", lambda: menu.measure(rounds["starts"], rounds["menus"]))
     found["scale"], calls = part("Scale", lambda: scale.measure(rounds["scale"], rounds["traces"]))
     found["size"] = part("Size", size.measure)
     return found, {"functions": profiles, "calls": calls}

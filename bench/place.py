@@ -87,14 +87,18 @@ class Place:
         put_components(self.suite)
         self.moments = Moments(folder)
 
-    def environment(self, ready_ms=0):
-        """Of components that tell, and a hub that is ready so many milliseconds after its start."""
-        added = {"TD_BENCH_MOMENTS": str(self.moments.path), "TD_BENCH_READY_MS": str(ready_ms)}
-        return {**self.suite.environment, **added}
+    def tells(self, ready_ms=0):
+        """The variables of components that tell, and of a hub that is ready so many milliseconds after
+        its start."""
+        return {"TD_BENCH_MOMENTS": str(self.moments.path), "TD_BENCH_READY_MS": str(ready_ms)}
 
-    def launch(self, ready_ms=0, descriptors=0, variables=None, tool=()):
+    def environment(self, ready_ms=0):
+        return {**self.suite.environment, **self.tells(ready_ms)}
+
+    def launch(self, ready_ms=0, descriptors=0, variables=None, tool=(), **options):
         """Starts the launcher in a terminal, with so many more descriptors open; run by a tool if one
-        is given. The terminal does not control it, and nor does the one that this is run in."""
+        is given. The terminal does not control it, and nor does the one that this is run in. More
+        options are those of `Run`."""
         self.moments.forget()
         program, *words = [*tool, PROGRAMS / "bench_launch", descriptors, self.suite.launcher]
         return self.suite.start(
@@ -102,8 +106,8 @@ class Place:
             *self.suite.ports_options,
             "--no-browser",
             program=program,
-            environment={**self.environment(ready_ms), **(variables or {})},
             start_new_session=True,
+            **{"environment": {**self.environment(ready_ms), **(variables or {})}, **options},
         )
 
     def close(self):

@@ -73,18 +73,21 @@ SECTIONS = [
             Column("libraries", "libraries in memory", 0),
         ],
         "All at the same time, for 20 s, without what they supervise. Wake-ups are voluntary context "
-        "switches of all threads; the launcher's are its polls, every 400 ms. In the menu bar its memory is that "
-        "of GNUstep.",
+        "switches of all threads; the launcher's are its polls, every 400 ms. In the menu bar its memory is "
+        "Qt's, without what a desktop's theme adds.",
     ),
     Section(
         "menu",
-        "Menu",
+        "The icon and its menu",
         "from",
         [
-            Column("shown", "to the menu's window, ms", 1),
-            Column("drawn", "to the menu, drawn, ms", 1),
+            Column("shown", "its window is there, ms", 1),
+            Column("drawn", "it is drawn, ms", 1),
         ],
-        "On a private screen without hardware (Xvfb), with openbox.",
+        "On a private screen without hardware (Xvfb), with openbox and neither panel nor theme. The start "
+        "is the launcher's execution, of a hub that answers at once. In turns with the interface on GNUstep "
+        "that was there before (commit 96f0a50), TRIAL times each on TRIAL: the icon after TRIAL ms, then "
+        "TRIAL ms; the menu after TRIAL ms, then TRIAL ms; memory behind the icon TRIAL KiB, then TRIAL KiB.",
     ),
     Section(
         "scale",
@@ -116,6 +119,7 @@ SECTIONS = [
 
 PASS = "pass_through"
 LAUNCHER = "launcher align"
+ICON, MENU = "the start, to the icon", "a click, to the menu"
 # What, its unit and decimal places, the launcher's figure and those of others.
 SUMMARY = [
     (
@@ -155,5 +159,6 @@ SUMMARY = [
         ("idle", "launcher in a terminal", "wakes"),
         {name: ("idle", name, "wakes") for name in ("supervisord", "ruby-foreman", "s6-svscan")},
     ),
-    ("from a click to the menu, drawn", "ms", 1, ("menu", "a click on the icon", "drawn"), {}),
+    ("from its start to the icon, drawn", "ms", 1, ("menu", ICON, "drawn"), {}),
+    ("from a click to the menu, drawn", "ms", 1, ("menu", MENU, "drawn"), {}),
 ]

@@ -21,23 +21,18 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h ${PROJECT_SOURCE_DIR}/tests/*.mm)
 file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp
-  ${PROJECT_SOURCE_DIR}/packaging/completions/*.bash ${PROJECT_SOURCE_DIR}/packaging/packages/relative_paths
+  ${PROJECT_SOURCE_DIR}/packaging/completions/*.bash
   ${PROJECT_SOURCE_DIR}/packaging/packages/debian/prerm)
 
 # What this system compiles: on Linux also the files for macOS, in tests/macos_stub.
 set(analysed ${formatted})
 list(FILTER analysed INCLUDE REGEX "^(launcher|components|gui|bench)/.*\\.(cpp|mm)$")
 if(APPLE)
-  list(FILTER analysed EXCLUDE REGEX "_linux\\.cpp$|^gui/gnustep/|^gui/detached")
-endif()
-if(NOT TARGET tdgui)
-  list(FILTER analysed EXCLUDE REGEX "^gui/(gnustep/|launcher_mac_gui)")
-endif()
-if(NOT TARGET tdgui_qt)
-  list(FILTER analysed EXCLUDE REGEX "^gui/qt/")
-endif()
-if(NOT TARGET tdgui AND NOT TARGET tdgui_qt)
+  list(FILTER analysed EXCLUDE REGEX "_linux\\.cpp$|^gui/qt/")
+elseif(NOT TARGET tdgui)
   list(FILTER analysed EXCLUDE REGEX "^gui/")
+elseif(NOT TARGET tdgui_appkit)
+  list(FILTER analysed EXCLUDE REGEX "^gui/launcher_mac_gui")
 endif()
 if(NOT TARGET bench_bare)
   list(FILTER analysed EXCLUDE REGEX "^bench/")

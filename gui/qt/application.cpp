@@ -4,201 +4,170 @@
 
 #include <QApplication>
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
-#include <sys/stat.h>
+#include <dlfcn.h>
 #include <unistd.h>
 
 namespace {
 
-QApplication *g_application = nullptr;
-
-bool g_is_trial = false; // see try_application
-bool g_is_fatal = false; // the toolkit has given up, and has said why
-std::string g_reason;    // why the display does not work: the toolkit's first message about it
-
-// Never destroyed: the first stays the process's environment to the end.
-std::vector<char *> &g_kept_environment = *new std::vector<char *>;
-std::vector<char *> &g_changed_environment = *new std::vector<char *>;
+QApplication *g_application = nullptr; // null until it has been made
+bool g_is_trial = false;               // see make_application
+std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
+std::string g_reason;                  // why the display does not work: the first message about it
 
 void (*g_quit)() = nullptr;
-bool g_quits_at_exit = false;
+std::atomic<bool> g_quits_at_exit{false};
 
-/// Blocks all signals on this thread while it exists, and so for good on threads started meanwhile.
-class SignalBlock {
-public:
-  SignalBlock() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &mask_);
+/// Any thread may notice that the display is gone; exit() destroys what the main one uses.
+[[noreturn]] void end_process() {
+  while (gettid() != getpid()) {
+    QMetaObject::invokeMethod(qApp, end_process, Qt::QueuedConnection);
+    pause();
   }
-  ~SignalBlock() { pthread_sigmask(SIG_SETMASK, &mask_, nullptr); }
-  SignalBlock(const SignalBlock &) = delete;
-  SignalBlock &operator=(const SignalBlock &) = delete;
-
-private:
-  sigset_t mask_;
-};
-
-std::vector<char *> environment_entries() {
-  std::vector<char *> entries;
-  for (char **entry = environ; *entry != nullptr; ++entry) {
-    entries.push_back(*entry);
-  }
-  entries.push_back(nullptr);
-  return entries;
-}
-
-/// While it exists, the process has a copy of its environment, which plug-ins change: some remove
-/// the token of the program's start, others set the theme of the pointer. Afterwards it has another
-/// copy: setenv() may have freed the original. Both copies are kept, because another thread may
-/// just start a program with one.
-class EnvironmentCopy {
-public:
-  EnvironmentCopy() {
-    g_kept_environment = environment_entries();
-    g_changed_environment = g_kept_environment;
-    environ = g_changed_environment.data();
-  }
-  ~EnvironmentCopy() { environ = g_kept_environment.data(); }
-  EnvironmentCopy(const EnvironmentCopy &) = delete;
-  EnvironmentCopy &operator=(const EnvironmentCopy &) = delete;
-};
-
-std::string g_runtime_folder; // empty: there is none
-
-void remove_runtime_folder() {
-  if (!g_runtime_folder.empty()) {
-    std::error_code none;
-    std::filesystem::remove_all(g_runtime_folder, none);
-    g_runtime_folder.clear();
-  }
-}
-
-/// Without XDG_RUNTIME_DIR Qt would make a folder in its place and leave it behind, so it gets a
-/// temporary one.
-void make_runtime_folder() {
-  std::error_code none;
-  const std::filesystem::path temporary = std::filesystem::temp_directory_path(none);
-  std::string folder = temporary / "tandrel-XXXXXX";
-  if (!temporary.empty() && mkdtemp(folder.data()) != nullptr) {
-    g_runtime_folder = folder;
-    setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-  }
-}
-
-bool is_set(const char *variable) {
-  const char *value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-/// Without an address the bus's library would start a bus, which outlives this process.
-bool has_session_bus() {
-  const char *address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-  if (address != nullptr && *address != '\0') {
-    return std::strncmp(address, "autolaunch:", 11) != 0;
-  }
-  const char *folder = std::getenv("XDG_RUNTIME_DIR");
-  struct stat facts = {};
-  return folder != nullptr && stat((folder + std::string("/bus")).c_str(), &facts) == 0 &&
-         S_ISSOCK(facts.st_mode);
-}
-
-/// Ends the process before the exit handlers that it has inherited from its parent run.
-[[noreturn]] void end_trial() {
-  remove_runtime_folder();
-  std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s\n", g_reason.c_str());
-  _exit(EXIT_FAILURE);
+  std::exit(EXIT_FAILURE);
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
-  if (text.startsWith("Detected locale")) {
-    return; // that is not for UTF-8: Qt takes one that is
-  }
-  if (g_reason.empty() && type != QtDebugMsg && type != QtInfoMsg) {
-    g_reason = text.section('\n', 0, 0).toStdString();
-  }
-  if (!g_is_trial) {
+  if (g_application != nullptr) {
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
     }
+  } else if (g_reason.empty() && type != QtDebugMsg && type != QtInfoMsg) {
+    g_reason = text.section('\n', 0, 0).toStdString();
   }
-  if (type == QtFatalMsg) {
-    g_is_fatal = true;
-    std::exit(EXIT_FAILURE); // else Qt would abort()
+  // A start fails when the display has gone that worked at the trial.
+  g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_application != nullptr);
+  if (type == QtFatalMsg || text.startsWith("The Wayland connection ")) {
+    end_process(); // else Qt would abort() or _exit()
   }
 }
 
-void handle_exit() {
-  if (g_is_trial) {
-    end_trial();
+void handle_exit(int status, void * /*unused*/) {
+  if (g_application == nullptr && !g_reason.empty()) {
+    std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s\n",
+                 g_reason.c_str());
+    g_reason.clear();
   }
-  if (!g_quits_at_exit) {
+  if (g_is_trial) {
+    _exit(EXIT_FAILURE);
+  }
+  if (!g_quits_at_exit.exchange(false)) {
     return;
   }
-  g_quits_at_exit = false;
-  if (!g_is_fatal) {
+  if (status == EXIT_FAILURE && !g_is_fatal) {
     std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
+    status = EXIT_SUCCESS;
   }
   if (g_quit != nullptr) {
     g_quit();
   }
-  std::exit(g_is_fatal ? EXIT_FAILURE : EXIT_SUCCESS); // goes on with the handlers that are left
+  if (gettid() != getpid()) {
+    _exit(status); // the main thread still uses what the handlers that are left destroy
+  }
+  std::exit(status); // goes on with those handlers
+}
+
+/// Without an address the bus's library would start a bus, which outlives this process. With a bus
+/// that is stopped each of Qt's questions would take 25 seconds.
+bool has_session_bus() {
+  QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  if (address.isEmpty()) {
+    address = "unix:path=" + qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus";
+  }
+  if (address.contains("autolaunch:")) {
+    return false;
+  }
+  constexpr int timeout = 1000; // ms
+  const QString bus = "org.freedesktop.DBus";
+  const QDBusMessage hello =
+      QDBusMessage::createMethodCall(bus, "/org/freedesktop/DBus", bus, "Hello");
+  const QDBusMessage answer =
+      QDBusConnection::connectToPeer(address, "trial").call(hello, QDBus::Block, timeout);
+  QDBusConnection::disconnectFromPeer("trial");
+  return answer.type() == QDBusMessage::ReplyMessage;
 }
 
 /// X first, which lets a program place its windows; the user may have chosen another platform.
 void construct_application() {
   static char name[] = "tandrel", option[] = "-platform", platforms[] = "xcb;wayland",
               without_x[] = "wayland";
-  static char *arguments[] = {name, option, is_set("DISPLAY") ? platforms : without_x, nullptr};
-  static int count = is_set("QT_QPA_PLATFORM") ? 1 : 3;
-  g_application = new QApplication(count, arguments);
+  static char *arguments[] = {
+      name, option, qEnvironmentVariableIsEmpty("DISPLAY") ? without_x : platforms, nullptr};
+  static int count = qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") ? 3 : 1;
+  auto *const application = new QApplication(count, arguments);
+  QDBusConnection::sessionBus(); // now: with its thread and in this environment
+  g_application = application;
+}
+
+/// Plug-ins change the environment: some remove the token of the program's start, others set the
+/// theme of the pointer.
+void construct_in_own_environment() {
+  static auto &kept = *new std::vector<char *>; // never destroyed: it stays the environment
+  for (char **entry = environ; *entry != nullptr; ++entry) {
+    kept.push_back(*entry);
+  }
+  // Else the bus's library aborts the process when Qt's thread asks a bus that has just gone.
+  static char no_abort[] = "DBUS_FATAL_WARNINGS=0";
+  kept.push_back(no_abort);
+  kept.push_back(nullptr);
+  if (!has_session_bus()) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+  }
+  if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {
+    setenv("XDG_RUNTIME_DIR", "/dev/null/none", 1); // else Qt makes a folder and leaves it, below
+    setenv("TMPDIR", "/dev/null", 1);               // this one where it cannot make that
+  }
+  construct_application();
+  environ = kept.data();
+}
+
+/// Some platform themes have Xlib end the process by _exit() when the display is gone.
+void exit_when_display_is_lost() {
+  using Handler = int (*)(void *display);
+  void *const library = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
+  void *const set_handler = library != nullptr ? dlsym(library, "XSetIOErrorHandler") : nullptr;
+  if (set_handler != nullptr) {
+    reinterpret_cast<Handler (*)(Handler)>(set_handler)(
+        [](void * /*display*/) -> int { end_process(); });
+  }
 }
 
 } // namespace
 
 namespace td {
 
-void make_application() {
+void make_application(bool in_trial) {
   if (g_application != nullptr) {
     return;
   }
+  g_is_trial = in_trial;
+  on_exit(handle_exit, nullptr);
   qInstallMessageHandler(handle_message);
   QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
   QCoreApplication::setApplicationName("Tandrel");
   QGuiApplication::setDesktopFileName("tandrel");
-  const SignalBlock block;
-  const EnvironmentCopy copy;
-  if (!has_session_bus()) {
-    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
-  }
-  if (!is_set("XDG_RUNTIME_DIR")) {
-    make_runtime_folder();
-  }
-  construct_application();
-  remove_runtime_folder();
-  QDBusConnection::sessionBus(); // now: with its thread and with this address
+  sigset_t all, mask;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &mask);
+  construct_in_own_environment();
+  pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+  g_is_trial = false;
+  exit_when_display_is_lost();
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setWindowIcon(tile_icon());
-}
-
-void try_application() {
-  g_is_trial = true;
-  std::atexit(handle_exit);
-  make_application();
-  g_is_trial = false;
 }
 
 void quit_at_exit(void (*quit)()) {
   g_quit = quit;
   g_quits_at_exit = true;
-  std::atexit(handle_exit);
+  on_exit(handle_exit, nullptr);
 }
 
 void forget_quit_at_exit() {

@@ -21,65 +21,54 @@ namespace {
 
 constexpr int icon_side = 48, text_width = 380, field_width = 80;
 
-struct Ports {
-  int http;
-  int udp;
-};
-
-struct Contents {
-  QIcon icon;
-  QString title, text;
-  QStringList buttons; ///< the first is the default one, the second, if there is one, cancels
-};
-
 QPointer<QDialog> g_dialog; // the one that is open
 
-QLabel *add_text(QLayout &layout, const QString &text) {
+void add_text(QLayout &layout, const QString &text, bool bold) {
   auto *label = new QLabel(text);
   label->setTextFormat(Qt::PlainText);
   label->setWordWrap(true);
   label->setFixedWidth(text_width);
+  QFont font = label->font();
+  font.setBold(bold);
+  label->setFont(font);
   layout.addWidget(label);
-  return label;
 }
 
 void add_buttons(QDialog &dialog, QLayout &layout, const QStringList &texts) {
   auto *box = new QDialogButtonBox;
   for (const QString &text : texts) {
-    const bool accepts = text == texts.first();
-    QPushButton *button =
-        box->addButton(text, accepts ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole);
-    button->setAutoDefault(false); // Return presses the default one, whatever has the focus
-    button->setDefault(accepts);
+    const auto role =
+        text == texts.first() ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole;
+    // Return presses the default one, which is the first, whatever has the focus.
+    box->addButton(text, role)->setAutoDefault(false);
   }
   QObject::connect(box, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
   QObject::connect(box, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
   layout.addWidget(box);
 }
 
-/// Not shown yet; `form` may be null. No control has the focus until Tab or a click gives it one,
-/// so that a key pressed by accident does not change a field.
-QDialog *make_dialog(const Contents &contents, QLayout *form) {
+/// Not shown yet; the first button is the default one, the second, if there is one, cancels; `form`
+/// may be null. No control has the focus until Tab or a click gives it one, so that a key pressed
+/// by accident does not change a field.
+QDialog *make_dialog(const QIcon &icon, const QString &title, const QString &text,
+                     const QStringList &buttons, QLayout *form = nullptr) {
   auto *dialog = new QDialog;
   dialog->setWindowTitle("Tandrel");
-  dialog->setAccessibleName(contents.title);
-  dialog->setAccessibleDescription(contents.text);
+  dialog->setAccessibleName(title);
+  dialog->setAccessibleDescription(text);
   auto *columns = new QHBoxLayout(dialog);
   columns->setSizeConstraint(QLayout::SetFixedSize);
   auto *picture = new QLabel;
-  picture->setPixmap(contents.icon.pixmap(QSize(icon_side, icon_side), dialog->devicePixelRatio()));
+  picture->setPixmap(icon.pixmap(QSize(icon_side, icon_side), dialog->devicePixelRatio()));
   columns->addWidget(picture, 0, Qt::AlignTop);
   auto *column = new QVBoxLayout;
   columns->addLayout(column);
-  QLabel *title = add_text(*column, contents.title);
-  QFont font = title->font();
-  font.setBold(true);
-  title->setFont(font);
-  add_text(*column, contents.text);
+  add_text(*column, title, true);
+  add_text(*column, text, false);
   if (form != nullptr) {
     column->addLayout(form);
   }
-  add_buttons(*dialog, *column, contents.buttons);
+  add_buttons(*dialog, *column, buttons);
   dialog->setFocusPolicy(Qt::ClickFocus);
   dialog->setFocus();
   return dialog;
@@ -100,27 +89,18 @@ QLineEdit *add_port_field(QFormLayout &form, const char *label, int port) {
   return field;
 }
 
+/// The whole number that the field begins with, after optional spaces and a sign; 0 without one.
+/// Beyond the range of the type it is the nearest limit.
 int value_of(const QLineEdit &field) {
-  return td::leading_number(field.text().toUtf8().constData());
+  const long long number = std::strtoll(field.text().toUtf8().constData(), nullptr, 10);
+  return static_cast<int>(std::clamp<long long>(number, INT_MIN, INT_MAX));
 }
 
-Ports current_ports(const tdgui::GuiConfig &config) {
-  return {config.http_port ? config.http_port() : 4466, config.udp_port ? config.udp_port() : 4465};
-}
-
-void warn_ports_refused(const std::string &error) {
-  const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
-  open(make_dialog({icon, "Could not change the ports", QString::fromStdString(error), {"OK"}},
-                   nullptr));
-}
-
-void apply_ports(const tdgui::GuiConfig &config, Ports current, Ports wanted) {
-  if ((wanted.http == current.http && wanted.udp == current.udp) || !config.set_ports) {
-    return;
-  }
+void change_ports(const tdgui::GuiConfig &config, int http, int udp) {
   std::string error;
-  if (!config.set_ports(wanted.http, wanted.udp, error)) {
-    warn_ports_refused(error);
+  if (config.set_ports && !config.set_ports(http, udp, error)) {
+    const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    open(make_dialog(icon, "Could not change the ports", QString::fromStdString(error), {"OK"}));
   }
 }
 
@@ -132,18 +112,20 @@ void open_settings(const tdgui::GuiConfig &config) {
   if (raise_dialog()) {
     return;
   }
-  const Ports current = current_ports(config);
+  const int http = config.http_port ? config.http_port() : 4466;
+  const int udp = config.udp_port ? config.udp_port() : 4465;
   auto *form = new QFormLayout;
-  const QLineEdit *http = add_port_field(*form, "Dashboard port", current.http);
-  const QLineEdit *udp = add_port_field(*form, "Control port", current.udp);
-  QDialog *dialog = make_dialog({tile_icon(),
-                                 "Tandrel Settings",
-                                 "Changing a port restarts the hub and reconnects the sender and "
-                                 "receiver. Routing is kept.",
-                                 {"Apply", "Cancel"}},
-                                form);
-  QObject::connect(dialog, &QDialog::accepted, dialog, [&config, current, http, udp] {
-    apply_ports(config, current, {value_of(*http), value_of(*udp)});
+  const QLineEdit *http_field = add_port_field(*form, "Dashboard port", http);
+  const QLineEdit *udp_field = add_port_field(*form, "Control port", udp);
+  QDialog *dialog = make_dialog(tile_icon(), "Tandrel Settings",
+                                "Changing a port restarts the hub and reconnects the sender and "
+                                "receiver. Routing is kept.",
+                                {"Apply", "Cancel"}, form);
+  QObject::connect(dialog, &QDialog::accepted, dialog, [=, &config] {
+    const int new_http = value_of(*http_field), new_udp = value_of(*udp_field);
+    if (new_http != http || new_udp != udp) {
+      change_ports(config, new_http, new_udp);
+    }
   });
   open(dialog);
 }
@@ -164,10 +146,6 @@ void close_dialog() {
   }
 }
 
-int leading_number(const char *text) {
-  return static_cast<int>(std::clamp<long long>(std::strtoll(text, nullptr, 10), INT_MIN, INT_MAX));
-}
-
 } // namespace td
 
 namespace tdgui {
@@ -175,8 +153,8 @@ namespace tdgui {
 void alert(const std::string &title, const std::string &text) {
   td::make_application();
   const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_MessageBoxCritical);
-  const std::unique_ptr<QDialog> dialog(make_dialog(
-      {icon, QString::fromStdString(title), QString::fromStdString(text), {"OK"}}, nullptr));
+  const std::unique_ptr<QDialog> dialog(
+      make_dialog(icon, QString::fromStdString(title), QString::fromStdString(text), {"OK"}));
   dialog->exec();
 }
 

@@ -1,5 +1,4 @@
-/// The dialogs. One is open at a time; none of them blocks the caller, except alert(). Main thread
-/// only.
+/// The dialogs: one at a time; none of them blocks the caller, except alert(). Main thread only.
 #pragma once
 
 #include "tdgui.h"
@@ -15,9 +14,5 @@ bool raise_dialog();
 
 /// Closes the open dialog as Cancel does.
 void close_dialog();
-
-/// A port field's value: the whole number that the text begins with, after optional spaces and a
-/// sign; 0 without one. Beyond the range of the type it is the nearest limit.
-int leading_number(const char *text);
 
 } // namespace td

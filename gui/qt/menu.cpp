@@ -17,42 +17,6 @@ QString shown_text(const std::string &text) {
   return QString::fromStdString(text).replace('&', "&&");
 }
 
-// --- States -------------------------------------------------------------------------------------
-
-/// Without is_running a row shows its component as stopped; the header (all_running) counts it as
-/// running.
-bool row_is_running(const GuiConfig &config, const Component &component) {
-  return config.is_running && config.is_running(component.name);
-}
-
-bool all_running(const GuiConfig &config) {
-  return std::all_of(config.components.begin(), config.components.end(),
-                     [&](const auto &component) {
-                       return !config.is_running || config.is_running(component.name);
-                     });
-}
-
-void update_header(QAction &header, const GuiConfig &config) {
-  header.setIconVisibleInMenu(true); // whatever the user prefers for other menus: it is the state
-  header.setIcon(td::state_dot(all_running(config) ? td::DotColour::green : td::DotColour::orange));
-}
-
-/// The submenu's items are Start, Stop and Restart.
-void update_row(QMenu &submenu, const GuiConfig &config, const Component &component) {
-  const bool running = row_is_running(config, component);
-  submenu.setTitle(shown_text(component.label) + (running ? "   running" : "   stopped"));
-  submenu.menuAction()->setIconVisibleInMenu(true);
-  submenu.setIcon(td::state_dot(running ? td::DotColour::green : td::DotColour::red));
-  const QList<QAction *> items = submenu.actions();
-  items[0]->setEnabled(!running);
-  items[1]->setEnabled(running);
-  items[2]->setEnabled(running);
-}
-
-void update_open_at_launch(QAction &item, const GuiConfig &config) {
-  item.setChecked(config.open_browser_pref && config.open_browser_pref());
-}
-
 /// Calls it now and each time the menu is about to open.
 template <typename Update> void keep_updated(QMenu &menu, Update update) {
   update();
@@ -62,8 +26,6 @@ template <typename Update> void keep_updated(QMenu &menu, Update update) {
     }
   });
 }
-
-// --- Items --------------------------------------------------------------------------------------
 
 QAction *add_caption(QMenu &menu, const std::string &text) {
   QAction *item = menu.addAction(shown_text(text));
@@ -80,53 +42,69 @@ QAction *add_item(QMenu &menu, const char *text, const Action &action, const cha
   return item;
 }
 
+/// Shows it whatever the user prefers for other menus.
+void set_dot(QAction &item, QColor colour) {
+  item.setIconVisibleInMenu(true);
+  item.setIcon(td::state_dot(colour));
+}
+
+/// Without is_running it counts all components as running.
 void add_header(QMenu &menu, const GuiConfig &config) {
   QAction *header = add_caption(menu, config.status);
   QFont font = menu.font();
   font.setBold(true);
   header->setFont(font);
-  keep_updated(menu, [header, &config] { update_header(*header, config); });
+  keep_updated(menu, [header, &config] {
+    const auto is_running = [&](const Component &component) {
+      return !config.is_running || config.is_running(component.name);
+    };
+    set_dot(*header, std::all_of(config.components.begin(), config.components.end(), is_running)
+                         ? td::green
+                         : td::orange);
+  });
 }
 
+/// Without is_running it shows the component as stopped.
 void add_component_row(QMenu &menu, const GuiConfig &config, const Component &component) {
   QMenu *submenu = menu.addMenu(QString());
   const auto add = [&](const char *text, auto callback) {
-    add_item(*submenu, text, [&component, callback] {
+    return add_item(*submenu, text, [&component, callback] {
       if (callback) {
         callback(component.name);
       }
     });
   };
-  add("Start", config.start);
-  add("Stop", config.stop);
-  add("Restart", config.restart);
-  keep_updated(menu, [submenu, &config, &component] { update_row(*submenu, config, component); });
-}
-
-void start_all(const GuiConfig &config) {
-  for (const Component &component : config.components) {
-    if (config.start) {
-      config.start(component.name);
-    }
-  }
-}
-
-void stop_all(const GuiConfig &config) {
-  for (auto component = config.components.rbegin(); component != config.components.rend();
-       ++component) {
-    if (config.stop) {
-      config.stop(component->name);
-    }
-  }
+  QAction *start = add("Start", config.start), *stop = add("Stop", config.stop),
+          *restart = add("Restart", config.restart);
+  keep_updated(menu, [=, &config, &component] {
+    const bool running = config.is_running && config.is_running(component.name);
+    submenu->setTitle(shown_text(component.label) + (running ? "   running" : "   stopped"));
+    set_dot(*submenu->menuAction(), running ? td::green : td::red);
+    start->setEnabled(!running);
+    stop->setEnabled(running);
+    restart->setEnabled(running);
+  });
 }
 
 void add_all_components(QMenu &menu, const GuiConfig &config) {
+  const auto start_all = [&config] {
+    for (const Component &component : config.components) {
+      if (config.start) {
+        config.start(component.name);
+      }
+    }
+  };
+  const auto stop_all = [&config] {
+    for (std::size_t place = config.components.size(); config.stop && place > 0; --place) {
+      config.stop(config.components[place - 1].name);
+    }
+  };
   QMenu *submenu = menu.addMenu("All Components");
-  add_item(*submenu, "Start All", [&config] { start_all(config); });
-  add_item(*submenu, "Stop All", [&config] { stop_all(config); });
-  add_item(*submenu, "Restart All", [&config] {
-    stop_all(config);
-    start_all(config);
+  add_item(*submenu, "Start All", start_all);
+  add_item(*submenu, "Stop All", stop_all);
+  add_item(*submenu, "Restart All", [start_all, stop_all] {
+    stop_all();
+    start_all();
   });
 }
 
@@ -139,10 +117,10 @@ void add_open_at_launch(QMenu &menu, const GuiConfig &config) {
   item->setCheckable(true);
   // Qt changes the check mark at once; the next opening shows the new value.
   QObject::connect(item, &QAction::triggered, item, [item](bool on) { item->setChecked(!on); });
-  keep_updated(menu, [item, &config] { update_open_at_launch(*item, config); });
+  keep_updated(menu, [item, &config] {
+    item->setChecked(config.open_browser_pref && config.open_browser_pref());
+  });
 }
-
-// --- Shortcuts ----------------------------------------------------------------------------------
 
 /// Qt looks for shortcuts in the window that has the focus, and an open menu is none.
 class ShortcutKeys : public QObject {
@@ -155,14 +133,11 @@ public:
     }
   }
 
-  bool eventFilter(QObject *watched, QEvent *event) override {
-    return event->type() == QEvent::KeyPress ? choose(*static_cast<QKeyEvent *>(event))
-                                             : QObject::eventFilter(watched, event);
-  }
-
-private:
-  bool choose(const QKeyEvent &press) {
-    const QKeySequence keys(press.keyCombination());
+  bool eventFilter(QObject * /*watched*/, QEvent *event) override {
+    if (event->type() != QEvent::KeyPress) {
+      return false;
+    }
+    const QKeySequence keys(static_cast<QKeyEvent *>(event)->keyCombination());
     for (QAction *item : menu_.actions()) {
       if (!keys.isEmpty() && item->shortcut() == keys) {
         menu_.close();
@@ -173,6 +148,7 @@ private:
     return false;
   }
 
+private:
   QMenu &menu_;
 };
 

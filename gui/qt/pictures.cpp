@@ -4,15 +4,17 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 namespace {
 
-using Draw = void (*)(QPainter &painter, QRectF square);
+using Draw = std::function<void(QPainter &painter, double side)>;
 
 /// Draws each size anew. Unlike an icon of pixmaps it has no paler version for disabled items.
 class DrawnIcon : public QIconEngine {
 public:
-  explicit DrawnIcon(Draw draw) : draw_(draw) {}
+  explicit DrawnIcon(Draw draw) : draw_(std::move(draw)) {}
 
   void paint(QPainter *painter, const QRect &rect, QIcon::Mode /*mode*/,
              QIcon::State /*state*/) override {
@@ -20,9 +22,10 @@ public:
     QRect square(0, 0, side, side);
     square.moveCenter(rect.center());
     painter->save();
+    painter->translate(square.topLeft());
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(Qt::NoPen);
-    draw_(*painter, square);
+    draw_(*painter, side);
     painter->restore();
   }
 
@@ -36,11 +39,7 @@ public:
 
   /// Those that panels ask for: what the bus gets is one picture of each.
   QList<QSize> availableSizes(QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
-    QList<QSize> sizes;
-    for (const int side : {16, 22, 24, 32, 48, 64}) {
-      sizes.append(QSize(side, side));
-    }
-    return sizes;
+    return {{16, 16}, {22, 22}, {24, 24}, {32, 32}, {48, 48}, {64, 64}};
   }
 
   QIconEngine *clone() const override { return new DrawnIcon(draw_); }
@@ -59,12 +58,12 @@ double bars_scale(double side) {
   return scale >= 1 ? scale : std::min(1.0, (side - 2 * smallest_margin) / bars_size.width());
 }
 
-void draw_bars(QPainter &painter, QRectF square) {
+void draw_bars(QPainter &painter, double side) {
   static const QRectF bars[] = {
       {0, 5.5, 2, 5}, {4, 3, 2, 10}, {8, 1, 2, 14}, {12, 3, 2, 10}, {16, 5.5, 2, 5}};
-  const double scale = bars_scale(square.width());
-  painter.translate(square.x() + std::floor((square.width() - bars_size.width() * scale) / 2),
-                    square.y() + std::floor((square.height() - bars_size.height() * scale) / 2));
+  const double scale = bars_scale(side);
+  painter.translate(std::floor((side - bars_size.width() * scale) / 2),
+                    std::floor((side - bars_size.height() * scale) / 2));
   painter.scale(scale, scale);
   painter.setBrush(QColor::fromRgbF(0.3F, 0.79F, 0.75F));
   for (const QRectF &bar : bars) {
@@ -73,21 +72,10 @@ void draw_bars(QPainter &painter, QRectF square) {
 }
 
 /// Dark, like the panels of most desktops.
-void draw_tile(QPainter &painter, QRectF square) {
-  const double radius = square.width() * 0.19;
+void draw_tile(QPainter &painter, double side) {
   painter.setBrush(QColor(33, 33, 33));
-  painter.drawRoundedRect(square, radius, radius);
-  draw_bars(painter, square);
-}
-
-template <int red, int green, int blue> void draw_dot(QPainter &painter, QRectF square) {
-  const double margin = square.width() * 0.22;
-  painter.setBrush(QColor(red, green, blue));
-  painter.drawEllipse(square.adjusted(margin, margin, -margin, -margin));
-}
-
-QIcon drawn_icon(Draw draw) {
-  return QIcon(new DrawnIcon(draw)); // takes the engine over
+  painter.drawRoundedRect(QRectF(0, 0, side, side), side * 0.19, side * 0.19);
+  draw_bars(painter, side);
 }
 
 } // namespace
@@ -95,23 +83,18 @@ QIcon drawn_icon(Draw draw) {
 namespace td {
 
 QIcon bars_icon() {
-  return drawn_icon(draw_bars);
+  return QIcon(new DrawnIcon(draw_bars)); // takes the engine over
 }
 
 QIcon tile_icon() {
-  return drawn_icon(draw_tile);
+  return QIcon(new DrawnIcon(draw_tile));
 }
 
-QIcon state_dot(DotColour colour) {
-  switch (colour) {
-  case DotColour::green:
-    return drawn_icon(draw_dot<40, 205, 65>);
-  case DotColour::orange:
-    return drawn_icon(draw_dot<255, 149, 0>);
-  case DotColour::red:
-    break;
-  }
-  return drawn_icon(draw_dot<255, 59, 48>);
+QIcon state_dot(QColor colour) {
+  return QIcon(new DrawnIcon([colour](QPainter &painter, double side) {
+    painter.setBrush(colour);
+    painter.drawEllipse(QPointF(side / 2, side / 2), side * 0.28, side * 0.28);
+  }));
 }
 
 } // namespace td

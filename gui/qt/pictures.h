@@ -2,6 +2,7 @@
 /// an item is disabled.
 #pragma once
 
+#include <QColor>
 #include <QIcon>
 
 namespace td {
@@ -12,9 +13,9 @@ QIcon bars_icon();
 /// The bars on a dark tile with round corners: the floating icon, windows and dialogs.
 QIcon tile_icon();
 
-enum class DotColour { green, orange, red };
+constexpr QColor green(40, 205, 65), orange(255, 149, 0), red(255, 59, 48);
 
-/// The state of a component, or of all.
-QIcon state_dot(DotColour colour);
+/// The state of a component, or of all, as a dot of that colour.
+QIcon state_dot(QColor colour);
 
 } // namespace td

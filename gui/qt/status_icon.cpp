@@ -3,12 +3,28 @@
 #include "qt/dialogs.h"
 #include "qt/pictures.h"
 
+#include <QApplication>
+#include <QBitmap>
+#include <QCloseEvent>
 #include <QCursor>
-#include <QGuiApplication>
-#include <QScreen>
+#include <QMouseEvent>
+#include <QPainter>
+#include <algorithm>
 #include <utility>
 
 namespace {
+
+constexpr int side = 32, margin = 8;
+
+bool may_place_windows() {
+  return !QGuiApplication::platformName().startsWith("wayland");
+}
+
+Qt::WindowFlags window_kind() {
+  return may_place_windows() ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                                   Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint
+                             : Qt::Window;
+}
 
 /// Beside the icon, below it or, in the lower half of the monitor, above. Qt keeps the menu on the
 /// monitor.
@@ -18,55 +34,94 @@ QPoint menu_place(QRect icon, QSize menu) {
   return above ? icon.topLeft() - QPoint(0, menu.height()) : icon.bottomLeft() + QPoint(0, 1);
 }
 
-bool may_place_windows() {
-  return !QGuiApplication::platformName().startsWith("wayland");
-}
-
 } // namespace
 
 namespace td {
 
 StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
-    : menu_(menu), open_dashboard_(std::move(open_dashboard)),
-      floating_([this](QRect icon) { open_menu(icon); }),
-      panel_([this](bool available) { show_in(available); }) {}
+    : QWidget(nullptr, window_kind()), menu_(menu), open_dashboard_(std::move(open_dashboard)),
+      desktop_([this](bool available) { show_in(available); },
+               [this] { // the window manager does not know this window
+                 if (QApplication::activePopupWidget() == nullptr) {
+                   raise();
+                 }
+               }) {
+  setAttribute(Qt::WA_ShowWithoutActivating);
+  setAttribute(Qt::WA_AlwaysShowToolTips);    // it is never the active window
+  setAttribute(Qt::WA_TranslucentBackground); // round corners, where the desktop composes windows
+  setFixedSize(side, side);
+  setMask(tile_icon().pixmap(size(), 1.0).mask()); // and elsewhere
+  setWindowTitle("Tandrel");
+  setAccessibleName("Tandrel");
+  setToolTip("Tandrel");
+  QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
+                   &StatusIcon::watch_screen);
+  watch_screen(QGuiApplication::primaryScreen());
+}
 
 void StatusIcon::show_in(bool panel) {
   if (panel && !in_tray_) {
-    make_tray_icon();
+    in_tray_ = std::make_unique<QSystemTrayIcon>(bars_icon());
+    in_tray_->setToolTip("Tandrel");
+    in_tray_->setContextMenu(&menu_);
+    QObject::connect(in_tray_.get(), &QSystemTrayIcon::activated, this,
+                     &StatusIcon::tray_icon_clicked);
+    in_tray_->show();
+  } else if (!panel) {
+    in_tray_.reset();
   }
-  if (in_tray_) {
-    in_tray_->setVisible(panel);
-  }
-  floating_.setVisible(!panel);
-}
-
-void StatusIcon::make_tray_icon() {
-  in_tray_ = std::make_unique<QSystemTrayIcon>(bars_icon());
-  in_tray_->setToolTip("Tandrel");
-  in_tray_->setContextMenu(&menu_);
-  QObject::connect(in_tray_.get(), &QSystemTrayIcon::activated, in_tray_.get(),
-                   [this](auto reason) { tray_icon_clicked(reason); });
+  setVisible(!panel);
 }
 
 void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
   if (reason != QSystemTrayIcon::Trigger) {
     return; // Qt itself opens the menu at a right click
   }
-  if (!may_place_windows()) {
-    if (!raise_dialog()) {
-      open_dashboard_();
-    }
-    return;
-  }
   const QRect icon = in_tray_->geometry(); // on the bus nobody tells
-  open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
+  if (may_place_windows()) {
+    open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
+  } else if (!raise_dialog()) {
+    open_dashboard_();
+  }
 }
 
 void StatusIcon::open_menu(QRect icon) {
   if (!raise_dialog()) {
     menu_.popup(menu_place(icon, menu_.sizeHint()));
   }
+}
+
+void StatusIcon::watch_screen(QScreen *screen) {
+  QObject::disconnect(work_area_);
+  if (screen != nullptr) {
+    work_area_ = QObject::connect(screen, &QScreen::availableGeometryChanged, this,
+                                  [this, screen] { place(*screen); });
+    place(*screen);
+  }
+}
+
+/// All of it on the screen, also where the work area is smaller than the icon or none.
+void StatusIcon::place(const QScreen &screen) {
+  const QRect usable = screen.availableGeometry();
+  const QRect area = usable.isEmpty() ? screen.geometry() : usable;
+  move(std::max(area.left(), area.right() + 1 - side - margin), area.top() + margin);
+}
+
+void StatusIcon::paintEvent(QPaintEvent * /*event*/) {
+  QPainter painter(this);
+  tile_icon().paint(&painter, rect());
+}
+
+void StatusIcon::mousePressEvent(QMouseEvent *event) {
+  if (event->button() == Qt::LeftButton || event->button() == Qt::RightButton) {
+    open_menu(geometry());
+  }
+}
+
+/// An ordinary window stays within reach.
+void StatusIcon::closeEvent(QCloseEvent *event) {
+  event->ignore();
+  showMinimized();
 }
 
 } // namespace td

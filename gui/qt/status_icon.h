@@ -1,10 +1,10 @@
 /// The icon: in the desktop's panel while there is one that takes it, otherwise floating.
 #pragma once
 
-#include "qt/floating_icon.h"
-#include "qt/panel.h"
+#include "qt/desktop.h"
 
 #include <QMenu>
+#include <QScreen>
 #include <QSystemTrayIcon>
 #include <functional>
 #include <memory>
@@ -12,24 +12,32 @@
 namespace td {
 
 /// Shows the icon as soon as it is known whether there is a panel. A click opens the menu, or
-/// brings the open dialog to the front. Main thread only.
-class StatusIcon {
+/// brings the open dialog to the front. This widget is the floating icon: a small window in front
+/// of others, at the top right of the primary monitor beside the desktop's bars. Where a program
+/// may not place windows it is an ordinary one. Main thread only.
+class StatusIcon : public QWidget {
 public:
-  /// `menu` must outlive this. `open_dashboard` is what a click does where a program may not place
-  /// a menu; a right click still opens it there.
+  /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
+  /// program may not place a menu; a right click still opens it there.
   StatusIcon(QMenu &menu, std::function<void()> open_dashboard);
+
+protected:
+  void paintEvent(QPaintEvent *event) override;
+  void mousePressEvent(QMouseEvent *event) override;
+  void closeEvent(QCloseEvent *event) override;
 
 private:
   void show_in(bool panel);
-  void make_tray_icon();
   void tray_icon_clicked(QSystemTrayIcon::ActivationReason reason);
   void open_menu(QRect icon);
+  void watch_screen(QScreen *screen);
+  void place(const QScreen &screen);
 
   QMenu &menu_;
   std::function<void()> open_dashboard_;
-  FloatingIcon floating_;
   std::unique_ptr<QSystemTrayIcon> in_tray_; // made when the first panel is seen
-  Panel panel_;
+  QMetaObject::Connection work_area_;
+  Desktop desktop_;
 };
 
 } // namespace td

@@ -16,10 +16,9 @@ set(CPACK_DEBIAN_LAUNCHER_PACKAGE_DEPENDS curl)
 set(CPACK_DEBIAN_LAUNCHER_PACKAGE_RECOMMENDS "tandrel-suite | tandrel-standins")
 set(CPACK_DEBIAN_LAUNCHER_PACKAGE_SUGGESTS "tandrel-gui, xdg-utils")
 set(CPACK_DEBIAN_LAUNCHER_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/debian/prerm)
-# GNUstep's drawing library is among what the module's libraries depend on; fonts are not.
-set(CPACK_DEBIAN_INTERFACE_PACKAGE_DEPENDS
-  "tandrel (= ${CPACK_DEBIAN_PACKAGE_VERSION}), fonts-dejavu-core | fonts-freefont-ttf")
-set(CPACK_DEBIAN_INTERFACE_PACKAGE_RECOMMENDS "xdg-utils, zenity | kdialog | x11-utils")
+set(CPACK_DEBIAN_INTERFACE_PACKAGE_DEPENDS "tandrel (= ${CPACK_DEBIAN_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_INTERFACE_PACKAGE_RECOMMENDS
+  "qt6-gtk-platformtheme, qt6-wayland, xdg-utils, zenity | kdialog | x11-utils")
 set(CPACK_DEBIAN_SUITE_PACKAGE_DEPENDS tandrel)
 set(CPACK_DEBIAN_SUITE_PACKAGE_CONFLICTS tandrel-standins)
 set(CPACK_DEBIAN_SUITE_PACKAGE_REPLACES tandrel-standins)

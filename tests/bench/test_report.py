@@ -6,7 +6,7 @@ import subprocess
 import goals
 import pytest
 import report
-from sections import SECTIONS, SUMMARY
+from sections import ICON, MENU, SECTIONS, SUMMARY
 
 ROWS = {
     "pass_through": ("bare", "launcher align", "tini", "dumb-init", "sh -c"),
@@ -14,7 +14,7 @@ ROWS = {
     "restart": ("a component's death",),
     "stop": ("three willing components",),
     "idle": ("launcher in a terminal", "launcher in the menu bar", "supervisord", "ruby-foreman", "s6-svscan"),
-    "menu": ("a click on the icon",),
+    "menu": (ICON, MENU),
     "scale": ("as usual", "1,000 open descriptors", "something unheard of"),
     "size": ("launcher",),
 }

@@ -17,7 +17,7 @@ class Manager:
         self._window = self._display.screen().root.create_window(
             0, 0, 1, 1, 0, X.CopyFromParent, event_mask=X.PropertyChangeMask
         )
-        self._saved = {}
+        self._saved = None
         self._window.set_selection_owner(self._atom("CLIPBOARD_MANAGER"), X.CurrentTime)
 
     def _atom(self, name):
@@ -45,29 +45,21 @@ class Manager:
         self._display.flush()
 
     def _save(self, request):
-        """Fetches the listed targets by one request for several, as most managers do."""
-        if request.target != self._atom("SAVE_TARGETS"):
-            self._answer(request, done=False)
-            return
-        listed = request.requestor.get_full_property(request.property, Xatom.ATOM).value
-        pairs = [atom for target in listed for atom in (target, target)]
-        clipboard, multiple = self._atom("CLIPBOARD"), self._atom("MULTIPLE")
-        self._window.change_property(multiple, self._atom("ATOM_PAIR"), 32, pairs)
-        self._window.convert_selection(clipboard, multiple, multiple, request.time)
+        """Fetches the text; what else there is, it need not keep."""
+        target, clipboard = self._atom("UTF8_STRING"), self._atom("CLIPBOARD")
+        self._window.convert_selection(clipboard, target, target, request.time)
         while self._display.next_event().type != X.SelectionNotify:
             pass
-        for target in listed:
-            value = self._window.get_full_property(target, X.AnyPropertyType)
-            if value:
-                self._saved[target] = value.value
+        self._saved = self._window.get_full_property(target, X.AnyPropertyType)
         self._answer(request)
         self._window.set_selection_owner(clipboard, X.CurrentTime)
 
     def _give(self, request):
-        value = self._saved.get(request.target)
-        if value is None:
+        if request.target not in (self._atom("UTF8_STRING"), Xatom.STRING):
             return False
-        request.requestor.change_property(request.property, request.target, 8, value)
+        request.requestor.change_property(
+            request.property, request.target, 8, self._saved.value
+        )
         return True
 
 

@@ -11,49 +11,92 @@ import inherited_signals
 import psutil
 import suite as suite_module
 from components import COMPONENTS
-from deadline import DEADLINE
+from console import READY
+from deadline import DEADLINE, wait_until
+from accessible import Accessibility
+from bus import Bus
+from host import Host
 from menu_bar import MenuBar
 from screen import FIXED_SIZE, Screen
+from tray import Tray
 
 inherited_signals.handle_ignored()
 
 
-class Desktop:
-    """`suite` is the launcher's folder, `screen` the screen, `menu_bar` what the launcher shows.
+# Of the user's own session and preferences nothing reaches a test.
+SESSION = re.compile("(AT_SPI|DBUS|DESKTOP|GDK|GTK|KDE|QT|SESSION|WAYLAND|XDG|XAUTHORITY).*")
 
-    There is a window manager unless `managed` is false; `server` is as for Screen.
+
+class Desktop:
+    """`suite` is the launcher's folder, `screen` the screen, `bus` the session bus (without one,
+    None), `menu_bar` what the launcher shows.
+
+    There is a window manager unless `managed` is false, and a bus unless `has_bus` is; `server` is
+    as for Screen.
     """
 
-    def __init__(self, managed=True, server=FIXED_SIZE):
-        # Short: GNUstep's sockets lie below it, and a socket's path has little over 100 characters.
+    def __init__(self, managed=True, server=FIXED_SIZE, has_bus=True):
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
         folder = self._folder / "build"  # as in this tree, for the scripts
         folder.mkdir()
         self.suite = suite_module.Suite(folder, self._ports, self._folder)
         shutil.copy2(suite_module.BUILD / "tdgui.so", folder / "tdgui.so")
-        temporary = self._folder / "tmp"
-        temporary.mkdir()
-        # The pasteboard server is found by a name in the folder for temporary files.
-        private = dict.fromkeys(("TEMP", "TMP", "TMPDIR"), str(temporary))
-        self.screen = None
+        environment = {k: v for k, v in self.suite.environment.items() if not SESSION.fullmatch(k)}
+        for name in ("TMPDIR", "XDG_RUNTIME_DIR"):
+            path = self._folder / name
+            path.mkdir(mode=0o700)
+            environment[name] = str(path)
+        self.screen = self.bus = self.accessibility = self.run = None
+        self._panels = []
+        self._changes = {}
         try:
-            self.screen = Screen({**self.suite.environment, **private}, managed, server)
+            if has_bus:
+                self.bus = Bus(self._folder / "session", environment)
+                self.accessibility = Accessibility(self.bus)
+                environment = {**self.bus.environment, **Accessibility.ENVIRONMENT}
+            self.screen = Screen(environment, managed, server)
         except BaseException:
             self.close()
             raise
-        self.menu_bar = MenuBar(self.screen)
-        self.run = None
-        self._changes = {}
+        self.menu_bar = MenuBar(self.screen, self.accessibility)
 
     def change(self, environment):
         """Adds to the environment of the launchers that `start` starts."""
         self._changes.update(environment)
 
+    def host(self, **options):
+        """A panel on the bus until it is told to die, or the desktop closes."""
+        self._panels.append(Host(self.bus, **options))
+        return self._panels[-1]
+
+    def tray(self, **options):
+        """The same on the screen."""
+        self._panels.append(Tray(self.screen, **options))
+        return self._panels[-1]
+
+    def wait_until_docked(self, tray):
+        """Waits until the icon is in the tray and nowhere else."""
+        wait_until(
+            lambda: list(self.menu_bar.windows().values()) == [tray.place], "the icon in the tray"
+        )
+
+    def docked(self, **options):
+        """Starts a tray and waits until it has the icon."""
+        tray = self.tray(**options)
+        self.wait_until_docked(tray)
+        return tray
+
+    def end_panels(self):
+        for panel in self._panels:
+            panel.die()
+
     def start(self, *arguments):
-        """Starts the launcher on the suite's ports and waits until its icon is there."""
+        """Starts the launcher on the suite's ports and waits until its icon can be used."""
         self.launch(*self.suite.ports_options, *arguments)
         self.menu_bar.icon()
+        if self.accessibility:
+            self.menu_bar.wait_until_heard()
         return self.run
 
     def launch(self, *arguments, **options):
@@ -65,7 +108,7 @@ class Desktop:
 
     def quit(self):
         """Chooses Quit; returns the launcher's exit status."""
-        self.menu_bar.choose("quit")
+        self.menu_bar.choose("Quit")
         return self.run.wait()
 
     def pids(self):
@@ -81,6 +124,7 @@ class Desktop:
 
     def dashboard_address(self):
         """The dashboard's address as the launcher has printed it."""
+        self.run.wait_for(READY)
         line = next(row for row in self.run.output.splitlines() if b"Dashboard  :" in row)
         return re.search(rb"http://[0-9.:]+/", line).group().decode()
 
@@ -106,10 +150,15 @@ class Desktop:
     def close(self):
         """Ends everything; returns the processes that had to be killed."""
         left = self.suite.close()
+        self.end_panels()
         if self.screen:
             self.screen.close()
+        if self.accessibility:
+            self.accessibility.close()
+        if self.bus:
+            self.bus.end()
         self._ports.close()
-        # A pasteboard server ends by itself when its screen or its last client has gone.
+        # What the bus has started ends by itself.
         psutil.wait_procs(self.processes(), timeout=min(10, DEADLINE))
         for process in self.processes():
             left.append(process)

@@ -1,6 +1,7 @@
 """Makes pictures of the running interface on a private screen.
 
-    pictures.py FOLDER                 menu.png, submenu.png, ports.png and warning.png in FOLDER
+    pictures.py FOLDER                 menu.png, ports.png, warning.png and, in dark colours,
+                                       submenu.png in FOLDER
     pictures.py FILE.png ARGUMENTS...  the open menu of a launcher with these arguments; when that
                                        ends at once, no picture, but its output and its status
 """
@@ -25,6 +26,23 @@ TITLE_BAR = 20  # the window manager's
 DEFAULT_PORTS = (4466, 4465)
 TAKEN_PORT = 4470
 ADDRESS = "192.168.1.20"
+# What KDE keeps of the user's colours; every toolkit's own way to be dark is another.
+DARK = """
+[Colors:Window]
+BackgroundNormal=42,46,50
+ForegroundNormal=252,252,252
+ForegroundInactive=161,169,177
+[Colors:Button]
+BackgroundNormal=49,54,59
+ForegroundNormal=252,252,252
+ForegroundInactive=161,169,177
+[Colors:View]
+BackgroundNormal=27,30,32
+ForegroundNormal=252,252,252
+[Colors:Selection]
+BackgroundNormal=61,120,160
+ForegroundNormal=252,252,252
+"""
 STILL = 0.5  # seconds without a change after which a picture is taken
 
 
@@ -52,40 +70,55 @@ def save(desktop, path, rect):
     desktop.screen.save(path, rect)
 
 
-def picture_menu(desktop, path):
+def take_menu(desktop, path):
     menu = desktop.menu_bar.open()
     save(desktop, path, around(menu.rect, desktop.menu_bar.icon_window()))
-    return menu
+    desktop.menu_bar.dismiss()
 
 
-def picture_submenu(desktop, menu, path):
-    submenu = desktop.menu_bar.submenu(menu, "receiver")
+def take_submenu(desktop, path):
+    menu = desktop.menu_bar.open()
+    menu.click("Receiver")
+    submenu = menu.submenu("Receiver")
+    submenu.point_at("Restart")
     save(desktop, path, around(menu.rect, submenu.rect, desktop.menu_bar.icon_window()))
-    desktop.menu_bar.dismiss(menu)
+    desktop.menu_bar.dismiss()
 
 
-def picture_dialogs(desktop, ports, warning):
+def take_dialogs(desktop, ports, warning):
     with socket.create_server(("", TAKEN_PORT)):
-        dialog = PortsDialog(desktop.menu_bar)
+        dialog = PortsDialog(desktop)
         save(desktop, ports, around(dialog.rect, above=TITLE_BAR))
         dialog.apply(TAKEN_PORT, desktop.suite.udp)
-        refusal = Dialog(desktop.menu_bar, "Could not change the ports")
+        refusal = Dialog(desktop, "Could not change the ports")
         save(desktop, warning, around(refusal.rect, above=TITLE_BAR))
         refusal.answer("Return")
 
 
-def make_all(desktop, folder):
+def prefer_dark(desktop):
+    """Has launchers that are started later take the colours of a desktop with a dark scheme."""
+    folder = desktop.suite.home / ".config"
+    folder.mkdir(exist_ok=True)
+    (folder / "kdeglobals").write_text(DARK)
+    desktop.change({"XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"})
+
+
+def take_all(desktop, folder):
+    """Returns the launcher's exit status."""
+    folder.mkdir(parents=True, exist_ok=True)
     desktop.suite.http, desktop.suite.udp = DEFAULT_PORTS
     desktop.change(preloaded(desktop.suite.folder, TD_ADDRESS=ADDRESS))
     desktop.start()
-    folder.mkdir(parents=True, exist_ok=True)
-    menu = picture_menu(desktop, folder / "menu.png")
-    picture_submenu(desktop, menu, folder / "submenu.png")
-    picture_dialogs(desktop, folder / "ports.png", folder / "warning.png")
-    return desktop.quit()
+    take_menu(desktop, folder / "menu.png")
+    take_dialogs(desktop, folder / "ports.png", folder / "warning.png")
+    status = desktop.quit()
+    prefer_dark(desktop)
+    desktop.start()
+    take_submenu(desktop, folder / "submenu.png")
+    return status or desktop.quit()
 
 
-def make_one(desktop, path, arguments):
+def take_one(desktop, path, arguments):
     """Returns the launcher's exit status."""
     run = desktop.launch(*arguments)
     wait_until(
@@ -93,9 +126,9 @@ def make_one(desktop, path, arguments):
         "the icon or the launcher's end",
     )
     if run.process.poll() is None:
-        menu = desktop.menu_bar.open_window()
-        save(desktop, path, around(menu, desktop.menu_bar.icon_window()))
-        desktop.screen.press("alt+q")
+        menu = desktop.menu_bar.open()
+        save(desktop, path, around(menu.rect, desktop.menu_bar.icon_window()))
+        desktop.screen.press("ctrl+q")
     status = run.wait()
     sys.stdout.buffer.write(run.output)
     sys.stderr.buffer.write(run.errors)
@@ -108,8 +141,8 @@ def main():
     try:
         desktop.screen.paint(BACKGROUND)
         if target.suffix == ".png":
-            return make_one(desktop, target, sys.argv[2:])
-        return make_all(desktop, target)
+            return take_one(desktop, target, sys.argv[2:])
+        return take_all(desktop, target)
     finally:
         desktop.close()
 

@@ -16,7 +16,7 @@ def preloaded(folder, **changes):
 
 
 class Gate:
-    """Where a function waits that the launcher, or a program that it starts, has called."""
+    """Where a launcher waits with the environment that `environment` gives."""
 
     def __init__(self, folder):
         self._folder = folder
@@ -24,10 +24,9 @@ class Gate:
         self._writer = None
         os.mkfifo(self._fifo)
 
-    def environment(self, function, call=1):
-        """The environment of a launcher with the gate in that call of the function."""
-        gate = {"TD_GATE": function, "TD_GATE_CALL": str(call), "TD_GATE_FIFO": str(self._fifo)}
-        return preloaded(self._folder, **gate)
+    def environment(self, change):
+        """`change` is TD_GATE or TD_EXIT."""
+        return preloaded(self._folder, **{change: str(self._fifo)})
 
     def wait_for_call(self):
         self._writer = wait_until(self._open_if_read, "the call that waits")

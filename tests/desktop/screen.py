@@ -4,6 +4,7 @@ import os
 import subprocess
 import tempfile
 from collections import namedtuple
+from contextlib import suppress
 from signal import SIGCONT, SIGSTOP, SIGTERM
 
 from deadline import wait_until
@@ -40,15 +41,10 @@ class Image:
             pixels[target::3] = self._data[source::4]
         return bytes(pixels)
 
-    def where(self, matches, area=None):
-        """The coordinates of the pixels in `area` (by default everywhere) that match."""
-        area = area or Rect(0, 0, self.rect.width, self.rect.height)
-        return [
-            (x, y)
-            for y in range(area.y, area.y + area.height)
-            for x in range(area.x, area.x + area.width)
-            if matches(self.pixel(x, y))
-        ]
+    def has(self, colour):
+        """Whether a pixel has that colour, red, green and blue."""
+        rgb = self.rgb()
+        return any(rgb[at : at + 3] == bytes(colour) for at in range(0, len(rgb), 3))
 
     def __eq__(self, other):
         return self.rect == other.rect and self._data == other._data
@@ -86,6 +82,7 @@ class Screen:
 
     def _manage(self):
         self.program("openbox", "--sm-disable")
+        self._manager = self._programs[-1]
         wait_until(lambda: self._root_property("_NET_SUPPORTING_WM_CHECK"), "the window manager")
 
     def _start(self, command, environment, **options):
@@ -165,18 +162,6 @@ class Screen:
         """The id of the window that owns a selection; 0 for none."""
         owner = self._display.get_selection_owner(self._display.intern_atom(selection))
         return owner.id if owner else 0
-
-    def request_text(self, selection):
-        """Requests the text of a selection from its owner; `has_answer` tells of the answer."""
-        window = self._root.create_window(0, 0, 1, 1, 0, X.CopyFromParent)
-        property_name = self.atom("TD_TEXT")
-        window.convert_selection(
-            self.atom(selection), self.atom("UTF8_STRING"), property_name, X.CurrentTime
-        )
-        self._display.sync()
-
-    def has_answer(self):
-        return self._seen(X.SelectionNotify)
 
     def own(self, selection):
         """Owns a selection, as the program does that it stands for, until the screen closes."""
@@ -261,12 +246,12 @@ class Screen:
     def pixels(self, window, size):
         """What a square window with alpha holds: rows of (red, green, blue, alpha).
 
-        None while it does not have that size.
+        None while it does not have that size, or when it has gone.
         """
         source = self._display.create_resource_object("window", window)
         try:
             data = source.get_image(0, 0, size, size, X.ZPixmap, 0xFFFFFFFF).data
-        except error.BadMatch:
+        except (error.BadMatch, error.BadDrawable):
             return None
         rows = [data[4 * size * y : 4 * size * (y + 1)] for y in range(size)]
         return [
@@ -282,27 +267,9 @@ class Screen:
 
     def save(self, path, rect=Rect(0, 0, *SIZE)):
         """Writes what the rectangle shows to a picture file, which says nothing of the time."""
-        self._convert(rect, "-strip", str(path))
-
-    def words(self, rect, *prepare):
-        """The text in a rectangle, read from its pixels; any white space is one blank.
-
-        `prepare`: ImageMagick's operations that make the text black on white.
-        """
-        picture = self._convert(rect, "-resize", "300%", *prepare, "png:-")
-        reader = ["tesseract", "stdin", "stdout", "--psm", "6"]
-        environment = {**self.environment, "OMP_THREAD_LIMIT": "1"}
-        done = subprocess.run(
-            reader, input=picture, env=environment, capture_output=True, check=True, timeout=30
-        )
-        return " ".join(done.stdout.decode().split())
-
-    def _convert(self, rect, *arguments):
         header = b"P6 %d %d 255\n" % (rect.width, rect.height)
-        command = ["convert", "ppm:-", *arguments]
-        return subprocess.run(
-            command, input=header + self.image(rect).rgb(), capture_output=True, check=True
-        ).stdout
+        command = ["convert", "ppm:-", "-strip", str(path)]
+        subprocess.run(command, input=header + self.image(rect).rgb(), check=True)
 
     def run(self, *command, timeout=30):
         """Runs a program on this screen and returns its output, as bytes; `timeout` in seconds."""
@@ -326,44 +293,12 @@ class Screen:
         at = ["mousemove", str(x), str(y)]
         self.run("xdotool", *at, "click", "--repeat", str(times), str(button))
 
-    def grab_pointer(self):
-        """Takes the pointer, as a panel has it while a button is down; False: another has it."""
-        mode = X.GrabModeAsync
-        status = self._root.grab_pointer(True, 0, mode, mode, X.NONE, X.NONE, X.CurrentTime)
-        return status == X.GrabSuccess
-
-    def release_pointer(self):
-        self._display.ungrab_pointer(X.CurrentTime)
-        self._display.sync()
-
-    def is_pointer_grabbed(self):
-        """Whether another program has taken the pointer."""
-        if not self.grab_pointer():
-            return True
-        self.release_pointer()
-        return False
-
     def press_button(self, x, y, button=1):
         """Presses a button and holds it until `release_button`."""
         self.run("xdotool", "mousemove", str(x), str(y), "mousedown", str(button))
 
     def release_button(self, x, y, button=1):
         self.run("xdotool", "mousemove", str(x), str(y), "mouseup", str(button))
-
-    def send_press(self, window, x, y):
-        """Tells a window of a press of the left button at a place of the screen."""
-        target = self._display.create_resource_object("window", window)
-        press = event.ButtonPress(
-            **{"time": X.CurrentTime, "root": self._root, "window": target, "child": X.NONE},
-            **{"root_x": x, "root_y": y, "event_x": 0, "event_y": 0, "state": 0},
-            **{"detail": X.Button1, "same_screen": 1},
-        )
-        target.send_event(press, event_mask=X.ButtonPressMask)
-        self._display.sync()
-
-    def turn_wheel(self, button, notches):
-        """Turns the wheel over the pointer's place: button 4 is up, 5 is down."""
-        self.run("xdotool", "click", "--repeat", str(notches), str(button))
 
     def press(self, *keys):
         """Presses and releases each key or combination, by its name ("Return", "alt+q")."""
@@ -383,8 +318,13 @@ class Screen:
         """Ends the X server with a signal, with every program that is shown on it."""
         self._display.close()
         self._display = None
-        self._programs[0].send_signal(number)
-        self._programs[0].wait()
+        _end(self._programs[0], number)
+
+    def named(self, name):
+        """The id of the window right on the screen that has that name, visible or not."""
+        children = self._root.query_tree().children
+        (found,) = (child.id for child in children if _or_none(child.get_wm_name) == name)
+        return found
 
     def disconnect(self, window):
         """Has the X server close the connection of the program that a window belongs to."""
@@ -398,6 +338,13 @@ class Screen:
     def resume(self):
         self._programs[0].send_signal(SIGCONT)
 
+    def suspend_manager(self):
+        """Stops the window manager until `resume_manager`."""
+        self._manager.send_signal(SIGSTOP)
+
+    def resume_manager(self):
+        self._manager.send_signal(SIGCONT)
+
     def close(self):
         if self._display:
             self._display.close()
@@ -406,9 +353,16 @@ class Screen:
             client.kill()  # asked to end, trayer sometimes does not
             client.wait()
         if server:
-            server.terminate()
-            server.wait()
+            _end(server, SIGTERM)
         self._folder.cleanup()
+
+
+def _end(server, number):
+    """Ends an X server, which does not notice a signal that comes right before it waits for requests."""
+    while server.poll() is None:
+        server.send_signal(number)
+        with suppress(subprocess.TimeoutExpired):
+            server.wait(1)
 
 
 def _or_none(ask):

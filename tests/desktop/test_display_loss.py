@@ -8,7 +8,7 @@ from component_events import KILL_DELAY, start_recording, stops
 from components import COMPONENTS, STOP_ORDER
 from console import STOPPED, UNAVAILABLE
 from deadline import wait_until
-from dialogs import PortsDialog
+from dialogs import Dialog, PortsDialog
 from preload import preloaded
 
 GONE = b"Tandrel: the display is gone: quitting.\n"
@@ -22,11 +22,11 @@ def kill_server(desktop):
     desktop.screen.end(SIGKILL)
 
 
-def kill_client(desktop):
-    desktop.screen.disconnect(next(iter(desktop.menu_bar.windows())))
+def close_connection(desktop):
+    desktop.screen.disconnect(desktop.screen.named("Qt Selection Owner for Tandrel"))
 
 
-LOSSES = [end_server, kill_server, kill_client]
+LOSSES = pytest.mark.parametrize("lose", [end_server, kill_server, close_connection])
 
 
 def check_ended_like_quit(run, suite):
@@ -36,25 +36,49 @@ def check_ended_like_quit(run, suite):
     assert not suite.processes()
 
 
-@pytest.mark.parametrize("lose", LOSSES)
-@pytest.mark.parametrize("shown", ["icon", "menu", "dialog"])
-def test_the_loss_of_the_display_ends_the_run_like_quit(running, lose, shown):
-    if shown == "menu":
-        running.menu_bar.open()
-    elif shown == "dialog":
-        PortsDialog(running.menu_bar)
+@LOSSES
+def test_the_loss_of_the_display_ends_the_run_like_quit(shown, lose):
+    desktop, menu = shown
+    menu.states()  # it is there
+    lose(desktop)
+    check_ended_like_quit(desktop.run, desktop.suite)
+    assert stops(desktop.suite) == STOP_ORDER
+
+
+def open_menu(desktop):
+    desktop.menu_bar.open()
+
+
+def open_submenu(desktop):
+    desktop.menu_bar.open().point_at("Hub")
+    wait_until(lambda: len(desktop.accessibility.menus()) == 2, "the submenu")
+
+
+def open_dialog(desktop):
+    PortsDialog(desktop)
+
+
+def open_warning(desktop):
+    PortsDialog(desktop).apply(80, desktop.suite.udp)
+    Dialog(desktop, "Could not change the ports")
+
+
+@LOSSES
+@pytest.mark.parametrize("use", [open_menu, open_submenu, open_dialog, open_warning])
+def test_the_loss_of_the_display_ends_the_run_whatever_is_open(running, lose, use):
+    use(running)
     lose(running)
     check_ended_like_quit(running.run, running.suite)
-    assert stops(running.suite) == STOP_ORDER
+    assert stops(running.suite)[-3:] == STOP_ORDER
 
 
-@pytest.mark.parametrize("lose", LOSSES)
+@LOSSES
 def test_an_operation_returns_before_the_loss_ends_the_run(desktop, lose):
     suite = desktop.suite
     suite.set_behaviour("sender", "ignore-sigterm")
     suite.record(*COMPONENTS)
     desktop.start()
-    desktop.menu_bar.choose("all", "restart")
+    desktop.menu_bar.choose("All", "Restart")
     ignored = wait_until(lambda: suite.events("ignored", "td_sender"), "the sender to go on")[0]
     suite.set_behaviour("sender", "record=events.jsonl")  # the next one stops at once
     lose(desktop)
@@ -67,17 +91,13 @@ def test_an_operation_returns_before_the_loss_ends_the_run(desktop, lose):
     assert restarted[2:] == [name for name in STOP_ORDER if name in restarted[2:]]
 
 
-# The application is being made; its icon is about to be shown.
-@pytest.mark.parametrize("call", ["XOpenDisplay", "xcb_get_selection_owner"])
+# The display is about to be opened; the application is being made; the icon is about to be shown.
+@pytest.mark.parametrize("call", ["XOpenDisplay", "xcb_get_selection_owner", "xcb_map_window"])
 @pytest.mark.parametrize("number", [SIGTERM, SIGKILL])
 def test_the_loss_of_the_display_during_the_start(desktop, call, number):
+    changes = preloaded(desktop.suite.folder, TD_PAUSE=call)
     run = start_recording(
-        desktop.suite,
-        terminal=None,
-        environment={
-            **desktop.screen.environment,
-            **preloaded(desktop.suite.folder, TD_PAUSE=call),
-        },
+        desktop.suite, terminal=None, environment={**desktop.screen.environment, **changes}
     )
     wait_until(lambda: system.is_suspended(run.pid), f"the call of {call}")
     desktop.screen.end(number)
@@ -99,3 +119,13 @@ def test_a_display_that_does_not_answer_leaves_a_run_without_interface(desktop):
     assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
     assert stops(desktop.suite) == STOP_ORDER
     assert not desktop.suite.processes()
+
+
+def test_a_display_that_hangs_for_a_while_is_used_again(running):
+    running.screen.suspend()
+    try:
+        old = running.suite.kill("sender")
+        running.suite.wait_for_restart("sender", old)  # supervision does not wait for the display
+    finally:
+        running.screen.resume()
+    assert set(running.menu_bar.states().values()) == {"running"}

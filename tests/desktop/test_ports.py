@@ -20,15 +20,15 @@ def saved_ports(running):
 
 def check_and_close_warning(running, message):
     """Checks that a warning shows the message, and closes it."""
-    warning = Dialog(running.menu_bar, "Could not change the ports")
-    assert message in warning.text
+    warning = Dialog(running, "Could not change the ports")
+    assert warning.text[:2] == ["Could not change the ports", message]
     warning.answer("Return")
 
 
 def test_other_ports_are_applied_and_saved(running):
     address = running.dashboard_address()
     http, udp = running.suite.ports.free(), running.suite.ports.free()
-    PortsDialog(running.menu_bar).apply(http, udp)
+    PortsDialog(running).apply(http, udp)
     wait_until(lambda: saved_ports(running) == (http, udp), "the settings file")
     expected = {
         "td_hub": hub_arguments(http, udp),
@@ -36,23 +36,22 @@ def test_other_ports_are_applied_and_saved(running):
         "td_sender": client_arguments(udp),
     }
     wait_until(lambda: last_arguments(running) == expected, "the components on the new ports")
-    assert set(running.menu_bar.states().values()) == {"green"}
+    assert set(running.menu_bar.states().values()) == {"running"}
 
     # The address in the menu stays that of the start.
-    running.menu_bar.choose("copy")
+    running.menu_bar.choose("Copy")
     wait_until(lambda: running.clipboard() == address, "the address on the clipboard")
-    menu = running.menu_bar.open()
-    assert menu.words("address") == address
-    running.menu_bar.dismiss(menu)
+    assert address in running.menu_bar.open().rows
+    running.menu_bar.dismiss()
 
-    again = PortsDialog(running.menu_bar)
-    assert again.ports() == [http, udp]
+    again = PortsDialog(running)
+    assert again.ports() == [str(http), str(udp)]
     again.answer("Escape")
 
 
 def test_ports_can_be_typed_without_the_mouse(running):
     http, udp = running.suite.ports.free(), running.suite.ports.free()
-    dialog = PortsDialog(running.menu_bar)
+    dialog = PortsDialog(running)
     running.screen.press("Tab")
     running.screen.type(str(http))
     running.screen.press("Tab")
@@ -64,19 +63,19 @@ def test_ports_can_be_typed_without_the_mouse(running):
 def test_a_taken_port_is_shown_in_a_warning(running):
     with socket.create_server(("", 0)) as taken:
         port = taken.getsockname()[1]
-        PortsDialog(running.menu_bar).apply(port, running.suite.udp)
+        PortsDialog(running).apply(port, running.suite.udp)
         check_and_close_warning(
             running,
             f"The hub would not start on port {port}. That port may be in use. Pick another.",
         )
     states = running.menu_bar.states()
-    assert states["receiver"] == states["sender"] == "red"
+    assert states["Receiver"] == states["Sender"] == "stopped"
     assert saved_ports(running) == (None, None)
 
 
 def test_a_refused_port_changes_nothing(running):
     before = running.pids()
-    PortsDialog(running.menu_bar).apply(80, running.suite.udp)
+    PortsDialog(running).apply(80, running.suite.udp)
     check_and_close_warning(
         running, "Ports below 1024 need administrator privileges; pick higher ones."
     )
@@ -87,7 +86,7 @@ def test_a_refused_port_changes_nothing(running):
 @pytest.mark.parametrize("number", [2**32 + 28004, -(2**32) + 28004, 10**30])
 def test_a_number_beyond_32_bits_is_out_of_range(running, number):
     before = running.pids()
-    PortsDialog(running.menu_bar).apply(number, running.suite.udp)
+    PortsDialog(running).apply(number, running.suite.udp)
     check_and_close_warning(running, "Ports must be between 1 and 65535.")
     assert running.pids() == before
     assert saved_ports(running) == (None, None)
@@ -95,9 +94,9 @@ def test_a_number_beyond_32_bits_is_out_of_range(running, number):
 
 def test_cancel_changes_nothing(running):
     before = running.pids()
-    dialog = PortsDialog(running.menu_bar)
-    dialog.enter(0, running.suite.ports.free())
+    dialog = PortsDialog(running)
+    dialog.enter("Dashboard port", running.suite.ports.free())
     dialog.answer("Escape")
-    assert set(running.menu_bar.states().values()) == {"green"}
+    assert set(running.menu_bar.states().values()) == {"running"}
     assert running.pids() == before
     assert saved_ports(running) == (None, None)

@@ -13,7 +13,7 @@ MESSAGES = [
     console.LEFT_STOPPED.format("receiver"),
     console.NOT_STARTED.format("receiver"),
     (documents.ROOT / "launcher/launcher.cpp").read_text(),
-    (documents.ROOT / "gui/gnustep/module.cpp").read_text(),
+    console.UNAVAILABLE,
 ]
 
 

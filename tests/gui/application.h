@@ -13,12 +13,6 @@ bool make_application();
 /// the implementation before.
 IMP replace_method(Class cls, SEL selector, IMP imp);
 
-/// Takes the item's icon off the screen.
-void remove_icon(NSStatusItem *item);
-
-/// Has the event loop handle the events that have been posted.
-void wake_loop();
-
 /// The image on a black ground, with so many pixels in a row and in a column for each point.
 NSBitmapImageRep *drawn(NSImage *image, NSInteger pixels_per_point);
 

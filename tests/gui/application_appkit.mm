@@ -26,13 +26,6 @@ IMP replace_method(Class cls, SEL selector, IMP imp) {
   return previous;
 }
 
-void remove_icon(NSStatusItem *item) {
-  [[NSStatusBar systemStatusBar] removeStatusItem:item];
-}
-
-/// Nothing to do: a posted event wakes AppKit's loop.
-void wake_loop() {}
-
 NSBitmapImageRep *drawn(NSImage *image, NSInteger pixels_per_point) {
   const NSRect frame = NSMakeRect(0, 0, [image size].width * pixels_per_point,
                                   [image size].height * pixels_per_point);

@@ -1,36 +1,62 @@
 #include "application.h"
-#include "process/process_guards.h"
-#include "runtime/replace_method.h"
-#include "tray/status_icon.h"
-#include "x11/window_device.h"
-#include "x_events.h"
 
-@interface NSStatusItem (TDIcon)
-- (TDStatusIcon *)icon;
-@end
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
+#include <objc/runtime.h>
 
 namespace gui_test {
+namespace {
+
+id do_nothing(id /*object*/, SEL /*selector*/) {
+  return nil;
+}
+
+/// GNUstep's NSTask has a handler of SIGCHLD that waits for any child of the process. By it GNUstep
+/// starts tools at an application's start, and a server, which outlives the process, to tell other
+/// applications of this one.
+void start_no_processes() {
+  const IMP imp = reinterpret_cast<IMP>(do_nothing);
+  Class task = object_getClass(objc_getClass("NSTask"));
+  replace_method(task, @selector(initialize), imp);
+  replace_method(task, @selector(launchedTaskWithLaunchPath:arguments:), imp);
+  replace_method(objc_getClass("NSDistributedNotificationCenter"), @selector(_connect), imp);
+}
+
+} // namespace
 
 bool make_application() {
-  td::make_application();
+  // GNUstep's display code installs handlers of its own, which end the process.
+  struct sigaction interrupt = {}, terminate = {};
+  sigaction(SIGINT, nullptr, &interrupt);
+  sigaction(SIGTERM, nullptr, &terminate);
+  start_no_processes();
+  @autoreleasepool {
+    NSDictionary *no_icon_window = [NSDictionary dictionaryWithObject:@"YES"
+                                                               forKey:@"GSSuppressAppIcon"];
+    [[NSUserDefaults standardUserDefaults] registerDefaults:no_icon_window];
+    [NSApplication sharedApplication];
+  }
+  sigaction(SIGINT, &interrupt, nullptr);
+  sigaction(SIGTERM, &terminate, nullptr);
   return true;
 }
 
+/// Ends the process where there is nothing to replace, as in another version of GNUstep.
 IMP replace_method(Class cls, SEL selector, IMP imp) {
-  return td::replace_method(cls, selector, imp);
-}
-
-void remove_icon(NSStatusItem *item) {
-  [[item icon] close];
-}
-
-/// GNUstep looks at its event queue only after input from the X server.
-void wake_loop() {
-  for (NSWindow *window in [NSApp windows]) {
-    if ([window isVisible]) {
-      send_exposure(td::display_of(window), td::x_window_of(window));
-    }
+  Method method = class_getInstanceMethod(cls, selector);
+  if (!method) {
+    std::fprintf(stderr, "This GNUstep has no -[%s %s].\n", class_getName(cls),
+                 sel_getName(selector));
+    std::abort();
   }
+  IMP previous = method_getImplementation(method);
+  // class_replaceMethod of GCC's runtime would replace an inherited method in the superclass.
+  if (!class_addMethod(cls, selector, imp, method_getTypeEncoding(method))) {
+    method_setImplementation(method, imp);
+  }
+  return previous;
 }
 
 NSBitmapImageRep *drawn(NSImage *image, NSInteger pixels_per_point) {

@@ -10,11 +10,16 @@
 namespace gui_test {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds deadline(10);
+
 Interface g_interface;
 std::function<void(Interface)> g_body;
 std::deque<std::function<void(NSWindow *)>> g_answers;
-int g_alerts;          // how many have been run
-int g_answered_alerts; // the value of g_alerts when the last one was answered
+int g_alerts;                    // how many have been run
+Clock::time_point g_alert_began; // the last one
+int g_answered_alerts;           // the value of g_alerts when the last one was answered
 IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
 
 /// When the menu is set, the icon must be complete, and the menu too, except for its items.
@@ -52,6 +57,7 @@ void run_application(id application, SEL selector) {
 
 NSInteger count_alert(id alert, SEL selector) {
   ++g_alerts;
+  g_alert_began = Clock::now();
   return reinterpret_cast<NSInteger (*)(id, SEL)>(g_run_modal)(alert, selector);
 }
 
@@ -108,8 +114,10 @@ void post_event() {
     const auto answer = g_answers.front();
     g_answers.pop_front();
     answer(panel);
+  } else if (panel && Clock::now() - g_alert_began > deadline) {
+    ADD_FAILURE() << "the alert is still open";
+    [NSApp stopModalWithCode:NSModalResponseAbort];
   }
-  wake_loop();
   post_event();
 }
 
@@ -153,7 +161,7 @@ void run_interface(const tdgui::GuiConfig &config, const std::function<void(Inte
                                    userInfo:nil
                                     repeats:NO];
     tdgui::run(config);
-    remove_icon(g_interface.item);
+    [[NSStatusBar systemStatusBar] removeStatusItem:g_interface.item];
   }
 }
 
@@ -184,8 +192,8 @@ void turn_loop(NSString *mode) {
 }
 
 bool run_loop_until(const std::function<bool()> &done) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-  while (!done() && std::chrono::steady_clock::now() < deadline) {
+  const Clock::time_point end = Clock::now() + deadline;
+  while (!done() && Clock::now() < end) {
     NSDate *soon = [NSDate dateWithTimeIntervalSinceNow:0.02];
     [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:soon];
   }

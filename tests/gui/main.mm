@@ -38,7 +38,9 @@ int main(int argc, char **argv) {
   testing::InitGoogleTest(&argc, argv);
   std::atexit(fail_unless_all_ran);
   testing::AddGlobalTestEnvironment(new Application);
-  const int result = RUN_ALL_TESTS();
-  g_all_ran = true;
-  return result;
+  @autoreleasepool {
+    const int result = RUN_ALL_TESTS();
+    g_all_ran = true;
+    return result;
+  }
 }

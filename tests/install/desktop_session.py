@@ -1,42 +1,34 @@
-"""A private screen and what a user of it sees of an installed launcher."""
+"""A private session and what a user of it sees of an installed launcher."""
 
 import tempfile
 from contextlib import contextmanager
 from pathlib import Path
 
-import psutil
-
 
 @contextmanager
 def desktop_session(tree):
-    """A screen and the menu bar on it, for programs of the tree's user.
+    """A screen and a session bus, and the menu bar on them, for programs of the tree's user.
 
-    What the desktop's programs leave in the folder for temporary files is private too, under a name
-    that is short enough for a socket.
+    What the desktop's programs leave in the folders for temporary files is private too.
     """
-    from menu_bar import MenuBar  # these take an X server's library, which a Mac has not
+    from accessible import Accessibility  # these take libraries that a Mac has not
+    from bus import Bus
+    from menu_bar import MenuBar
     from screen import Screen
 
     with tempfile.TemporaryDirectory(prefix="td-") as temporary:
-        private = dict.fromkeys(("TEMP", "TMP", "TMPDIR"), temporary)
-        screen = Screen({**tree.environment, **private})
+        private = dict.fromkeys(("TMPDIR", "XDG_RUNTIME_DIR"), temporary)
+        bus = Bus(Path(temporary) / "session", {**tree.environment, **private})
+        screen = accessibility = None
         try:
-            yield screen, MenuBar(screen)
+            accessibility = Accessibility(bus)
+            screen = Screen({**bus.environment, **Accessibility.ENVIRONMENT})
+            yield screen, MenuBar(screen, accessibility)
         finally:
-            screen.close()
-            # A pasteboard server ends by itself when its screen has gone.
-            psutil.wait_procs(_programs_of(tree), timeout=10)
-
-
-def _programs_of(tree):
-    found = []
-    for process in psutil.process_iter():
-        try:
-            if process.environ().get("HOME") == str(tree.home):
-                found.append(process)
-        except (psutil.NoSuchProcess, psutil.AccessDenied):
-            continue
-    return found
+            for part in (screen, accessibility):
+                if part:
+                    part.close()
+            bus.end()
 
 
 def run_behind_icon(tree, *arguments):
@@ -47,6 +39,6 @@ def run_behind_icon(tree, *arguments):
         )
         menu_bar.icon()
         tree.wait_for_starts()
-        menu_bar.choose("quit")
+        menu_bar.choose("Quit Tandrel")
         assert run.wait() == 0
         return run.output

@@ -12,7 +12,7 @@ from run import Run
 
 PROGRAMS = ("launcher", "td_hub", "td_receiver", "td_sender", "td_align")
 # What looks for a desktop or would show something on one.
-DESKTOP = ("DISPLAY", "WAYLAND_DISPLAY", "XDG_DATA_HOME", "XDG_DATA_DIRS")
+DESKTOP = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_DATA_DIRS")
 
 
 def install(build, prefix, *options, **environment):

@@ -48,8 +48,8 @@ def test_started_by_a_desktop_it_shows_the_icon_and_ends_by_its_menu(tree, entry
         )
         menu_bar.icon()
         tree.wait_for_starts()
-        menu_bar.choose("at launch")
-        menu_bar.choose("quit")
+        menu_bar.choose("Open Dashboard at Launch")
+        menu_bar.choose("Quit Tandrel")
         assert run.wait() == 0
     # Changed in the menu of a user's own installation, so kept.
     assert '"open_browser": true' in (config / "launcher.json").read_text()

@@ -65,7 +65,7 @@ def test_the_program_is_found_where_the_units_are(units):
 def test_the_suite_has_no_display_and_is_stopped_by_the_launcher(units):
     service = read(units / SUITE)["Service"]
     assert service["ExecStart"] == "tandrel --no-browser"
-    assert service["UnsetEnvironment"].split() == ["DISPLAY", "WAYLAND_DISPLAY"]
+    assert service["UnsetEnvironment"].split() == ["DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"]
     assert (service["KillMode"], service["TimeoutStopSec"]) == ("mixed", "20")
     assert service["Restart"] == "on-failure"
 

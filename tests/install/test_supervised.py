@@ -24,7 +24,7 @@ class Service:
         self._ends = folder / "ends"
         command = shlex.join(["tandrel", *arguments])
         # As a unit has it: a display would mean an icon.
-        display = "env -u DISPLAY -u WAYLAND_DISPLAY"
+        display = "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM"
         self._script("run", f"exec {display} {command} >../output 2>&1 </dev/null")
         self._script("finish", 'echo "$1 $2" >>../ends')
         self.supervisor = subprocess.Popen(

@@ -13,11 +13,12 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   set(share ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr/share)
-  file(MAKE_DIRECTORY ${share}/doc/${package} ${share}/lintian/overrides)
-  file(COPY_FILE ${CPACK_TANDREL_COPYRIGHT} ${share}/doc/${package}/copyright)
-  file(COPY_FILE ${CPACK_TANDREL_CHANGELOG} ${share}/doc/${package}/changelog)
+  # Whatever permissions the sources have: in an archive of git's a group may write.
+  file(COPY ${CPACK_TANDREL_COPYRIGHT} ${CPACK_TANDREL_CHANGELOG}
+    DESTINATION ${share}/doc/${package} NO_SOURCE_PERMISSIONS)
+  file(COPY ${CPACK_TANDREL_OVERRIDES}/${package}
+    DESTINATION ${share}/lintian/overrides NO_SOURCE_PERMISSIONS)
   compress(${share}/doc/${package}/changelog)
-  file(COPY_FILE ${CPACK_TANDREL_OVERRIDES}/${package} ${share}/lintian/overrides/${package})
   if(component STREQUAL "launcher")
     compress(${share}/man/man1/tandrel.1)
     file(RENAME ${share}/zsh/site-functions ${share}/zsh/vendor-completions)

@@ -7,7 +7,9 @@
 #include <QClipboard>
 #include <QTest>
 #include <cstdlib>
+#include <fstream>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 using namespace gui_test;
@@ -88,6 +90,24 @@ TEST(Actions, OpenDashboardRunsTheDesktopsCommandWithTheAddress) {
   run_interface(config, [&](const Interface &interface) {
     EXPECT_EQ(opened_by(interface), "open " + config.url + "\n");
   });
+}
+
+TEST(Actions, OpenDashboardHandsNoDescriptorOver) {
+  const Folder folder;
+  const std::string inherited = folder.path + "/inherited", program = folder.path + "/open",
+                    opened = folder.path + "/opened";
+  std::ofstream(program) << "#!/bin/sh\nls -l /proc/self/fd >'" << opened << ".new'; mv '" << opened
+                         << ".new' '" << opened << "'\n";
+  chmod(program.c_str(), 0700);
+  const int descriptor = open(inherited.c_str(), O_CREAT | O_WRONLY, 0600);
+  const SearchPath path(folder.path + ":" + getenv("PATH"));
+  run_interface(recorded_config(), [&](const Interface &interface) {
+    calls_of(interface, "Open Dashboard");
+    EXPECT_TRUE(run_loop_until([&] { return !contents(opened).empty(); }));
+  });
+  EXPECT_NE(contents(opened).find("/dev/null"), std::string::npos);
+  EXPECT_EQ(contents(opened).find(inherited), std::string::npos) << contents(opened);
+  close(descriptor);
 }
 
 TEST(Actions, CopyPutsTheAddressOnTheClipboard) {

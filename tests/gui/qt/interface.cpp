@@ -27,10 +27,9 @@ template <typename Window> Window *top_window(const std::function<bool(const Win
 }
 
 Interface running_interface() {
+  QWidget *icon = floating_icon();
   return {top_window<QMenu>([](const QMenu &) { return true; }),
-          top_window<QWidget>([](const QWidget &widget) {
-            return widget.isVisible() && widget.windowType() == Qt::Tool;
-          })};
+          icon && icon->isVisible() ? icon : nullptr};
 }
 
 QAction *item_in(const QMenu *menu, const std::function<bool(const QString &)> &wanted) {
@@ -43,6 +42,11 @@ QAction *item_in(const QMenu *menu, const std::function<bool(const QString &)> &
 }
 
 } // namespace
+
+QWidget *floating_icon() {
+  return top_window<QWidget>(
+      [](const QWidget &widget) { return widget.accessibleName() == "Tandrel"; });
+}
 
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {
   td::make_application();

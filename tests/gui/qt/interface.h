@@ -17,6 +17,9 @@ struct Interface {
   QWidget *icon = nullptr; ///< the floating one: the tests have no panel
 };
 
+/// The window of the floating icon, also while it is hidden; null before it is made.
+QWidget *floating_icon();
+
 /// Calls tdgui::run with `config` and, once the icon can be seen, runs `body` in its event loop,
 /// which then ends.
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body);

@@ -30,8 +30,10 @@ void gui_test::allow_exit() {
 }
 
 int main(int argc, char **argv) {
-  // Neither the screen nor the panel of whoever runs the tests.
-  setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  // Neither the screen, nor the theme, nor the panel of whoever runs the tests.
+  const char *platform = std::getenv("GUI_TEST_PLATFORM");
+  setenv("QT_QPA_PLATFORM", platform ? platform : "offscreen", 1);
+  unsetenv("XDG_CURRENT_DESKTOP");
   setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
   testing::InitGoogleTest(&argc, argv);
   testing::FLAGS_gtest_death_test_style = "threadsafe";

@@ -4,12 +4,14 @@
 #include "interface.h"
 #include "programs.h"
 #include "qt/application.h"
+#include "x_server.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -95,6 +97,14 @@ void set_display(const char *platform, const char *display) {
   }
 }
 
+/// Runs the interface until `end` ends the process.
+void quit_when(const std::function<void(Interface)> &end) {
+  allow_exit();
+  tdgui::GuiConfig config = recorded_config();
+  config.quit = [] { report("quit"); };
+  run_interface(config, end);
+}
+
 /// Asks whether the interface can be shown, as the launcher does: in a process of its own. Its exit
 /// handlers must not run. Exits with 0 for yes and 2 for no.
 [[noreturn]] void ask(const char *platform, const char *display) {
@@ -137,15 +147,16 @@ TEST(Process, HandlesNoSignalOnAnotherThread) {
   });
 }
 
-TEST(Process, KeepsItsEnvironmentAndSignalMask) {
+TEST(Process, KeepsItsSignalMaskAndItsEnvironmentButForFatalWarnings) {
   const auto start = [] {
     setenv("DESKTOP_STARTUP_ID", "token", 1);
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    const std::vector<std::string> before = environment();
+    std::vector<std::string> expected = environment();
+    expected.emplace_back("DBUS_FATAL_WARNINGS=0");
     td::make_application();
     sigset_t mask;
     pthread_sigmask(SIG_SETMASK, nullptr, &mask);
-    _exit(environment() == before && !sigismember(&mask, SIGTERM) ? 0 : 1);
+    _exit(environment() == expected && !sigismember(&mask, SIGTERM) ? 0 : 1);
   };
   EXPECT_EXIT(start(), success, "");
 }
@@ -158,7 +169,7 @@ TEST(Process, StartsNoBusAndLeavesNoFile) {
     setenv("TMPDIR", temporary.path.c_str(), 1);
     unsetenv("XDG_RUNTIME_DIR");
     unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    setenv("DISPLAY", ":4242", 1); // without one no bus would be started
+    setenv("DISPLAY", ":4242", 0); // without one no bus would be started
     run_interface(recorded_config(), [](const Interface &interface) { use(interface); });
     return contents(folder.path + "/opened").empty() && std::filesystem::is_empty(temporary.path);
   };
@@ -191,6 +202,57 @@ TEST(Process, ThatIsEndedByTheToolkitQuitsFirst) {
     run_interface(config, [](const Interface &) { std::exit(EXIT_FAILURE); });
   };
   EXPECT_EXIT(end(), success, "Tandrel: the display is gone: quitting.\n1 quit\n2 exit handler\n$");
+}
+
+TEST(Process, ThatIsEndedByAnotherThreadQuitsFirst) {
+  const auto end = [](const Interface &) {
+    std::thread([] { std::exit(EXIT_FAILURE); }).detach();
+    run_loop_until([] { return false; });
+  };
+  EXPECT_EXIT(quit_when(end), success, "Tandrel: the display is gone: quitting.\n1 quit\n$");
+}
+
+TEST(Process, QuitsBeforeTheExitHandlersOfPlugIns) {
+  const auto end = [] {
+    td::make_application();
+    std::atexit([] { report("plug-in"); });
+    quit_when([](const Interface &) { std::exit(EXIT_FAILURE); });
+  };
+  EXPECT_EXIT(end(), success, "1 quit\n2 plug-in\n$");
+}
+
+/// The toolkit says so and would end the process without its exit handlers.
+TEST(Process, QuitsWhenAWaylandCompositorIsGone) {
+  const auto end = [](const Interface &) {
+    qWarning("The Wayland connection broke. Did the Wayland compositor die?");
+    _exit(EXIT_FAILURE);
+  };
+  EXPECT_EXIT(quit_when(end), success, "Tandrel: the display is gone: quitting.\n1 quit\n$");
+}
+
+/// With and without a theme that has its own connection to the server and its own way to end.
+TEST(Process, QuitsWhenTheXServerIsGoneInEveryState) {
+  if (!XServer::is_there()) {
+    GTEST_SKIP();
+  }
+  const auto nothing = [](const Interface &) {};
+  const auto dialog = [](const Interface &interface) { calls_of(interface, "Settings…"); };
+  for (const char *theme : {"", "XFCE"}) {
+    for (const auto &open : {std::function<void(Interface)>(nothing), {open_menu}, {dialog}}) {
+      const auto end = [&](const Interface &interface) {
+        open(interface);
+        handle_events();
+        lose_x_server();
+        run_loop_until([] { return false; });
+      };
+      const auto start = [&] {
+        setenv("XDG_CURRENT_DESKTOP", theme, 1);
+        on_exit([](int status, void *) { _exit(status); }, nullptr); // whatever themes leave
+        quit_when(end);
+      };
+      EXPECT_EXIT(start(), success, "Tandrel: the display is gone: quitting.\n1 quit\n$") << theme;
+    }
+  }
 }
 
 TEST(Process, ThatIsEndedAfterTheInterfaceDoesNot) {
@@ -234,6 +296,27 @@ TEST(Module, SaysWhetherTheDisplayWorks) {
   EXPECT_EXIT(ask("", ""), no, "^$");
   EXPECT_EXIT(ask("nosuch", nullptr), failure, "^" + reason + "\"nosuch\"[^\n]*\n$");
   EXPECT_EXIT(ask(nullptr, ":4242"), failure, "^" + reason + ":4242[^\n]*\n$");
+}
+
+/// The display worked when the module was asked.
+TEST(Module, QuitsWhenTheDisplayHasGoneBeforeTheApplicationIsMade) {
+  const std::string quits = "Tandrel: the display is gone: quitting.\n1 quit\n$";
+  const std::string reason = "^Tandrel: the menu-bar interface is not available: [^\n]*\n";
+  tdgui::GuiConfig config = recorded_config();
+  config.quit = [] { report("quit"); };
+  const auto run = [&](const char *platform, const char *display) {
+    allow_exit();
+    set_display(platform, display);
+    tdgui_run(&config);
+  };
+  const auto alert = [] {
+    allow_exit();
+    set_display("nosuch", nullptr);
+    tdgui::alert("title", "text");
+  };
+  EXPECT_EXIT(run("nosuch", nullptr), success, reason + quits);
+  EXPECT_EXIT(run(nullptr, ":4242"), success, reason + quits);
+  EXPECT_EXIT(alert(), testing::ExitedWithCode(EXIT_FAILURE), reason + "$");
 }
 
 TEST(Module, RunsTheInterfaceAfterAskingInTheSameProcess) {

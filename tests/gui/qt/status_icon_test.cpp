@@ -1,6 +1,7 @@
 // The icon where there is no panel.
 
 #include "interface.h"
+#include "x_server.h"
 
 #include <QApplication>
 #include <QScreen>
@@ -52,6 +53,51 @@ TEST(FloatingIcon, OpensTheMenuBelowItByEitherButton) {
     }
     QTest::mouseClick(interface.icon, Qt::MiddleButton);
     EXPECT_FALSE(interface.menu->isVisible());
+  });
+}
+
+TEST(FloatingIcon, ThatIsClosedStaysWithinReach) { // it may be an ordinary window
+  run_interface(recorded_config(), [](const Interface &interface) {
+    interface.icon->close();
+    EXPECT_TRUE(interface.icon->isVisible());
+    EXPECT_TRUE(interface.icon->isMinimized());
+  });
+}
+
+TEST(FloatingIcon, RisesAboveAnotherWindowThatDoesNotFillTheScreen) {
+  if (!XServer::is_there()) {
+    GTEST_SKIP();
+  }
+  run_interface(recorded_config(), [](const Interface &interface) {
+    XServer server;
+    const auto icon = static_cast<xcb_window_t>(interface.icon->winId());
+    for (const char *news : {"_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING"}) {
+      const xcb_window_t window = server.open_window(interface.icon->geometry());
+      EXPECT_LT(server.height_of(icon), server.height_of(window));
+      server.set_state(window, "_NET_WM_STATE_FULLSCREEN");
+      server.set_root_property("_NET_ACTIVE_WINDOW", window);
+      server.set_root_property(news, window);
+      EXPECT_LT(server.height_of(icon), server.height_of(window));
+      server.set_state(window, "_NET_WM_STATE_MAXIMIZED_VERT");
+      server.set_root_property(news, window);
+      EXPECT_GT(server.height_of(icon), server.height_of(window));
+    }
+  });
+}
+
+TEST(FloatingIcon, StaysBelowTheOpenMenu) {
+  if (!XServer::is_there()) {
+    GTEST_SKIP();
+  }
+  run_interface(recorded_config(), [](const Interface &interface) {
+    XServer server;
+    open_menu(interface);
+    const auto icon = static_cast<xcb_window_t>(interface.icon->winId()),
+               menu = static_cast<xcb_window_t>(interface.menu->winId());
+    EXPECT_LT(server.height_of(icon), server.height_of(menu));
+    server.set_root_property("_NET_ACTIVE_WINDOW", icon);
+    EXPECT_LT(server.height_of(icon), server.height_of(menu));
+    interface.menu->hide();
   });
 }
 

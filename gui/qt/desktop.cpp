@@ -1,0 +1,169 @@
+#include "qt/desktop.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QGuiApplication>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr const char *service = "org.kde.StatusNotifierWatcher", *path = "/StatusNotifierWatcher";
+constexpr int bus_timeout = 1000; // ms
+
+enum Atom { tray_selection, manager, active_window, stacking, state, fullscreen };
+
+struct Free {
+  void operator()(void *memory) const { std::free(memory); }
+};
+template <typename Reply> using Owned = std::unique_ptr<Reply, Free>;
+
+/// The name of the selection whose owner is the screen's tray.
+std::string tray_selection_name() {
+  char *host = nullptr;
+  int display = 0, screen = 0;
+  xcb_parse_display(nullptr, &host, &display, &screen);
+  std::free(host);
+  return "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
+}
+
+/// The windows or atoms of a window's property.
+std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property) {
+  const auto cookie =
+      xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+  const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr));
+  if (!reply || reply->format != 32) {
+    return {};
+  }
+  return {static_cast<const char32_t *>(xcb_get_property_value(reply.get())), reply->value_len};
+}
+
+} // namespace
+
+namespace td {
+
+Desktop::Desktop(std::function<void(bool available)> panel, std::function<void()> covered)
+    : panel_(std::move(panel)), covered_(std::move(covered)) {
+  const auto *x = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  if (x != nullptr && x->connection() != nullptr) {
+    watch_screen(x->connection());
+  }
+  bus_changed_.setSingleShot(true);
+  bus_changed_.callOnTimeout([this] { ask_bus(); });
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+    bus.connect(service, path, service, signal, &bus_changed_, SLOT(start()));
+  }
+  bus.connect("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+              "NameOwnerChanged", {service}, QString(), &bus_changed_, SLOT(start()));
+  bus.connect("", "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
+              &bus_changed_, SLOT(start()));
+  bus_changed_.start();
+}
+
+void Desktop::ask_bus() {
+  const QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) { // else there would be no answer at all
+    bus_ = Bus::without_watcher;
+    report();
+    return;
+  }
+  QDBusMessage question =
+      QDBusMessage::createMethodCall(service, path, "org.freedesktop.DBus.Properties", "Get");
+  question << service << "IsStatusNotifierHostRegistered";
+  question.setAutoStartService(false);
+  const int timeout = bus_ == Bus::unknown ? bus_timeout : -1;
+  auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question, timeout), this);
+  QObject::connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
+    const QDBusPendingReply<QDBusVariant> reply(*call);
+    call->deleteLater();
+    const bool is_silent = reply.error().type() == QDBusError::NoReply;
+    const bool has_watcher = reply.isValid() || is_silent;
+    const bool has_host = reply.isValid() && reply.value().variant().toBool();
+    bus_ = has_host ? Bus::with_host : has_watcher ? Bus::without_host : Bus::without_watcher;
+    report();
+    if (is_silent) {
+      bus_changed_.start(); // it may still answer
+    }
+  });
+}
+
+void Desktop::watch_screen(xcb_connection_t *connection) {
+  connection_ = connection;
+  const std::string selection = tray_selection_name();
+  for (const char *name :
+       {selection.c_str(), "MANAGER", "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING",
+        "_NET_WM_STATE", "_NET_WM_STATE_FULLSCREEN"}) {
+    const auto cookie = xcb_intern_atom(connection, 0, std::strlen(name), name);
+    const Owned<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    atoms_.push_back(reply ? reply->atom : XCB_NONE);
+  }
+  qApp->installNativeEventFilter(this); // until it is destroyed
+  find_tray();
+}
+
+void Desktop::find_tray() {
+  const auto cookie = xcb_get_selection_owner(connection_, atoms_[tray_selection]);
+  const Owned<xcb_get_selection_owner_reply_t> reply(
+      xcb_get_selection_owner_reply(connection_, cookie, nullptr));
+  tray_ = reply ? reply->owner : XCB_NONE;
+  // The server tells when it is destroyed; it may be already.
+  const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  const auto watch =
+      xcb_change_window_attributes_checked(connection_, tray_, XCB_CW_EVENT_MASK, &events);
+  if (Owned<xcb_generic_error_t>(xcb_request_check(connection_, watch))) {
+    tray_ = XCB_NONE;
+  }
+  report();
+}
+
+/// Lets Qt handle the event first.
+bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qintptr * /*result*/) {
+  const auto *event = static_cast<const xcb_generic_event_t *>(message);
+  const auto *announcement = static_cast<const xcb_client_message_event_t *>(message);
+  const auto *destroyed = static_cast<const xcb_destroy_notify_event_t *>(message);
+  const auto *property = static_cast<const xcb_property_notify_event_t *>(message);
+  const int kind = event->response_type & 0x7f;
+  // A new tray announces itself to everybody.
+  if ((kind == XCB_CLIENT_MESSAGE && announcement->type == atoms_[manager] &&
+       announcement->data.data32[1] == atoms_[tray_selection]) ||
+      (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_)) {
+    QMetaObject::invokeMethod(
+        this, [this] { find_tray(); }, Qt::QueuedConnection);
+  } else if (kind == XCB_PROPERTY_NOTIFY &&
+             (property->atom == atoms_[active_window] || property->atom == atoms_[stacking])) {
+    const auto rise = [this, root = property->window] {
+      const std::u32string active = values(connection_, root, atoms_[active_window]);
+      if (active.empty() ||
+          values(connection_, active[0], atoms_[state]).find(atoms_[fullscreen]) ==
+              std::u32string::npos) {
+        covered_();
+      }
+    };
+    QMetaObject::invokeMethod(this, rise, Qt::QueuedConnection);
+  }
+  return false;
+}
+
+void Desktop::report() {
+  if (bus_ == Bus::unknown) {
+    return;
+  }
+  const bool has_host = bus_ == Bus::with_host, has_tray = tray_ != XCB_NONE;
+  if (kind_ == Kind::undecided && (has_host || (has_tray && bus_ == Bus::without_watcher))) {
+    kind_ = has_host ? Kind::bus : Kind::tray;
+  }
+  const bool available = kind_ == Kind::bus ? has_host : has_tray && kind_ == Kind::tray;
+  if (available != available_) {
+    available_ = available;
+    panel_(available);
+  }
+}
+
+} // namespace td

@@ -1,0 +1,54 @@
+"""A private session bus."""
+
+import subprocess
+from pathlib import Path
+from signal import SIGCONT, SIGKILL, SIGSTOP
+
+CONFIGURATION = """<busconfig>
+  <type>session</type>
+  <listen>unix:path={folder}/bus</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>{folder}/services</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+ACCESSIBILITY = "org.a11y.Bus.service"  # the only service that it starts
+
+
+class Bus:
+    """A bus whose files are in an empty folder; `environment` adds its address to what is given."""
+
+    def __init__(self, folder, environment):
+        self._folder = Path(folder)
+        services = self._folder / "services"
+        services.mkdir(parents=True)
+        (services / ACCESSIBILITY).symlink_to(f"/usr/share/dbus-1/services/{ACCESSIBILITY}")
+        configuration = self._folder / "configuration"
+        configuration.write_text(CONFIGURATION.format(folder=self._folder))
+        self.address = f"unix:path={self._folder}/bus"
+        self.environment = {**environment, "DBUS_SESSION_BUS_ADDRESS": self.address}
+        command = ["dbus-daemon", f"--config-file={configuration}", "--nofork", "--nosyslog"]
+        self._process = subprocess.Popen(
+            [*command, "--print-address"],
+            env=self.environment,
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+        )
+        assert self._process.stdout.readline(), "the bus has not started"
+
+    def suspend(self):
+        """Stops the bus until `resume`: it accepts connections and does not answer."""
+        self._process.send_signal(SIGSTOP)
+
+    def resume(self):
+        self._process.send_signal(SIGCONT)
+
+    def end(self):
+        """Ends the bus, if it still runs, and with it what it has started."""
+        self._process.send_signal(SIGKILL)
+        self._process.wait()
+        self._process.stdout.close()

@@ -1,0 +1,11 @@
+// GNUstep's applications have no activation policy.
+
+#import <AppKit/AppKit.h>
+
+@implementation NSApplication (TDMissing)
+
+- (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)policy {
+  return YES;
+}
+
+@end

@@ -86,8 +86,8 @@ SECTIONS = [
         ],
         "On a private screen without hardware (Xvfb), with openbox and neither panel nor theme. The start "
         "is the launcher's execution, of a hub that answers at once. In turns with the interface on GNUstep "
-        "that was there before (commit 96f0a50), TRIAL times each on TRIAL: the icon after TRIAL ms, then "
-        "TRIAL ms; the menu after TRIAL ms, then TRIAL ms; memory behind the icon TRIAL KiB, then TRIAL KiB.",
+        "that was there before (commit 96f0a50), 12 times each on 22 November 2026: the icon after 268 ms, then "
+        "60 ms; the menu after 5.9 ms, then 3.0 ms; memory behind the icon 42,943 KiB, then 20,342 KiB.",
     ),
     Section(
         "scale",

@@ -22,8 +22,10 @@ Bus::Bus() {
   if (daemon_ == 0) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     dup2(ends[1], STDOUT_FILENO);
+    // A file would be left when the daemon is killed.
+    const std::string listened = "--address=unix:abstract=gui-test-" + std::to_string(getpid());
     execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--nopidfile",
-           "--print-address=1", nullptr);
+           "--print-address=1", listened.c_str(), nullptr);
     _exit(127);
   }
   close(ends[1]);

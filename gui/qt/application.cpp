@@ -39,7 +39,8 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
     }
-  } else if (g_reason.empty() && type != QtDebugMsg && type != QtInfoMsg) {
+  } else if (g_reason.empty() && type != QtDebugMsg && type != QtInfoMsg &&
+             !text.startsWith("Detected locale")) { // for another one Qt takes a variant in UTF-8
     g_reason = text.section('\n', 0, 0).toStdString();
   }
   // A start fails when the display has gone that worked at the trial.

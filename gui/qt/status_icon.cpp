@@ -52,7 +52,6 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
   setFixedSize(side, side);
   setMask(tile_icon().pixmap(size(), 1.0).mask()); // and elsewhere
   setWindowTitle("Tandrel");
-  setAccessibleName("Tandrel");
   setToolTip("Tandrel");
   QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
                    &StatusIcon::watch_screen);

@@ -44,8 +44,9 @@ QAction *item_in(const QMenu *menu, const std::function<bool(const QString &)> &
 } // namespace
 
 QWidget *floating_icon() {
-  return top_window<QWidget>(
-      [](const QWidget &widget) { return widget.accessibleName() == "Tandrel"; });
+  return top_window<QWidget>([](const QWidget &widget) {
+    return widget.windowTitle() == "Tandrel" && !widget.inherits("QDialog");
+  });
 }
 
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body) {

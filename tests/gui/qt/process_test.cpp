@@ -109,6 +109,7 @@ void quit_when(const std::function<void(Interface)> &end) {
 /// handlers must not run. Exits with 0 for yes and 2 for no.
 [[noreturn]] void ask(const char *platform, const char *display) {
   std::atexit([] { report("exit handler"); });
+  setenv("LC_ALL", "C", 1); // the toolkit warns of it
   set_display(platform, display);
   _exit(tdgui_available() ? 0 : 2);
 }

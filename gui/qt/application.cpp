@@ -60,6 +60,9 @@ void handle_exit(int status, void * /*unused*/) {
     _exit(EXIT_FAILURE);
   }
   if (!g_quits_at_exit.exchange(false)) {
+    while (gettid() != getpid()) { // what is left is for the thread that came first
+      pause();
+    }
     return;
   }
   if (status == EXIT_FAILURE && !g_is_fatal) {
@@ -118,7 +121,7 @@ void construct_in_own_environment() {
   static char no_abort[] = "DBUS_FATAL_WARNINGS=0";
   kept.push_back(no_abort);
   kept.push_back(nullptr);
-  if (!has_session_bus()) {
+  if (g_is_trial || !has_session_bus()) { // a trial needs none
     setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
   }
   if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR")) {

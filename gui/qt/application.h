@@ -3,11 +3,11 @@
 
 namespace td {
 
-/// Makes the application, which loads the toolkit's plug-ins and opens the display; nothing if
-/// there is one already. The toolkit's and the plug-ins' threads have all signals blocked, the
-/// environment and this thread's signal mask are afterwards as they were, no program is started, no
-/// file is left, and no session manager learns of this process. A session bus that does not answer
-/// within a second is not used. Where the display does not work, says why on standard error, in one
+/// Makes the application, once: loads the toolkit's plug-ins and opens the display. Threads made
+/// meanwhile have all signals blocked; the environment (but for DBUS_FATAL_WARNINGS) and this
+/// thread's signal mask are afterwards as they were, no program is started, no file is left, and no
+/// session manager learns of this process. A session bus is used, but not `in_trial`, when it
+/// answers within a second. Where the display does not work, says why on standard error, in one
 /// line, and ends the process: by exit(EXIT_FAILURE), but `in_trial` by _exit(EXIT_FAILURE), so
 /// that nothing runs that a process made for the trial shares with its parent. Main thread only.
 void make_application(bool in_trial = false);

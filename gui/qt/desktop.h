@@ -11,10 +11,9 @@
 
 namespace td {
 
-/// Where icons go by the bus (StatusNotifierItem) there is a service that watches the panels;
-/// without it by X's tray (XEmbed). Qt decides between the two once in a process, when the first
-/// icon for a panel is made: so that must happen when a panel is there, and only panels of that
-/// kind count from then on. Main thread only.
+/// Icons go by the bus (StatusNotifierItem) or by X's tray (XEmbed). Qt decides when an icon for a
+/// panel is made: so that must happen when a panel is there, and only panels of that kind count
+/// from then on. Main thread only.
 class Desktop : public QObject, public QAbstractNativeEventFilter {
 public:
   /// Calls from the event loop `panel`, once when it is known whether there is a panel, for which
@@ -22,6 +21,8 @@ public:
   /// others, but none fills the screen.
   Desktop(std::function<void(bool available)> panel, std::function<void()> covered);
 
+  /// Whether the first panel that was seen takes icons by the bus.
+  bool has_chosen_bus() const { return kind_ == Kind::bus; }
   bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
 
 private:

@@ -75,19 +75,16 @@ void run(const GuiConfig &config) {
 /// silently where there is just no display. It may wait for the display as long as that takes. Main
 /// thread only.
 TDGUI_EXPORT bool tdgui_available() noexcept {
-  bool has_display = false;
-  for (const char *variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-    has_display = has_display || !qEnvironmentVariableIsEmpty(variable);
+  if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+      qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+    return false;
   }
-  if (has_display) {
-    td::make_application(true);
-  }
-  return has_display;
+  td::make_application(true);
+  return true;
 }
 
-/// tdgui::run for a launcher that loads this module at run time; call it when tdgui_available has
-/// returned true, in this or in another process. Throws nothing, because the launcher has its own
-/// C++ runtime: returns early when the interface fails.
+/// tdgui::run for a launcher that loads this module, once tdgui_available has returned true in any
+/// process. Throws nothing, as the launcher has its own C++ runtime: returns early on failure.
 TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
   try {
     tdgui::run(*config);

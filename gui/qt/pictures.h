@@ -1,5 +1,4 @@
-/// What is drawn: at any size, in the same colours in light and dark themes, and not greyed where
-/// an item is disabled.
+/// What is drawn: at any size, in the same colours in any theme, also where an item is disabled.
 #pragma once
 
 #include <QColor>

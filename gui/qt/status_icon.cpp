@@ -6,7 +6,6 @@
 #include <QApplication>
 #include <QBitmap>
 #include <QCloseEvent>
-#include <QCursor>
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
@@ -26,8 +25,7 @@ Qt::WindowFlags window_kind() {
                              : Qt::Window;
 }
 
-/// Beside the icon, below it or, in the lower half of the monitor, above. Qt keeps the menu on the
-/// monitor.
+/// Below the icon or, in the lower half of the monitor, above it. Qt keeps it on the monitor.
 QPoint menu_place(QRect icon, QSize menu) {
   const QScreen *screen = QGuiApplication::screenAt(icon.center());
   const bool above = screen != nullptr && icon.center().y() > screen->geometry().center().y();
@@ -65,9 +63,11 @@ void StatusIcon::show_in(bool panel) {
     in_tray_->setContextMenu(&menu_);
     QObject::connect(in_tray_.get(), &QSystemTrayIcon::activated, this,
                      &StatusIcon::tray_icon_clicked);
-    in_tray_->show();
-  } else if (!panel) {
-    in_tray_.reset();
+  } else if (!panel && desktop_.has_chosen_bus()) {
+    in_tray_.reset(); // LXQt does not show the same one again
+  }
+  if (in_tray_) { // X's tray: Qt may take another one for one on the bus
+    in_tray_->setVisible(panel);
   }
   setVisible(!panel);
 }

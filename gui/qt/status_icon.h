@@ -11,7 +11,7 @@
 
 namespace td {
 
-/// Shows the icon as soon as it is known whether there is a panel. A click opens the menu, or
+/// Shows the icon as soon as it is known whether there is a panel. A left click opens the menu, or
 /// brings the open dialog to the front. This widget is the floating icon: a small window in front
 /// of others, at the top right of the primary monitor beside the desktop's bars. Where a program
 /// may not place windows it is an ordinary one. Main thread only.

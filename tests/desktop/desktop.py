@@ -36,12 +36,14 @@ class Desktop:
     """
 
     def __init__(self, managed=True, server=FIXED_SIZE, has_bus=True):
+        interface = suite_module.BUILD / "tdgui.so"
+        assert interface.exists(), "not built, or TD_BUILD_DIR names another folder"
         self._folder = Path(tempfile.mkdtemp(prefix="td-"))
         self._ports = suite_module.Ports()
         folder = self._folder / "build"  # as in this tree, for the scripts
         folder.mkdir()
         self.suite = suite_module.Suite(folder, self._ports, self._folder)
-        shutil.copy2(suite_module.BUILD / "tdgui.so", folder / "tdgui.so")
+        shutil.copy2(interface, folder / "tdgui.so")
         environment = {k: v for k, v in self.suite.environment.items() if not SESSION.fullmatch(k)}
         for name in ("TMPDIR", "XDG_RUNTIME_DIR"):
             path = self._folder / name

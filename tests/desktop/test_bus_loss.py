@@ -12,7 +12,7 @@ from dialogs import PortsDialog
 
 # Seconds from the suite's start to the icon: 2 for the bus that does not answer, the rest for a
 # machine that has other work to do. Each question to the bus would wait for 25.
-LONGEST_WAIT = 6
+LONGEST_WAIT = 5
 
 
 def check_works(desktop):

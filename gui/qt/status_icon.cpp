@@ -66,7 +66,7 @@ void StatusIcon::show_in(bool panel) {
   } else if (!panel && desktop_.has_chosen_bus()) {
     in_tray_.reset(); // LXQt does not show the same one again
   }
-  if (in_tray_) { // X's tray: Qt may take another one for one on the bus
+  if (in_tray_) { // kept for X's tray: Qt 6.8 may put a new one on the bus
     in_tray_->setVisible(panel);
   }
   setVisible(!panel);

@@ -1,6 +1,6 @@
 """What programs show, asked as screen readers do (AT-SPI), on a bus of the tests' own."""
 
-from deadline import DEADLINE
+from bus import call, connect
 from gi.repository import Gio, GLib
 from screen import Rect
 
@@ -21,19 +21,6 @@ STATES = {
 }  # fmt: skip
 LABELLED_BY = 2  # a relation
 SCREEN = 0  # whose coordinates places are in
-
-
-def _connect(address):
-    flags = Gio.DBusConnectionFlags
-    flags = flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION
-    return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
-
-
-def _call(connection, owner, path, interface, method, arguments=None):
-    return connection.call_sync(
-        owner, path, interface, method, arguments, None,
-        Gio.DBusCallFlags.NONE, int(DEADLINE * 1000), None,
-    ).unpack()  # fmt: skip
 
 
 class Accessible:
@@ -142,10 +129,10 @@ class Accessibility:
     ENVIRONMENT = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1"}
 
     def __init__(self, bus):
-        session = _connect(bus.address)
-        (address,) = _call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        session = connect(bus.address)
+        (address,) = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
         session.close_sync(None)
-        self._connection = _connect(address)
+        self._connection = connect(address)
         self._shown = set()  # a menu is in no window: it is known by the event when it is shown
         self._connection.signal_subscribe(
             None, f"{EVENT}.Object", "StateChanged", None, "showing",
@@ -159,7 +146,7 @@ class Accessibility:
 
     def call(self, *question):
         """Calls a method of a program's; returns its result: the only one, or all."""
-        values = _call(self._connection, *question)
+        values = call(self._connection, *question)
         return values[0] if len(values) == 1 else values
 
     def programs(self):

@@ -1,8 +1,11 @@
-"""A private session bus."""
+"""A private session bus, and talking to programs on a bus."""
 
 import subprocess
 from pathlib import Path
 from signal import SIGCONT, SIGKILL, SIGSTOP
+
+from deadline import DEADLINE
+from gi.repository import Gio
 
 CONFIGURATION = """<busconfig>
   <type>session</type>
@@ -17,6 +20,21 @@ CONFIGURATION = """<busconfig>
 </busconfig>
 """
 ACCESSIBILITY = "org.a11y.Bus.service"  # the only service that it starts
+
+
+def connect(address):
+    """A connection of its own to the bus with that address."""
+    flags = Gio.DBusConnectionFlags
+    flags = flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION
+    return Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+
+
+def call(connection, owner, path, interface, method, arguments=None):
+    """Calls a method of a program's; returns its results."""
+    return connection.call_sync(
+        owner, path, interface, method, arguments, None,
+        Gio.DBusCallFlags.NONE, int(DEADLINE * 1000), None,
+    ).unpack()  # fmt: skip
 
 
 class Bus:

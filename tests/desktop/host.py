@@ -2,7 +2,8 @@
 
 import threading
 
-from deadline import DEADLINE, wait_until
+from bus import call, connect
+from deadline import wait_until
 from gi.repository import Gio, GLib
 from menu_bar import states_of
 
@@ -42,10 +43,8 @@ class Item:
         self._path = path
 
     def _call(self, path, interface, method, kind, *arguments):
-        return self._connection.call_sync(
-            self.name, path, interface, method, GLib.Variant(kind, arguments), None,
-            Gio.DBusCallFlags.NONE, int(DEADLINE * 1000), None,
-        ).unpack()  # fmt: skip
+        arguments = GLib.Variant(kind, arguments)
+        return call(self._connection, self.name, path, interface, method, arguments)
 
     def get(self, name):
         """A property: "Title", "ToolTip", "IconPixmap"..."""
@@ -90,10 +89,7 @@ class Host:
         self._silent_at = silent_at
         self._answers = threading.Event()  # also what it is silent at
         self._asked = set()
-        flags = Gio.DBusConnectionFlags
-        self._connection = Gio.DBusConnection.new_for_address_sync(
-            bus.address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None
-        )
+        self._connection = connect(bus.address)
         self._loop = GLib.MainLoop(GLib.MainContext())
         started = threading.Event()
         self._thread = threading.Thread(target=self._run, args=[started], daemon=True)
@@ -110,10 +106,7 @@ class Host:
 
     def _ask_bus(self, method, arguments):
         name, path = "org.freedesktop.DBus", "/org/freedesktop/DBus"
-        answer = self._connection.call_sync(
-            name, path, name, method, arguments, None, Gio.DBusCallFlags.NONE, -1, None
-        )
-        return answer.unpack()[0]
+        return call(self._connection, name, path, name, method, arguments)[0]
 
     def _note(self, name):
         self._asked.add(name)

@@ -1,6 +1,6 @@
-"""How the commands of the documents are run, and which are not, with the reason.
+"""How to run the commands of the documents, and which ones not to run, with the reason.
 
-A pattern (fnmatch) is compared with "document: command".
+Patterns (fnmatch) are matched against "document: command".
 """
 
 from fnmatch import fnmatchcase
@@ -8,7 +8,7 @@ from signal import SIGINT
 
 from console import READY
 
-# Kind, reason, patterns. A pattern that fits no command any more fails a test.
+# Kind, reason, patterns. A pattern that no longer matches a command fails a test.
 NOT_RUN = [
     (
         "root",
@@ -23,8 +23,8 @@ NOT_RUN = [
     ),
     (
         "long",
-        "builds or tests for minutes. scripts/test does all of it but a release, which CI makes and of "
-        "which tests/install/test_release.py tests the script",
+        "builds or tests for minutes. scripts/test runs all of these except a release, which CI makes; "
+        "tests/install/test_release.py tests its script",
         [
             *("*: scripts/test", "*: *scripts/release*", "*: scripts/fresh *", "*: *python3 -m pytest *"),
             *("*: cmake --preset *", "*: cmake --build *", "*: ctest *"),
@@ -32,12 +32,12 @@ NOT_RUN = [
     ),
     (
         "machine",
-        "is about every program of this machine, or ends it",
+        "affects or lists all programs of this machine",
         ["*: pkill *", "*: pgrep *"],
     ),
     (
         "ports",
-        "takes the default ports without a display; tests/desktop/test_scripts.py runs it on others",
+        "uses the default ports without a display; tests/desktop/test_scripts.py runs it on others",
         ["*: *scripts/run --menu-bar*"],
     ),
     (
@@ -45,11 +45,11 @@ NOT_RUN = [
         "measures for minutes, or writes what was measured; tests/bench tests the tables",
         ["*: scripts/bench*"],
     ),
-    ("name", "names a tool, without what it would take to run it", ["*: cmake --install"]),
+    ("name", "names a tool, without the arguments to run it", ["*: cmake --install"]),
 ]
 
-# Commands that go on until Ctrl-C: what they print in a terminal, and their status then. The first
-# pattern that fits counts. By a component's name the launcher leaves Ctrl-C at its default.
+# Commands that run until Ctrl-C: what they print before, and their status then. The first pattern that
+# matches counts. A launcher of one component leaves SIGINT at its default.
 UNTIL_CTRL_C = [
     ("*: *scripts/run --help", None, 0),
     ("*: *scripts/run hub *", "td_hub (stand-in)", -SIGINT),
@@ -57,27 +57,26 @@ UNTIL_CTRL_C = [
     ("*: *scripts/run*", READY, 0),
 ]
 
-# Commands that ask about a suite that is up.
+# Commands that need a running suite.
 BESIDE_A_RUN = ["*: curl *", "*: ss *", "*: *scripts/run receiver *"]
 
 
-def _fits(document, command, patterns):
+def _matches(document, command, patterns):
     return any(fnmatchcase(f"{document}: {command}", pattern) for pattern in patterns)
 
 
 def is_run(document, command):
-    return not any(_fits(document, command, patterns) for _, _, patterns in NOT_RUN)
+    return not any(_matches(document, command, patterns) for _, _, patterns in NOT_RUN)
 
 
 def is_beside_a_run(document, command):
-    return _fits(document, command, BESIDE_A_RUN)
+    return _matches(document, command, BESIDE_A_RUN)
 
 
 def end_of(document, command):
-    """What a command prints before it is to get a Ctrl-C, None for one that ends by itself, and its
-    status."""
-    fitting = (row[1:] for row in UNTIL_CTRL_C if _fits(document, command, row[:1]))
-    return next(fitting, (None, 0))
+    """What a command prints before Ctrl-C is to be pressed (None: it ends by itself), and its status."""
+    matching = (row[1:] for row in UNTIL_CTRL_C if _matches(document, command, row[:1]))
+    return next(matching, (None, 0))
 
 
 def patterns():

@@ -7,22 +7,22 @@ from pathlib import Path
 
 import pytest
 
-# The tests share the support modules of others.
+# Support modules of the other tests.
 sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "install")]
 
 import inherited_signals  # noqa: E402
-from place import Place  # noqa: E402
+from sandbox import Sandbox  # noqa: E402
 from suite import Ports  # noqa: E402
 
 inherited_signals.handle_ignored()
 
 
 @pytest.fixture
-def place():
+def sandbox():
     """Fails the test that leaves a process behind."""
-    folder = Path(tempfile.mkdtemp(prefix="td-"))  # short, for the names of a screen's sockets
+    folder = Path(tempfile.mkdtemp(prefix="td-"))  # short: the paths of sockets are limited
     ports = Ports()
-    made = Place(folder, ports)
+    made = Sandbox(folder, ports)
     yield made
     left = made.suite.close()
     ports.close()

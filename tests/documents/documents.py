@@ -1,12 +1,12 @@
-"""What the documents of this tree say: their commands, their links and the files that they name."""
+"""Parses the documents of this tree: their commands, their links and the files that they name."""
 
 import re
 from pathlib import Path
 
 ROOT = Path(__file__).parents[2]
 README = Path("README.md")
-COMMAND_BLOCKS = ("", "sh")  # how blocks of commands are marked; others hold output, pictures, data
-# A code span of several words, of which the first is one of these, is a command.
+COMMAND_BLOCKS = ("", "sh")  # the languages of blocks with commands
+# A code span of several words is a command if the first is one of these.
 COMMAND_WORDS = (
     *("apt", "apt-get", "brew", "cmake", "codesign", "cpack", "ctest", "curl", "dnf", "kill"),
     *("launchctl", "loginctl", "lsof", "open", "osascript", "pgrep", "pkill", "rm", "security", "ss"),
@@ -21,7 +21,7 @@ def documents():
 
 
 def _parts(path):
-    """The text of a document outside its blocks, and the blocks: their marks, lines and texts."""
+    """The text of a document outside its code blocks, and the blocks: language, line number, lines."""
     text, blocks, mark = [], [], None
     for number, line in enumerate((ROOT / path).read_text().splitlines(), 1):
         if line.startswith("```"):
@@ -34,7 +34,7 @@ def _parts(path):
             text.append(line)
         else:
             blocks[-1][2].append(line)
-    assert mark is None, f"{path}: a block does not end"
+    assert mark is None, f"{path}: a code block is not closed"
     return "\n".join(text), blocks
 
 
@@ -59,7 +59,7 @@ def _is_command(span):
 
 
 def commands(path):
-    """The commands of a document: those of its blocks in their order, then those in its text."""
+    """The commands of a document: first those of its blocks, then those in its text."""
     found = []
     for mark, _, lines in _parts(path)[1]:
         if mark in COMMAND_BLOCKS:
@@ -74,6 +74,6 @@ def links(path):
 
 
 def anchors(path):
-    """What a link may name after "#" in a document."""
+    """The fragments that links may use for a document."""
     headings = re.findall(r"^#+ (.*)", _parts(path)[0], re.MULTILINE)
     return [re.sub(r"[^\w\- ]", "", heading.lower()).replace(" ", "-") for heading in headings]

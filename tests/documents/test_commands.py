@@ -1,4 +1,4 @@
-"""The commands in the documents: each is run as it stands there, or listed with a reason why not."""
+"""Each command in the documents is run as it is written, or listed with the reason why it is not."""
 
 import json
 import os
@@ -19,23 +19,23 @@ def test_there_are_commands():
 
 
 @pytest.mark.parametrize("path", documents.documents(), ids=str)
-def test_a_block_holds_commands_or_says_what_else(path):
+def test_a_block_is_of_a_known_kind(path):
     assert documents.marks(path) <= {*documents.COMMAND_BLOCKS, "json", "text"}
 
 
-@pytest.mark.skipif(sys.platform != "linux", reason="the private place takes a Linux system")
+@pytest.mark.skipif(sys.platform != "linux", reason="the sandbox needs Linux")
 @pytest.mark.parametrize("path", WITH_COMMANDS, ids=str)
-def test_the_commands_work(place, path):
+def test_the_commands_work(sandbox, path):
     for command in documents.commands(path):
         if commands.is_run(path, command):
             text, expected = commands.end_of(path, command)
             beside = commands.is_beside_a_run(path, command)
-            status, printed = place.run(command, text, beside)
+            status, printed = sandbox.run(command, text, beside)
             assert status == expected, f"{command}\n{printed}"
 
 
 @pytest.mark.parametrize("pattern", commands.patterns())
-def test_no_pattern_is_left_over(pattern):
+def test_every_pattern_matches_a_command(pattern):
     assert any(fnmatchcase(f"{path}: {command}", pattern) for path, command in ALL)
 
 

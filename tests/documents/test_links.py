@@ -1,17 +1,17 @@
-"""What the documents link to, show and name is there."""
+"""What the documents link to, show and name exists."""
 
 import documents
 import pytest
 
 EVERY_DOCUMENT = pytest.mark.parametrize("path", documents.documents(), ids=str)
-# A code span that begins so names a file or a folder of this tree; an ending may be missing.
+# Code spans that start with one of these name a file or a folder of this tree; the extension may be missing.
 TOP_FOLDERS = ("components/", "docs/", "gui/", "launcher/", "packaging/", "scripts/", "tests/")
 
 
 @EVERY_DOCUMENT
 def test_links_lead_somewhere(path):
     for link in documents.links(path):
-        assert "://" not in link, f"{link}: nothing but this tree is linked"
+        assert "://" not in link, f"{link}: links outside this tree are not allowed"
         name, _, anchor = link.partition("#")
         target = (documents.ROOT / path.parent / name).resolve() if name else documents.ROOT / path
         assert target.exists(), link
@@ -37,7 +37,7 @@ def test_every_page_is_linked_from_the_readme():
 
 
 @EVERY_DOCUMENT
-def test_files_that_are_named_are_there(path):
+def test_named_files_exist(path):
     for span in documents.spans(path):
         if span.startswith(TOP_FOLDERS) and " " not in span:
             found = [*documents.ROOT.glob(span), *documents.ROOT.glob(f"{span}.*")]

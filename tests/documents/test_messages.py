@@ -1,4 +1,4 @@
-"""The README explains messages that exist."""
+"""The messages that docs/troubleshooting.md explains exist."""
 
 import re
 
@@ -6,7 +6,8 @@ import console
 import documents
 import pytest
 
-# Of the launcher's own messages those that a test of it knows; of others their source.
+PAGE = documents.ROOT / "docs/troubleshooting.md"
+# Some messages are constants of the tests; the others are looked for in the source.
 MESSAGES = [
     console.hub_silent(4466),
     console.hub_missing("/a/folder/td_hub"),
@@ -18,9 +19,8 @@ MESSAGES = [
 
 
 def explained():
-    """The first cells of the table below "It does not start" that are not empty."""
-    _, _, section = (documents.ROOT / documents.README).read_text().partition("\n## It does not start\n")
-    rows = section.partition("\n## ")[0].partition("| --- |")[2]
+    """The first cells of the page's table that are not empty."""
+    rows = PAGE.read_text().partition("| --- |")[2].partition("\n\n")[0]
     return re.findall(r"^\| ([^|]+?) \|", rows, re.MULTILINE)
 
 

@@ -1,4 +1,4 @@
-"""Where commands of documents are run as they stand there."""
+"""Runs the commands of documents as they are written."""
 
 import re
 import shutil
@@ -10,15 +10,15 @@ from deadline import wait_until
 from run import Run
 from suite import BUILD, Suite
 
-# What stands for a port in a command: the default ones and those like them.
+# Ports in commands: the default ones and similar numbers.
 PORT = re.compile(r"\b44\d\d\b")
 SETTINGS = '{{"http_port": {}, "udp_port": {}}}\n'
 
 
-class Place:
-    """The top folder of a clone, with a home folder of its own, where the folder "suite" holds the
-    stand-ins as a suite's own programs. Ports are private ones: saved as settings, and put in place
-    of those in a command. Of the build folder there is what is run and installed.
+class Sandbox:
+    """A clone with a private home folder, in which the folder "suite" has the stand-ins in the role of
+    the suite's own programs. Its build folder has only what is run and installed. The ports are private:
+    they are in the settings files, and replace those in the commands.
     """
 
     def __init__(self, folder, ports):
@@ -39,8 +39,10 @@ class Place:
         return str(self._ports[match[0]])
 
     def run(self, command, text=None, beside_a_run=False):
-        """Runs a command in a terminal; returns its status and what it printed. With `text` it goes
-        on until it has printed that, and gets a Ctrl-C. `beside_a_run`: while the suite is up."""
+        """Runs a command in a terminal; returns its status and its output.
+
+        `text`: wait for this output, then press Ctrl-C. `beside_a_run`: run it while the suite is up.
+        """
         other = self._start("scripts/run --no-browser") if beside_a_run else None
         if other:
             other.wait_for(READY)
@@ -56,7 +58,7 @@ class Place:
         return status, run.text.decode(errors="replace")
 
     def _start(self, command):
-        # bash: after a Ctrl-C its status is the command's, and not that of the signal.
+        # After Ctrl-C, bash exits with the command's status, not with the signal's.
         run = Run(
             self.suite, ["-c", command], program="/bin/bash", terminal="all", cwd=self.clone.folder
         )

@@ -54,7 +54,7 @@ class System:
             return []
         assert done.returncode == 1
         first, *lines = done.stderr.splitlines()
-        assert first.endswith("neither apt-get nor Homebrew is here to install what is missing:")
+        assert first.endswith("found neither apt-get nor Homebrew to install what is missing:")
         return [line.strip() for line in lines]
 
 

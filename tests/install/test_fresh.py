@@ -175,7 +175,7 @@ def test_a_release_that_cannot_be_fetched_is_reported(fresh):
     done = fresh.run("none", "true")
     log = fresh.copies / "none.log"
     assert done.returncode == 1
-    assert done.stderr == f"{fresh.tree}/scripts/fresh: no Debian none could be made: see {log}\n"
+    assert done.stderr == f"{fresh.tree}/scripts/fresh: could not make a Debian none: see {log}\n"
     assert log.read_text() == "no such release\n"
     assert not (fresh.copies / "none").exists()
 

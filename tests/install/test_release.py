@@ -135,7 +135,7 @@ def test_a_tree_that_differs_from_its_commit_is_refused(repository):
     (repository.folder / "new").touch()
     done = repository.run("made")
     assert done.returncode == 1
-    assert "what is not committed would be missing" in done.stderr
+    assert "would lack what is not committed" in done.stderr
     (repository.folder / "new").unlink()
     (repository.folder / "VERSION").write_text("2.0.0+1\n")
     assert repository.run("made").returncode == 1
@@ -147,7 +147,7 @@ def test_a_folder_that_is_there_is_left_alone(repository):
     assert repository.run("made").returncode == 0
     done = repository.run("made", CONTENTS="other")
     assert done.returncode == 1
-    assert done.stderr.endswith("release: made is there already\n")
+    assert done.stderr.endswith("release: made already exists\n")
     assert (repository.folder.parent / "made/tandrel-made.deb").read_text() == f" {EPOCH}\n"
 
 
@@ -156,7 +156,7 @@ def test_made_again_it_must_be_the_same(repository):
     assert repository.run("--again", "made", "again").returncode == 0
     done = repository.run("--again", "made", "other", CONTENTS="other")
     assert done.returncode == 1
-    assert "these files are not those of " in done.stderr
+    assert "these files differ from those in " in done.stderr
     assert "tandrel-made.deb" in done.stdout and f"tandrel-{VERSION}" in done.stdout
 
 

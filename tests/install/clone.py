@@ -1,4 +1,4 @@
-"""A private tree with this one's scripts, in which everything is already installed and built."""
+"""A private copy of this tree, in which everything is already installed and built."""
 
 import shutil
 from pathlib import Path
@@ -7,8 +7,9 @@ ROOT = Path(__file__).parents[2]
 
 
 class Clone:
-    """The folder above that of `suite`, which is its build folder. What the scripts would install or
-    build is only noted, a line each, in the file `steps`.
+    """A tree whose build folder is that of `suite`.
+
+    Its scripts install and build nothing: each attempt is only a line in the file `steps`.
     """
 
     def __init__(self, suite):

@@ -1,4 +1,4 @@
-"""Fixtures of the tests of what is installed, and of how it is installed."""
+"""Fixtures of the tests of installing."""
 
 import os
 import shutil
@@ -8,7 +8,7 @@ from pathlib import Path
 
 import pytest
 
-# The tests share the support modules of the system and the desktop tests.
+# Support modules of the system and the desktop tests.
 sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "desktop")]
 
 import inherited_signals  # noqa: E402
@@ -18,15 +18,16 @@ from suite import BUILD, Ports  # noqa: E402
 inherited_signals.handle_ignored()
 
 ROOT = Path(__file__).parents[2]
+# What tests may need, by the name of their mark: whether it is so here, and why a test is skipped if not.
 NEEDS = {
-    "linux": (sys.platform == "linux", "a Mac has the application in place of it"),
+    "linux": (sys.platform == "linux", "a Mac has the application instead"),
     "root": (hasattr(os, "geteuid") and os.geteuid() == 0, "only root may do this"),
 }
 
 
 def pytest_configure(config):
     for name, (_, reason) in NEEDS.items():
-        config.addinivalue_line("markers", f"{name}: where this is not so the test is skipped: {reason}")
+        config.addinivalue_line("markers", f"{name}: otherwise the test is skipped: {reason}")
 
 
 def pytest_runtest_setup(item):
@@ -37,19 +38,19 @@ def pytest_runtest_setup(item):
 
 @pytest.fixture(scope="session")
 def root():
-    """The tree's top folder."""
+    """The repository's top folder."""
     return ROOT
 
 
 @pytest.fixture(scope="session")
 def build():
-    """The build folder with what people run."""
+    """The build folder with what users run."""
     return BUILD
 
 
 @pytest.fixture
 def folder():
-    """A private folder that every user may enter, with blanks and a quote in its name."""
+    """A private folder that every user may enter, with spaces and a quote in its name."""
     made = Path(tempfile.mkdtemp(prefix="td-"))
     made.chmod(0o755)
     folder = made / "it's an empty place"
@@ -67,7 +68,7 @@ def ports():
 
 @pytest.fixture
 def tree(build, folder, ports):
-    """What "cmake --install" puts below a prefix, and the stand-ins.
+    """An installation by "cmake --install", with the stand-ins.
 
     Fails the test that leaves a process behind.
     """

@@ -1,4 +1,4 @@
-"""A private session and what a user of it sees of an installed launcher."""
+"""A private desktop session, in which an installed launcher is used through its icon."""
 
 import tempfile
 from contextlib import contextmanager
@@ -7,11 +7,8 @@ from pathlib import Path
 
 @contextmanager
 def desktop_session(tree):
-    """A screen and a session bus, and the menu bar on them, for programs of the tree's user.
-
-    What the desktop's programs leave in the folders for temporary files is private too.
-    """
-    from accessible import Accessibility  # these take libraries that a Mac has not
+    """A screen and the menu bar on it, with a session bus and temporary folders of their own."""
+    from accessible import Accessibility  # these need libraries that a Mac lacks
     from bus import Bus
     from menu_bar import MenuBar
     from screen import Screen
@@ -32,7 +29,7 @@ def desktop_session(tree):
 
 
 def run_behind_icon(tree, *arguments):
-    """Runs the suite behind its icon until its menu's Quit; returns the run's output."""
+    """Runs the suite behind its icon, quits it in the menu, and returns the run's output."""
     with desktop_session(tree) as (screen, menu_bar):
         run = tree.start(
             *tree.ports_options, *arguments, terminal=None, environment=screen.environment

@@ -1,17 +1,18 @@
-"""An installed launcher, started by the name that users start it by."""
+"""An installed launcher, started as users start it."""
 
 import json
 import os
 import subprocess
 
+import components
 import psutil
 from components import COMPONENTS
 from console import READY
 from deadline import wait_until
 from run import Run
 
-PROGRAMS = ("launcher", "td_hub", "td_receiver", "td_sender", "td_align")
-# What looks for a desktop or would show something on one.
+PROGRAMS = ("launcher", *components.PROGRAMS)
+# Variables by which programs find a desktop.
 DESKTOP = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_DATA_DIRS")
 
 
@@ -24,12 +25,12 @@ def install(build, prefix, *options, **environment):
 
 
 def files_of(folder):
-    """The paths of everything below a folder that is no folder itself."""
+    """The relative paths of all files below a folder."""
     return {str(path.relative_to(folder)) for path in folder.rglob("*") if not path.is_dir()}
 
 
 class Tree:
-    """What is installed below `prefix`; its user has the folder `home`. As `Run` takes it."""
+    """What is installed below `prefix`, for a user whose home folder is `home`; a suite for `Run`."""
 
     def __init__(self, prefix, home, ports):
         self.prefix = prefix
@@ -58,7 +59,7 @@ class Tree:
             path.write_text("record=events.jsonl\n")
 
     def events(self, event):
-        """The programs that recorded the event, in order."""
+        """The programs that recorded an event, in order."""
         path = self.programs / "events.jsonl"
         complete, _, _ = path.read_text().rpartition("\n") if path.exists() else ("", "", "")
         rows = [json.loads(line) for line in complete.splitlines()]

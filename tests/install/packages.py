@@ -1,4 +1,4 @@
-"""The packages, made from the build folder and unpacked without being installed."""
+"""Makes the packages from the build folder, and unpacks them without installing."""
 
 import os
 import subprocess
@@ -8,9 +8,9 @@ EPOCH = "1700000000"
 
 
 def make_packages(build, folder):
-    """Makes all packages in a folder; returns the paths by the kinds "deb", "rpm" and "gz"."""
+    """Makes all packages in a folder; returns their paths by kind: "deb", "rpm" and "gz"."""
     environment = {**os.environ, "SOURCE_DATE_EPOCH": EPOCH}
-    # Named, because rpmbuild may have been installed after the build folder was configured.
+    # Explicit kinds, because rpmbuild may have been installed after the build folder was configured.
     command = ["cpack", "-G", "DEB;RPM;TGZ", "--config", build / "CPackConfig.cmake", "-B", folder]
     done = subprocess.run(command, env=environment, cwd=folder, capture_output=True, text=True)
     assert done.returncode == 0, done.stdout + done.stderr
@@ -22,7 +22,7 @@ def make_packages(build, folder):
 
 
 def unpack(kind, packages, folder):
-    """Unpacks the packages of a kind in a folder; returns the prefix that they have in it."""
+    """Unpacks the packages of a kind in a folder; returns the prefix in it."""
     for package in packages:
         if kind == "deb":
             subprocess.run(["dpkg-deb", "--extract", package, folder], check=True)

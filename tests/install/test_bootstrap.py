@@ -1,5 +1,4 @@
-"""scripts/bootstrap: on a system without apt-get and Homebrew it looks for what building takes, on
-Debian it installs what is missing."""
+"""scripts/bootstrap: without apt-get and Homebrew it looks for the tools, on Debian it installs them."""
 
 import shutil
 import subprocess
@@ -9,7 +8,7 @@ import pytest
 TOOLS = ("c++", "cmake", "ninja", "curl", "pkg-config")
 DESKTOP_LIBRARIES = ("Qt6Widgets", "Qt6DBus", "xcb")
 LIBRARIES = ("cpp-httplib", *DESKTOP_LIBRARIES)
-# What the script itself runs.
+# Tools that the script itself runs.
 BASICS = ("dirname", "sed", "sh")
 NEEDS = {
     "c++": "a C++17 compiler as c++",
@@ -24,7 +23,7 @@ NEEDS = {
 
 
 class System:
-    """A PATH with links to the tools and nothing else, and the libraries; it calls itself by a name."""
+    """A PATH with links to the tools and nothing else, the libraries, and a `uname` that prints `name`."""
 
     def __init__(self, root, folder, name):
         self.script = root / "scripts/bootstrap"
@@ -36,7 +35,7 @@ class System:
         self.tool("uname", f"echo {name}")
 
     def library(self, name):
-        """The file by which a library is found."""
+        """The file by which pkg-config finds a library."""
         return self.folder / f"{name}.pc"
 
     def tool(self, name, command):
@@ -46,7 +45,7 @@ class System:
         path.chmod(0o755)
 
     def lacks(self, what):
-        """What the script says is missing, an empty list when it succeeds."""
+        """What the script reports as missing; empty if it succeeds."""
         environment = dict.fromkeys(("PATH", "PKG_CONFIG_LIBDIR"), str(self.folder))
         done = subprocess.run([self.script, what], env=environment, capture_output=True, text=True)
         if done.returncode == 0:
@@ -63,7 +62,7 @@ def system(root, tmp_path, request):
     return System(root, tmp_path, request.param)
 
 
-def test_where_everything_is_there_it_succeeds(system):
+def test_it_succeeds_if_nothing_is_missing(system):
     assert system.lacks("run") == []
     assert system.lacks("desktop") == []
 
@@ -80,7 +79,7 @@ def test_everything_that_is_missing_is_named_at_once(system):
     assert system.lacks("run") == [NEEDS["c++"], NEEDS["ninja"], "pkg-config", NEEDS["cpp-httplib"]]
 
 
-def test_the_library_is_looked_for(system):
+def test_a_missing_library_is_named(system):
     system.library("cpp-httplib").unlink()
     assert system.lacks("run") == [NEEDS["cpp-httplib"]]
 
@@ -92,7 +91,7 @@ def test_cmake_must_be_new_enough(system, version, is_new):
 
 
 @pytest.mark.parametrize("library", DESKTOP_LIBRARIES)
-def test_the_interface_takes_more_except_on_a_mac(root, tmp_path, library):
+def test_the_interface_needs_more_libraries_except_on_a_mac(root, tmp_path, library):
     for name in ("Linux", "Darwin"):
         folder = tmp_path / name
         folder.mkdir()
@@ -103,7 +102,7 @@ def test_the_interface_takes_more_except_on_a_mac(root, tmp_path, library):
 
 
 @pytest.mark.parametrize("what, package", [("test", "shellcheck"), ("release", "dpkg-dev")])
-def test_what_else_there_is_to_install_is_named_as_on_debian(system, what, package):
+def test_for_tests_and_releases_debians_packages_are_named(system, what, package):
     command = [system.script, what]
     done = subprocess.run(command, env={"PATH": str(system.folder)}, capture_output=True, text=True)
     assert (done.returncode, done.stdout) == (1, "")
@@ -111,8 +110,8 @@ def test_what_else_there_is_to_install_is_named_as_on_debian(system, what, packa
 
 
 class Debian(System):
-    """One where only the given packages are installed; apt-get notes what it is asked to do, and its
-    lists name GNUstep's version once it has updated them."""
+    """A Debian on which only the given packages are installed. Its apt-get records its arguments; its
+    package lists name GNUstep's version after an update."""
 
     def __init__(self, root, folder, version, *installed):
         super().__init__(root, folder, "Linux")
@@ -142,7 +141,7 @@ def test_on_debian_it_installs_what_is_missing(root, tmp_path):
     assert debian.installs("run") == ["g++", "ninja-build", "pkg-config", "libcpp-httplib-dev"]
 
 
-def test_the_drawing_backend_is_that_of_the_gnustep_at_hand(root, tmp_path):
+def test_the_drawing_backend_fits_the_gnustep_in_the_package_lists(root, tmp_path):
     debian = Debian(root, tmp_path, "0.32", "gnustep-back0.29-cairo")
     packages = debian.installs("test")
     assert [name for name in packages if name.startswith("gnustep-back")] == ["gnustep-back0.32-cairo"]

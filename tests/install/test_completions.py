@@ -1,7 +1,7 @@
-"""What bash, zsh and fish complete after `tandrel`, asked in the shells themselves.
+"""What bash, zsh and fish complete after `tandrel`, tested in the shells themselves.
 
-In bash and zsh a key inserts everything that they offer into the line, which is then run, and `tandrel`
-writes its arguments to a file here. fish lists what it offers.
+In bash and zsh a key inserts all completions into the line, which is then run with a `tandrel` that writes its
+arguments to a file. fish can list its completions.
 """
 
 import shlex
@@ -27,7 +27,7 @@ INSERT_KEY = "\x18c"  # Control-x c
 
 
 class Shells:
-    """Where they complete: a folder with two files, and a `tandrel` that records its arguments."""
+    """A folder with two files to complete, and a `tandrel` that records its arguments."""
 
     def __init__(self, tree):
         self.share = tree.prefix / "share"
@@ -44,7 +44,7 @@ class Shells:
         self.environment["PATH"] = f"{commands}:{self.environment['PATH']}"
 
     def bash(self):
-        """Where the package bash-completion is, it finds the file by itself."""
+        """The package bash-completion finds the file through XDG_DATA_DIRS."""
         set_up = [
             "source /usr/share/bash-completion/bash_completion",
             r"""bind '"\C-xc": insert-completions'""",
@@ -52,7 +52,7 @@ class Shells:
         return self._inserting("bash", ["--norc", "--noprofile", "-i"], set_up)
 
     def zsh(self):
-        """Finds the file in a folder of its list."""
+        """It finds the file through fpath."""
         functions = shlex.quote(str(self.share / "zsh/site-functions"))
         set_up = [
             f"fpath=({functions} $fpath)",
@@ -84,7 +84,7 @@ class Shells:
         return completions, lambda: shell.close(force=True)
 
     def fish(self):
-        """Finds the file in the folders for data."""
+        """It finds the file through XDG_DATA_DIRS."""
 
         def completions(line):
             command = ["fish", "--command", f"complete --do-complete {shlex.quote('tandrel ' + line)}"]
@@ -99,7 +99,7 @@ class Shells:
 
 @pytest.fixture(params=["bash", "zsh", "fish"])
 def shell(tree, request):
-    """A function from a line after "tandrel " to the words that are offered for its last word."""
+    """A function that returns the completions of the last word in a line after "tandrel "."""
     assert shutil.which(request.param)
     completions, close = getattr(Shells(tree), request.param)()
     yield completions
@@ -117,7 +117,7 @@ def test_the_components_come_first_and_the_options_after_them(shell):
     assert shell("--n") == starting_with("--n", OPTIONS)
 
 
-def test_later_there_are_options_alone(shell):
+def test_after_an_option_only_options_are_offered(shell):
     assert shell("--no-sender ") == OPTIONS
     assert shell("--no-sender --verbose --no-r") == ["--no-receiver"]
     assert shell("--http-port 5000 ") == OPTIONS
@@ -127,11 +127,11 @@ def test_a_port_is_not_completed(shell):
     for option in ("--http-port", "--udp-port"):
         assert shell(f"{option} ") == []
         assert shell(f"{option} a") in ([], ["a"])  # what was typed stays in the line
-        # Whatever follows is the port.
+        # The word after the option is the port, even if it looks like an option.
         assert shell(f"{option} --udp-port --n") == starting_with("--n", OPTIONS)
 
 
-def test_a_component_takes_files(shell):
+def test_after_a_component_files_are_offered(shell):
     for word in WORDS:
         assert shell(f"{word} ") == FILES
         assert shell(f"{word} --hub b") == ["b-file"]

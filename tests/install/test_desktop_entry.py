@@ -1,4 +1,4 @@
-"""The desktop entry and the icons that it names, and a start as a desktop does it."""
+"""The desktop entry and its icons, and starting the launcher as a desktop does."""
 
 import configparser
 import shlex
@@ -51,7 +51,7 @@ def test_started_by_a_desktop_it_shows_the_icon_and_ends_by_its_menu(tree, entry
         menu_bar.choose("Open Dashboard at Launch")
         menu_bar.choose("Quit Tandrel")
         assert run.wait() == 0
-    # Changed in the menu of a user's own installation, so kept.
+    # In a user's own installation, a change in the menu is saved.
     assert '"open_browser": true' in (config / "launcher.json").read_text()
 
 
@@ -62,8 +62,8 @@ def theme(tree, entry):
 
 
 def rendered(theme, folder, size):
-    """The scalable icon as another program draws it, its colours as they are on black."""
-    # At 16 pixels the drawing is half a pixel up and to the left.
+    """The scalable icon as another program draws it, with premultiplied alpha."""
+    # At 16 pixels the drawing is shifted half a pixel up and left.
     drawn_size = 32 if size == 16 else size
     drawn = folder / f"{size}.png"
     picture = theme / "scalable/apps/tandrel.svg"

@@ -1,4 +1,4 @@
-"""scripts/fresh in a private clone. A root folder with busybox takes the place of a Debian."""
+"""scripts/fresh in a private clone. A root folder with busybox stands in for a Debian."""
 
 import shutil
 import subprocess
@@ -11,7 +11,7 @@ from deadline import wait_until
 
 pytestmark = [pytest.mark.linux, pytest.mark.root]
 
-# Notes its arguments; makes a root folder with the folders that a Debian's has.
+# Records its arguments; makes a root folder with a Debian's folders.
 DEBOOTSTRAP = """#!/bin/sh
 echo "$@" >>"$(dirname "$0")/debootstrapped"
 [ "$2" != none ] || { echo "no such release"; exit 3; }
@@ -22,7 +22,7 @@ cp /bin/busybox "$3/bin"
 
 
 class Fresh:
-    """A clone of a tree that holds the script and the file `content`."""
+    """A clone of a tree with the script and the file `content`."""
 
     def __init__(self, root, folder):
         self.tree = folder / "a tree"
@@ -63,14 +63,14 @@ class Fresh:
         return [path.name for path in self.copies.glob("*.run.*")]
 
     def processes(self):
-        """Those whose root folder or working folder is below the tree."""
+        """The processes whose root folder or working folder is below the tree."""
         found = []
         for process in psutil.process_iter():
             try:
-                places = [Path(f"/proc/{process.pid}/{name}").readlink() for name in ("root", "cwd")]
+                folders = [Path(f"/proc/{process.pid}/{name}").readlink() for name in ("root", "cwd")]
             except OSError:  # it has ended
                 continue
-            found += [process for place in places if self.tree in (place, *place.parents)]
+            found += [process for folder in folders if self.tree in (folder, *folder.parents)]
         return found
 
     def mounts(self):
@@ -136,7 +136,7 @@ def test_ctrl_c_ends_the_command_and_leaves_nothing(fresh):
     assert fresh.left_copies() == []
 
 
-def test_ctrl_c_that_the_command_handles_ends_in_its_own_way(fresh):
+def test_a_command_may_handle_ctrl_c_itself(fresh):
     handling = "trap 'echo handled; exit 0' INT; echo up; while :; do sleep 0.1; done"
     process = fresh.start("old", "sh", "-c", handling)
     assert process.stdout.readline() == "up\n"
@@ -153,7 +153,7 @@ def test_sigterm_ends_the_command_and_leaves_nothing(fresh):
     assert fresh.left_copies() == []
 
 
-def test_the_copy_of_a_script_that_was_killed_goes_with_the_next_run(fresh):
+def test_the_next_run_removes_the_copy_of_a_script_that_was_killed(fresh):
     process = fresh.start("old", "sh", "-c", "echo up; sleep 1000")
     assert process.stdout.readline() == "up\n"
     process.kill()
@@ -164,7 +164,7 @@ def test_the_copy_of_a_script_that_was_killed_goes_with_the_next_run(fresh):
     assert fresh.left_copies() == []
 
 
-def test_the_copy_of_a_run_that_goes_on_stays(fresh):
+def test_the_copy_of_a_running_command_stays(fresh):
     process = fresh.start("old", "sh", "-c", "echo up; read line; cat content")
     assert process.stdout.readline() == "up\n"
     assert fresh.run("old", "true").returncode == 0
@@ -180,7 +180,7 @@ def test_a_release_that_cannot_be_fetched_is_reported(fresh):
     assert not (fresh.copies / "none").exists()
 
 
-def test_it_says_how_it_is_called(fresh):
+def test_it_prints_its_usage(fresh):
     done = fresh.run("old")
     assert done.returncode == 2
     assert done.stderr == f"usage: {fresh.tree}/scripts/fresh RELEASE COMMAND...\n"

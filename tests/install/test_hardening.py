@@ -1,4 +1,4 @@
-"""What keeps an error in a program from being used to take it over."""
+"""The programs are hardened against attacks."""
 
 import subprocess
 
@@ -15,7 +15,7 @@ def read(path, *what):
 @pytest.mark.parametrize("name", [*PROGRAMS, "tdgui.so"])
 def test_programs_are_hardened(build, name):
     path = build / name
-    assert "Type:                              DYN" in read(path, "--file-header")  # at any address
+    assert "Type:                              DYN" in read(path, "--file-header")  # position-independent
     assert "GNU_RELRO" in read(path, "--program-headers")
     assert "BIND_NOW" in read(path, "--dynamic")
     imported = read(path, "--dyn-syms")

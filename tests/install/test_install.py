@@ -1,4 +1,4 @@
-"""What "cmake --install" puts where, and the installed launcher run as a user does."""
+"""The files of "cmake --install", and the installed launcher run as a user does."""
 
 import json
 import os
@@ -8,6 +8,7 @@ import subprocess
 from signal import SIGTERM
 
 import pytest
+from components import STOP_ORDER
 from console import READY, STOPPED, USAGE
 from deadline import wait_until
 from installed import PROGRAMS, files_of, install
@@ -110,7 +111,7 @@ def test_the_stand_ins_are_installed_when_asked_for(root, folder):
     assert together in line
 
 
-def test_folders_outside_the_prefix_are_found_too(root, folder):
+def test_the_launcher_may_be_outside_the_prefix(root, folder):
     made = configure(root, folder / "build", f"-DCMAKE_INSTALL_LIBEXECDIR={folder / 'elsewhere'}")
     assert made.returncode == 0, made.stderr
     wrapper = (folder / "build/obj/packaging/tandrel").read_text()
@@ -139,7 +140,7 @@ def test_the_launcher_is_found_by_the_path_and_by_links(tree, folder):
 
 
 def test_everything_can_be_moved(tree, folder):
-    moved = folder / "bin of mine"
+    moved = folder / "my bin"
     tree.prefix.rename(moved)
     assert help_of(moved / "bin/tandrel") == (0, USAGE, b"")
     done = subprocess.run([moved / "bin/tandrel", "align", "--help"], capture_output=True)
@@ -173,18 +174,18 @@ def test_the_suite_runs_in_a_terminal(tree):
     run.interrupt()
     assert run.wait() == 0
     assert run.text.endswith(STOPPED)
-    assert tree.events("stop") == ["td_sender", "td_receiver", "td_hub"]
+    assert tree.events("stop") == STOP_ORDER
 
 
 def save_settings(tree):
-    """Saves the ports that are free as a change in the menu would."""
+    """Saves the tree's ports, as a change in the menu would."""
     config = tree.prefix / CONFIG
     config.parent.mkdir(mode=0o755)
     config.write_text(json.dumps({"http_port": tree.http, "udp_port": tree.udp}))
     return config
 
 
-def test_a_prefix_of_ones_own_keeps_the_settings_through_the_next_installation(tree, build):
+def test_the_next_installation_keeps_the_settings(tree, build):
     config = save_settings(tree)
     text = config.read_text()
     install(build, tree.prefix)
@@ -196,7 +197,7 @@ def test_a_prefix_of_ones_own_keeps_the_settings_through_the_next_installation(t
 
 
 def as_another_user():
-    """The command before one that a user runs who may write nowhere beside the launcher."""
+    """The command that runs another command as a user who may not write to the launcher's folder."""
     if os.geteuid() != 0:
         return []
     return ["setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"]
@@ -209,7 +210,7 @@ def start_as_another_user(tree, *arguments):
 
 
 @pytest.mark.linux
-def test_who_may_not_write_beside_the_launcher_runs_without_a_settings_file(tree):
+def test_a_user_who_may_not_write_to_the_launchers_folder_runs_it_without_a_settings_file(tree):
     before = files_of(tree.programs)
     run = start_as_another_user(tree, *tree.ports_options)
     run.wait_for(READY)
@@ -220,7 +221,7 @@ def test_who_may_not_write_beside_the_launcher_runs_without_a_settings_file(tree
 
 
 @pytest.mark.linux
-def test_what_root_has_saved_there_is_read_by_every_user(tree):
+def test_every_user_reads_what_root_has_saved(tree):
     save_settings(tree)
     run = start_as_another_user(tree, "--no-browser")
     run.wait_for(f":{tree.http}/")
@@ -229,7 +230,7 @@ def test_what_root_has_saved_there_is_read_by_every_user(tree):
 
 
 def commands_of(page, heading):
-    """The command blocks below a heading of a page."""
+    """The command blocks under a heading of a page."""
     _, _, section = page.read_text().partition(f"\n## {heading}\n")
     return section.partition("\n## ")[0].split("\n```\n")[1::2]
 

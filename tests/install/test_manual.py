@@ -1,4 +1,4 @@
-"""The manual page, read by two formatters."""
+"""The manual page, checked with two formatters."""
 
 import os
 import re
@@ -20,7 +20,7 @@ def text(tree):
     return re.sub(r"\s+", " ", done.stdout)
 
 
-def test_neither_formatter_has_a_complaint(build):
+def test_no_formatter_warns(build):
     page = build / "tandrel.1"
     command = ["man", "--warnings=w", "--local-file", page]
     man = subprocess.run(command, capture_output=True, text=True)
@@ -40,7 +40,7 @@ def test_it_names_every_option_and_component(text):
         assert option in description, option
 
 
-def test_it_says_what_becomes_of_an_installed_launchers_settings(text):
+def test_it_says_where_an_installed_launchers_settings_are_kept(text):
     for sentence in (
         "What any other user changes in the menu holds for that run only",
         "A run as the system administrator makes the folder config",

@@ -1,4 +1,4 @@
-"""The packages: what they hold and need, unpacked and used, installed and removed."""
+"""The packages: their contents and dependencies, running them unpacked, installing and removing them."""
 
 import os
 import platform
@@ -6,6 +6,7 @@ import shutil
 import subprocess
 
 import pytest
+from components import STOP_ORDER
 from console import STOPPED
 from desktop_session import run_behind_icon
 from installed import PROGRAMS, Tree, files_of
@@ -30,12 +31,14 @@ def version(root):
 
 @pytest.fixture(scope="session")
 def release():
-    """This system's name and version, such as debian12."""
+    """This system's name and version, for example debian12."""
     found = platform.freedesktop_os_release()
     return found["ID"] + found.get("VERSION_ID", "")
 
 
-def test_each_package_is_named_by_what_it_holds_and_where_it_was_built(packages, version, release):
+def test_packages_are_named_after_their_contents_and_the_system_they_were_built_on(
+    packages, version, release
+):
     machine = os.uname().machine
     architecture = subprocess.check_output(["dpkg", "--print-architecture"], text=True).strip()
     names = {kind: {path.name for path in paths} for kind, paths in packages.items()}
@@ -46,7 +49,7 @@ def test_each_package_is_named_by_what_it_holds_and_where_it_was_built(packages,
     }
 
 
-def test_the_same_bytes_are_made_again(packages, build, tmp_path):
+def test_the_packages_are_reproducible(packages, build, tmp_path):
     again = make_packages(build, tmp_path)
     for kind in KINDS:
         for one, other in zip(packages[kind], again[kind], strict=True):
@@ -54,20 +57,20 @@ def test_the_same_bytes_are_made_again(packages, build, tmp_path):
 
 
 def fields(package):
-    """The fields of a .deb's control file; of a description its first line."""
+    """The fields of a .deb's control file; only the first line of a description."""
     text = subprocess.check_output(["dpkg-deb", "--field", package], text=True)
     rows = [line.partition(": ") for line in text.splitlines() if not line.startswith(" ")]
     return {name: value for name, _, value in rows}
 
 
 def owner(pattern):
-    """The package of this system that holds a file."""
+    """The package of this system that a file belongs to."""
     name, _, _ = subprocess.check_output(["dpkg", "--search", pattern], text=True).partition(":")
     return name
 
 
 def names_in(relation):
-    """The packages that a relation names; of alternatives the first."""
+    """The packages in a field such as Depends; only the first of alternatives."""
     return {entry.split()[0] for entry in relation.split(", ")}
 
 
@@ -84,7 +87,7 @@ def test_a_server_needs_no_desktop(packages, version, release):
 
 
 def needs_of(package):
-    """What a .rpm requires, without versions."""
+    """The requirements of a .rpm, without versions."""
     command = ["rpm", "--query", "--requires", "--package", package]
     return {line.split()[0] for line in subprocess.check_output(command, text=True).splitlines()}
 
@@ -99,7 +102,7 @@ def test_a_server_needs_no_desktop_with_rpm_either(packages, version):
     assert "tandrel" in standins
 
 
-def test_the_suites_own_programs_take_the_place_of_the_stand_ins(root, folder):
+def test_the_suites_own_programs_replace_the_stand_ins(root, folder):
     suite = folder / "suite"
     suite.mkdir()
     for name in PROGRAMS[1:]:
@@ -107,7 +110,7 @@ def test_the_suites_own_programs_take_the_place_of_the_stand_ins(root, folder):
     options = [f"-DTANDREL_SUITE_DIR={suite}", "-DCMAKE_SKIP_INSTALL_ALL_DEPENDENCY=ON"]
     made = configure(root, folder / "build", *options)
     assert made.returncode == 0, made.stderr
-    # Of this one component nothing has to be built.
+    # Nothing has to be built for this component.
     command = ["cpack", "-G", "DEB", "-D", "CPACK_COMPONENTS_ALL=suite", "-B", folder]
     subprocess.run(command, cwd=folder / "build", check=True, capture_output=True)
     (package,) = folder.glob("*.deb")
@@ -119,13 +122,13 @@ def test_the_suites_own_programs_take_the_place_of_the_stand_ins(root, folder):
         assert subprocess.check_output([program], text=True) == f"{name} of the suite\n"
 
 
-def test_lintian_finds_nothing_that_is_not_explained(packages):
+def test_lintian_reports_no_error_or_warning(packages):
     command = ["lintian", "--allow-root", "--fail-on", "error,warning", *packages["deb"]]
     done = subprocess.run(command, capture_output=True, text=True)
     assert (done.returncode, done.stdout) == (0, "")
 
 
-def test_the_packages_for_debian_hold_what_is_installed(packages, folder):
+def test_debian_packages_have_all_installed_files(packages, folder):
     unpack("deb", packages["deb"], folder)
     moved = {
         "share/man/man1/tandrel.1": "share/man/man1/tandrel.1.gz",
@@ -139,7 +142,7 @@ def test_the_packages_for_debian_hold_what_is_installed(packages, folder):
 
 
 @pytest.mark.parametrize("kind", ["rpm", "gz"])
-def test_the_other_packages_hold_what_is_installed(packages, folder, kind):
+def test_other_packages_have_all_installed_files(packages, folder, kind):
     prefix = unpack(kind, packages[kind], folder)
     assert files_of(prefix) == LAUNCHER | UNITS | INTERFACE | STANDINS
 
@@ -154,7 +157,7 @@ def test_the_programs_are_stripped(packages, folder):
 
 @pytest.fixture(params=KINDS)
 def unpacked(packages, folder, ports, request):
-    """What a kind of package holds, in a place where nothing else is."""
+    """The contents of one kind of package in an empty folder."""
     prefix = unpack(request.param, packages[request.param], folder)
     made = Tree(prefix, folder / "home", ports)
     made.record()
@@ -169,7 +172,7 @@ def test_unpacked_it_runs_in_a_terminal_and_without_one(unpacked):
     run.interrupt()
     assert run.wait() == 0
     assert run.text.endswith(STOPPED)
-    assert unpacked.events("stop") == ["td_sender", "td_receiver", "td_hub"]
+    assert unpacked.events("stop") == STOP_ORDER
     run = unpacked.start_up(terminal=None)
     assert run.stop() == 0
     assert run.output.endswith(STOPPED)
@@ -184,12 +187,11 @@ def test_unpacked_it_runs_one_component(unpacked):
 
 def test_unpacked_it_runs_behind_its_icon(unpacked):
     assert run_behind_icon(unpacked).endswith(STOPPED)
-    assert unpacked.events("stop") == ["td_sender", "td_receiver", "td_hub"]
+    assert unpacked.events("stop") == STOP_ORDER
 
 
 def dpkg(folder, *arguments):
-    """Runs Debian's package manager for an empty system, in which no script can run; returns its
-    warnings."""
+    """Runs dpkg for an empty system, in which no script can run; returns its warnings."""
     options = ["--root", folder, "--force-script-chrootless", "--force-depends"]
     done = subprocess.run(["dpkg", *options, *arguments], capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
@@ -198,7 +200,7 @@ def dpkg(folder, *arguments):
 
 @pytest.fixture
 def system(folder):
-    """An empty system with the package managers' folders."""
+    """An empty system with the databases of dpkg and rpm."""
     made = folder / "system"
     for name in ("info", "updates"):
         (made / "var/lib/dpkg" / name).mkdir(parents=True)
@@ -208,7 +210,7 @@ def system(folder):
 
 
 def run_once_as_root(system, ports, home):
-    """A run of the installed launcher, which makes the settings folder; saves settings in it."""
+    """Runs the installed launcher, which makes the settings folder, and saves settings there."""
     tree = Tree(system / "usr", home, ports)
     try:
         assert tree.start_up().stop() == 0
@@ -218,7 +220,7 @@ def run_once_as_root(system, ports, home):
 
 
 @pytest.mark.root
-def test_debians_package_manager_removes_all_of_it(packages, system, folder, ports):
+def test_dpkg_removes_everything(packages, system, folder, ports):
     dpkg(system, "--install", *packages["deb"])
     run_once_as_root(system, ports, folder / "home")
     assert dpkg(system, "--remove", *NAMES) == ""
@@ -226,7 +228,7 @@ def test_debians_package_manager_removes_all_of_it(packages, system, folder, por
 
 
 def add_shell(system):
-    """Gives a system what the packages' scripts run with."""
+    """Copies what the packages' scripts need into a system."""
     for name in ("/bin/sh", "/bin/rm"):
         linked = subprocess.check_output(["ldd", name], text=True).split()
         for path in (name, *(word for word in linked if word.startswith("/"))):
@@ -236,8 +238,8 @@ def add_shell(system):
 
 
 def rpm(system, *arguments):
-    """Runs the other package manager for a system; returns its warnings, but for those of Debian's
-    own builds of it, that packages are installed in another way here, and of a system in a folder."""
+    """Runs rpm for a system; returns its warnings, except the known ones of Debian's builds of rpm (that
+    Debian installs packages otherwise) and of systems in a folder."""
     command = ["rpm", "--root", system, "--dbpath", "/var/lib/rpm", "--nodeps", *arguments]
     done = subprocess.run(command, capture_output=True, text=True)
     assert done.returncode == 0, done.stderr
@@ -246,10 +248,10 @@ def rpm(system, *arguments):
 
 
 @pytest.mark.root
-def test_rpm_removes_all_of_it(packages, system, folder, ports):
+def test_rpm_removes_everything(packages, system, folder, ports):
     add_shell(system)
     before = files_of(system)
-    # Of Debian's builds some refuse to install without this option, others do not know it.
+    # Some of Debian's builds refuse to install without this option, others do not know it.
     option = ["--force-debian"]
     if subprocess.run(["rpm", *option, "--version"], capture_output=True).returncode != 0:
         option = []

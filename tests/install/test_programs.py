@@ -1,4 +1,4 @@
-"""scripts/run with the suite's own programs, of which the environment names the folder."""
+"""scripts/run with the suite's own programs, whose folder is in the environment."""
 
 import shutil
 
@@ -44,7 +44,7 @@ def own(folder, ports):
 
 
 def record(own):
-    """As a program finds a file beside the path that it is started by."""
+    """Makes the programs record. They look for their files in the folder of the links."""
     own.run_folder.mkdir()
     for name in PROGRAMS:
         (own.run_folder / f"{name}.behaviour").write_text("record=../events.jsonl\n")
@@ -68,7 +68,7 @@ def test_they_are_run_and_stopped_in_order(own):
     assert own.clone.steps.read_text() == "bootstrap run\nbuild\n"
 
 
-def test_they_have_settings_of_their_own(own):
+def test_they_have_separate_settings(own):
     settings = own.run_folder / "config" / "launcher.json"
     settings.parent.mkdir(parents=True)
     ports = f'"http_port": {own.suite.http}, "udp_port": {own.suite.udp}'
@@ -92,7 +92,7 @@ def test_the_folder_may_be_relative_and_another_one_next_time(own):
         assert run.output == f"{name} 1\n".encode()
 
 
-def test_what_is_not_there_is_named_before_anything_is_done(own):
+def test_missing_programs_are_named_before_anything_is_done(own):
     (own.folder / "td_align").unlink()
     (own.folder / "td_sender").chmod(0o644)
     run = own.start()

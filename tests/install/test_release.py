@@ -1,4 +1,4 @@
-"""scripts/release in a repository of its own, with tools that make small files in place of packages."""
+"""scripts/release in a private repository, with tools that make small files instead of packages."""
 
 import hashlib
 import os
@@ -32,7 +32,7 @@ def executable(path, text):
 
 
 class Repository:
-    """One commit: the script, what it calls, and a file."""
+    """A repository with one commit: the script, what it calls, and a file."""
 
     def __init__(self, root, folder):
         self.folder = folder / "the tree"
@@ -84,7 +84,7 @@ class Repository:
         return self.calls_file.read_text().splitlines() if self.calls_file.exists() else []
 
     def left(self):
-        """What a run has left beside the repository."""
+        """The new files beside the repository."""
         return {path.name for path in set(self.folder.parent.iterdir()) - self.before}
 
 
@@ -99,7 +99,7 @@ def sums_of(folder):
     return "".join(lines)
 
 
-def test_everything_is_made_with_checksums(repository):
+def test_all_files_are_made_with_checksums(repository):
     done = repository.run()
     assert done.returncode == 0, done.stderr
     made = repository.folder / "build/release"
@@ -110,7 +110,7 @@ def test_everything_is_made_with_checksums(repository):
     assert repository.left() == {"calls"}
 
 
-def test_what_is_needed_is_installed_first_and_the_commit_gives_the_time(repository):
+def test_tools_are_installed_first_and_files_have_the_commits_time(repository):
     assert repository.run("made").returncode == 0
     names = [call.split()[0] for call in repository.calls()]
     assert names == ["bootstrap", "cmake", "cmake", "cpack"]
@@ -139,11 +139,11 @@ def test_a_tree_that_differs_from_its_commit_is_refused(repository):
     (repository.folder / "new").unlink()
     (repository.folder / "VERSION").write_text("2.0.0+1\n")
     assert repository.run("made").returncode == 1
-    assert set(repository.calls()) == {"bootstrap release"}  # git is among what that installs
+    assert set(repository.calls()) == {"bootstrap release"}  # which installs git
     assert repository.left() == {"calls"}
 
 
-def test_a_folder_that_is_there_is_left_alone(repository):
+def test_an_existing_folder_is_not_changed(repository):
     assert repository.run("made").returncode == 0
     done = repository.run("made", CONTENTS="other")
     assert done.returncode == 1
@@ -151,7 +151,7 @@ def test_a_folder_that_is_there_is_left_alone(repository):
     assert (repository.folder.parent / "made/tandrel-made.deb").read_text() == f" {EPOCH}\n"
 
 
-def test_made_again_it_must_be_the_same(repository):
+def test_again_fails_if_a_file_differs(repository):
     assert repository.run("made").returncode == 0
     assert repository.run("--again", "made", "again").returncode == 0
     done = repository.run("--again", "made", "other", CONTENTS="other")
@@ -160,14 +160,14 @@ def test_made_again_it_must_be_the_same(repository):
     assert "tandrel-made.deb" in done.stdout and f"tandrel-{VERSION}" in done.stdout
 
 
-def test_the_suites_folder_is_handed_to_the_build(repository):
+def test_the_suites_folder_is_passed_to_the_build(repository):
     suite = repository.folder.parent / "the suite"
     suite.mkdir()
     assert repository.run("made", TANDREL_SUITE_DIR="the suite").returncode == 0
     assert repository.calls()[1].endswith(f" -DTANDREL_SUITE_DIR:PATH={suite}")
 
 
-def test_who_answers_for_the_packages_is_handed_to_the_build(repository):
+def test_the_packages_maintainer_is_passed_to_the_build(repository):
     assert repository.run("made").returncode == 0
     assert "TANDREL_CONTACT" not in repository.calls()[1]
     assert repository.run("again", TANDREL_CONTACT="Some Body <a@b.c>").returncode == 0
@@ -192,7 +192,7 @@ def test_on_a_mac_the_image_is_made(repository):
     assert (made / "SHA256SUMS").read_text() == sums_of(made)
 
 
-def test_another_option_is_refused(repository):
+def test_an_unknown_option_is_refused(repository):
     done = repository.run("--help")
     assert done.returncode == 2
     assert done.stderr.startswith("usage: ")

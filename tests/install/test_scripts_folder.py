@@ -1,4 +1,4 @@
-"""Where the scripts find the tree that they belong to."""
+"""The scripts find the tree that they belong to."""
 
 import os
 import re
@@ -13,13 +13,13 @@ FINDS_THE_TREE = re.compile(r'^.*cd "\$\(dirname "\$0"\)/\.\.".*$', re.MULTILINE
 FINDING = [path.name for path in SCRIPTS.iterdir() if FINDS_THE_TREE.search(path.read_text())]
 
 
-def test_most_scripts_look_for_it():
+def test_there_are_scripts_that_look_for_the_tree():
     assert len(FINDING) >= 13
 
 
 @pytest.mark.parametrize("name", sorted(FINDING))
 def test_the_tree_is_found_whatever_cdpath_says(name, tmp_path):
-    """Runs the script, on the system that it is for, up to where it has found the tree."""
+    """Runs the script, on its own system, up to the line that finds the tree."""
     for folder in ("tree", "elsewhere"):
         (tmp_path / folder / "scripts").mkdir(parents=True)
     script = Path(shutil.copy(SCRIPTS / name, tmp_path / "tree/scripts"))

@@ -23,7 +23,7 @@ def units(tree):
 
 
 def verify(tree, unit):
-    """What systemd says of a unit: the status, and the complaints."""
+    """The status and the warnings of systemd's check of a unit."""
     environment = {
         **tree.environment,
         "MANPATH": str(tree.prefix / "share/man"),
@@ -37,25 +37,24 @@ def verify(tree, unit):
 @pytest.mark.linux
 @pytest.mark.parametrize("name, instance", [(SUITE, SUITE), (COMPONENT, "tandrel-component@hub.service")])
 def test_systemd_accepts_the_units(tree, units, folder, name, instance):
-    # Its check looks for the program in its own list of folders only, not in that of the unit, so
-    # the program is named by its path here.
+    # systemd's check does not use the unit's ExecSearchPath, so the program is given by its path.
     text = (units / name).read_text()
     assert text.count("\nExecStart=tandrel ") == 1
     checked = tree.home / "units"
     checked.mkdir()
     path = checked / name
-    program = folder.parent / "tandrel"  # without blanks
+    program = folder.parent / "tandrel"  # without spaces
     program.symlink_to(tree.launcher)
     path.write_text(text.replace("ExecStart=tandrel ", f"ExecStart={program} "))
     assert verify(tree, checked / instance) == (0, [])
     path.write_text(text.replace("Restart=on-failure", "Restart=perhaps"))
-    _, complaints = verify(tree, checked / instance)
-    assert any("perhaps" in line for line in complaints)
+    _, warnings = verify(tree, checked / instance)
+    assert any("perhaps" in line for line in warnings)
 
 
 @pytest.mark.linux
-def test_the_program_is_found_where_the_units_are(units):
-    """As users' own units precede those of /usr/local and /usr."""
+def test_the_program_is_searched_for_in_the_order_of_the_units(units):
+    """Users' own units come before those of /usr/local and /usr."""
     for name in (SUITE, COMPONENT):
         service = read(units / name)["Service"]
         assert service["ExecSearchPath"] == "%h/.local/bin:/usr/local/bin:/usr/bin:/bin"

@@ -1,4 +1,4 @@
-"""The installed launcher under a process supervisor: runit's, which knows the launcher alone."""
+"""The installed launcher under a process supervisor: runit's, which knows only the launcher."""
 
 import os
 import shlex
@@ -7,6 +7,7 @@ from signal import SIGKILL, SIGTERM
 
 import psutil
 import pytest
+from components import STOP_ORDER
 from console import READY, STOPPED
 from deadline import DEADLINE, wait_until
 
@@ -14,8 +15,8 @@ pytestmark = pytest.mark.linux
 
 
 class Service:
-    """A supervised `tandrel`. What it prints is in the file "output", and each end of it is a line of
-    the file "ends": its exit status, -1 after a signal, and that signal's number."""
+    """A supervised `tandrel`. Its output is in the file "output". Each of its ends is a line in the file
+    "ends": the exit status, -1 after a signal, and the signal's number."""
 
     def __init__(self, folder, environment, *arguments):
         self.folder = folder / "service"
@@ -23,7 +24,7 @@ class Service:
         self.output = folder / "output"
         self._ends = folder / "ends"
         command = shlex.join(["tandrel", *arguments])
-        # As a unit has it: a display would mean an icon.
+        # As in the units: with a display there would be an icon.
         display = "env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM"
         self._script("run", f"exec {display} {command} >../output 2>&1 </dev/null")
         self._script("finish", 'echo "$1 $2" >>../ends')
@@ -74,7 +75,7 @@ def process_of(tree, name):
     path = f"{tree.programs}/td_{name}"
 
     def find():
-        rows = psutil.process_iter(["cmdline"])  # None: of a process that has ended
+        rows = psutil.process_iter(["cmdline"])  # None if the process has ended
         found = [row.pid for row in rows if (row.info["cmdline"] or [])[:1] == [path]]
         return found[0] if len(found) == 1 else None
 
@@ -87,7 +88,7 @@ def test_the_suite_is_stopped_in_order_and_with_status_0(tree, supervised):
     tree.wait_for_starts()
     service.control("down")
     assert service.wait_for_end() == "0 0"
-    assert tree.events("stop") == ["td_sender", "td_receiver", "td_hub"]
+    assert tree.events("stop") == STOP_ORDER
     assert service.output.read_bytes().endswith(STOPPED)
 
 
@@ -109,7 +110,7 @@ def test_a_component_ends_with_its_launcher(tree, supervised):
     assert tree.events("stop") == ["td_sender"]
 
 
-def test_a_components_status_is_the_services_and_it_is_started_again(tree, supervised):
+def test_the_service_has_the_components_status_and_is_started_again(tree, supervised):
     (tree.programs / "td_align").write_text("#!/bin/sh\nexit 7\n")
     service = supervised("align")
     assert service.wait_for_end() == "7 0"

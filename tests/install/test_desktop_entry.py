@@ -85,4 +85,4 @@ def test_each_size_shows_what_the_scalable_icon_shows(theme, folder, size):
 
 def test_the_scalable_icon_has_the_bars_colours(theme, folder):
     image = rendered(theme, folder, 64)
-    assert [image.getpixel(place) for place in ((32, 32), (28, 32), (0, 0))] == [BAR, TILE, CLEAR]
+    assert [image.getpixel(point) for point in ((32, 32), (28, 32), (0, 0))] == [BAR, TILE, CLEAR]

@@ -1,19 +1,19 @@
-"""A way to stop the launcher at its next message."""
+"""Blocks the launcher at its next message."""
 
 import os
 
 
 class BlockedStderr:
-    """A full pipe for the launcher's standard error: nothing can be written until `release`.
+    """A full pipe for the launcher's standard error: the next message blocks until `release`.
 
-    The launcher blocks at its next message, so that a test can arrange what it finds next.
+    Meanwhile a test can arrange what the launcher finds next.
     """
 
     def __init__(self):
         self._reading, self.writing = os.pipe()
         self._filled = 0
         os.set_blocking(self.writing, False)
-        for size in (4096, 1):  # what is too much for the rest of the pipe may be refused whole
+        for size in (4096, 1):  # a write larger than the rest of the pipe may fail completely
             self._fill(b" " * size)
         os.set_blocking(self.writing, True)
 

@@ -1,4 +1,4 @@
-"""Runs of the launcher with standard streams that are closed from the start."""
+"""Starts the launcher with closed standard streams."""
 
 import itertools
 import os
@@ -24,7 +24,7 @@ def program_that_closes(suite, closed):
 
 
 def targets(suite, run, closed, instead):
-    """What 0, 1 and 2 are expected to be open on: `instead` for those that were closed."""
+    """What descriptors 0, 1 and 2 should be open on: `instead` for those that were closed."""
     own = system.descriptors(os.getpid())
     pipes = [own[pipe.fileno()] for pipe in (run.process.stdout, run.process.stderr)]
     opened = [str(_input(suite)), *pipes]

@@ -1,6 +1,6 @@
 """The components: their names, their order, and the arguments that the launcher gives them."""
 
-COMPONENTS = ["hub", "receiver", "sender"]  # of an all-in-one run, in the order of their start
+COMPONENTS = ["hub", "receiver", "sender"]  # of an all-in-one run, in start order
 ALL_COMPONENTS = [*COMPONENTS, "align"]
 PROGRAMS = [f"td_{name}" for name in ALL_COMPONENTS]
 STOP_ORDER = ["td_sender", "td_receiver", "td_hub"]

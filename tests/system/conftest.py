@@ -1,4 +1,4 @@
-"""Fixtures that every system test shares."""
+"""Fixtures of the system tests."""
 
 import os
 import shutil
@@ -42,7 +42,7 @@ int main(void) {
 
 @pytest.fixture(scope="session")
 def environment_printer(session_folder):
-    """A program that prints its working folder and its environment, each text followed by a NUL."""
+    """A program that prints its working folder and its environment, each string followed by a NUL."""
     source = Path(session_folder, "environment.c")
     source.write_text(ENVIRONMENT_PRINTER)
     subprocess.run(["cc", "-o", source.with_suffix(""), source], check=True)
@@ -58,7 +58,7 @@ def free_ports():
 
 @pytest.fixture
 def suite_in(session_folder, free_ports):
-    """Makes suites of a test, each in a private folder whose name the test chooses.
+    """A function that makes a suite in a private folder of a given name.
 
     Fails the test that leaves a process behind.
     """

@@ -1,4 +1,4 @@
-"""What the launcher prints and what it gives to external tools, for the tests to compare with."""
+"""What the launcher should print and pass to external tools."""
 
 import ipaddress
 import socket
@@ -34,7 +34,8 @@ Those forms pass every argument straight through, so existing scripts and
 service units keep working. The individual binaries also still ship.
 """.encode()
 
-TITLE = b"\n\x1b[1mTandrel\x1b[0m \x1b[2m1.4.4+412\x1b[0m\n"
+VERSION = "1.4.4+412"  # a literal: reading the file VERSION would prove nothing
+TITLE = f"\n\x1b[1mTandrel\x1b[0m \x1b[2m{VERSION}\x1b[0m\n".encode()
 READY = "Ctrl-C here stops everything."  # the last line of a start-up
 STOPPED = b"\nTandrel: stopping...\nTandrel: stopped.\n"
 RESTARTING = "Tandrel: restarting the {}...\n"
@@ -45,12 +46,12 @@ LEFT_STOPPED = "Tandrel: the {} keeps exiting; leaving it stopped.\n"
 
 
 def restarts_until_left_stopped(name):
-    """All messages about a component that keeps exiting."""
+    """All messages about a component that keeps exiting, until it is left stopped."""
     return RESTARTING.format(name) * 5 + LEFT_STOPPED.format(name)
 
 
 def announcement(url, running="hub, receiver, sender", no_sender=False, verbose=False):
-    """What follows the title once the hub has answered."""
+    """What a run prints after the title, once the hub has answered."""
     text = f"\n  Dashboard  : \x1b[1;36m{url}\x1b[0m\n  Running    : {running}\n"
     if no_sender:
         text += "  \x1b[2m(--no-sender: this machine is not offering its audio)\x1b[0m\n"
@@ -65,7 +66,7 @@ def announcement(url, running="hub, receiver, sender", no_sender=False, verbose=
 
 
 def hub_missing(path):
-    """The message of a run whose hub is not there."""
+    """The message of a run whose hub is missing."""
     return (
         f"Cannot start the hub.\n\nExpected td_hub next to this program, at:\n{path}"
         "\n\nAll four binaries need to stay in the same folder."
@@ -81,7 +82,7 @@ def hub_silent(port):
 
 
 def component_missing(name, path):
-    """The message of a pass-through run whose component is not there."""
+    """The message of a pass-through run whose component is missing."""
     return (
         f"Tandrel: cannot start td_{name}\n"
         "              expected it next to this program, at:\n"
@@ -90,19 +91,19 @@ def component_missing(name, path):
 
 
 def probe_arguments(port):
-    """What curl is called with to probe the hub, as bytes."""
+    """The arguments with which curl is called to probe the hub, as bytes."""
     url = f"http://127.0.0.1:{port}/api/health"
     return [b"-s", b"-m", b"2", b"-o", b"/dev/null", url.encode()]
 
 
 def alert_script(message):
-    """What `osascript` is given to show a message."""
+    """The script with which `osascript` is called to show a message."""
     escaped = message.replace("\\", "\\\\").replace('"', '\\"')
     return f'display alert "Tandrel" message "{escaped}" as critical'
 
 
 def lan_address():
-    """The address that the launcher should choose, found with psutil."""
+    """The address that the launcher should choose, according to psutil."""
     networks = [ipaddress.ip_network(n) for n in ("192.168.0.0/16", "10.0.0.0/8", "172.16.0.0/12")]
     private, other = [], []
     for name, addresses in psutil.net_if_addrs().items():

@@ -1,4 +1,4 @@
-"""Waiting for events, and how long a test does that before it fails."""
+"""Waiting for events, and the deadline after which a test fails."""
 
 import os
 import time
@@ -7,7 +7,7 @@ DEADLINE = float(os.environ.get("TD_DEADLINE", "30"))
 
 
 def wait_until(condition, what, deadline=None):
-    """Returns the first true value of `condition()`; fails the test when none came in time."""
+    """Returns the first true value of `condition()`; fails the test if there is none in time."""
     end = time.monotonic() + (deadline or DEADLINE)
     while True:
         value = condition()

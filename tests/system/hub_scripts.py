@@ -1,4 +1,4 @@
-"""Scripts in the place of the hub, which start the stand-in in other ways than directly."""
+"""Scripts that replace the hub and start the stand-in indirectly."""
 
 import os
 
@@ -11,7 +11,7 @@ exec {hub} "$@"
 
 
 def move_hub(suite):
-    """Moves the stand-in to a folder of its own, where it records as ever, and returns its path."""
+    """Moves the stand-in to another folder, makes it record its events, and returns its path."""
     path = suite.folder / "moved" / "td_hub"
     path.parent.mkdir()
     suite.component("hub").rename(path)
@@ -20,13 +20,13 @@ def move_hub(suite):
 
 
 def hold_hub(suite):
-    """From its next start on the hub waits for `release` before it does anything."""
+    """From its next start on, the hub does nothing until `release`."""
     os.mkfifo(suite.folder / "td_hub.release")
     suite.script("td_hub", _HELD.format(hub=move_hub(suite)))
 
 
 def release(suite):
-    """Lets the held hub go on; waits for its start if need be."""
+    """Lets the held hub continue; waits for its start if necessary."""
     (suite.folder / "td_hub.release").write_text("\n")
 
 

@@ -1,10 +1,10 @@
-"""Signal actions and masks that a program is started with."""
+"""Starts programs with certain signal actions and masks."""
 
 import signal
 import sys
 
-# Becomes the program that its third argument names, with the signals in the first one ignored, those
-# in the second one blocked, and the default action and no block for all others.
+# Executes the program in the third argument, with the signals in the first argument ignored and those in the
+# second blocked; all others are at their default and unblocked.
 _BECOME = """
 import os, signal, sys
 ignored, blocked = ([signal.Signals[name] for name in names.split()] for names in sys.argv[1:3])
@@ -23,10 +23,10 @@ def start_with_signals(suite, *arguments, ignored=(), blocked=(), **options):
 
 
 def handle_ignored():
-    """Keeps what the tests start from ignoring what the test runner was started to ignore.
+    """Gives signals that the test runner ignores a handler, so that what the tests start has the default.
 
-    It may have been started by nohup or in the background. A handler becomes the default action in
-    a started program; "ignored" would stay.
+    A runner that was started by nohup or in the background ignores signals, and programs inherit that. A
+    handler is not inherited.
     """
     for number in signal.valid_signals():
         if signal.getsignal(number) == signal.SIG_IGN:

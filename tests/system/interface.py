@@ -14,7 +14,7 @@ from deadline import DEADLINE, wait_until
 from run import Run
 from suite import MODULES
 
-# For a run that its interface ends by an exit, while the supervisor still runs: that is no leak.
+# If the interface calls exit(), the supervisor's thread still runs. That is not a leak.
 EXITING = {"TSAN_OPTIONS": os.environ.get("TSAN_OPTIONS", "") + " report_thread_leaks=0"}
 
 
@@ -57,7 +57,7 @@ class Interface(Run):
         return answer
 
     def ask(self, *words):
-        """Gives a command and returns the result of the callback."""
+        """Gives a command and returns its result."""
         self.send(*words)
         return self.receive()["result"]
 
@@ -71,7 +71,7 @@ class Interface(Run):
         return self.ask("http_port"), self.ask("udp_port")
 
     def running(self):
-        """Which components the launcher says are running."""
+        """The components that run according to the launcher."""
         return [name for name in COMPONENTS if self.ask("is_running", name)]
 
     def threads(self):
@@ -124,7 +124,7 @@ def install_interface(suite):
 
 
 def start_interface(suite, *arguments, **options):
-    """A run whose interface is up and whose wanted components record and have all started."""
+    """A run whose interface is up, and whose components record events and have started."""
     suite.record()
     interface = Interface(suite, *arguments, **options)
     for name in COMPONENTS:

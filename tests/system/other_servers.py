@@ -10,7 +10,7 @@ from http.server import BaseHTTPRequestHandler, HTTPServer
 def answering_server(port, status=200, shared=False):
     """An HTTP server that answers every request with that status; yields the paths asked for.
 
-    `shared`: other programs may listen on the port too, if they agree to it as well.
+    `shared`: other programs may listen on the port too (SO_REUSEPORT).
     """
     paths = []
 

@@ -1,4 +1,4 @@
-"""Replacements of curl, with which the launcher probes the hub."""
+"""Replacements for curl, with which the launcher probes the hub."""
 
 import shutil
 
@@ -8,7 +8,7 @@ from suite import RECORDING_TOOL
 
 CURL = shutil.which("curl")
 
-# Waits until hub number {count} to record its end is a zombie: dead, and not reaped yet.
+# Waits until the hub that recorded exit number {count} is a zombie: dead, and not reaped yet.
 _WAIT_FOR_HUB_EXIT = """#!/bin/sh
 exits() {{ grep '"event":"exit","program":"td_hub"' "${{0%/*}}/../events.jsonl" 2>/dev/null; }}
 until [ "$(exits | wc -l)" -ge {count} ]; do sleep 0.01; done
@@ -29,7 +29,7 @@ def succeed_after_hub_exit(suite):
 def probe_after_hub_exit(suite, count=1):
     """Every probe waits for exit number `count` of a recording hub and then probes the port.
 
-    So another owner of the port answers when the hub can no longer be examined.
+    So another owner of the port answers, and the hub that failed can no longer be examined.
     """
     suite.tool("curl", _wait_for_hub_exit(count) + f'exec {CURL} "$@"\n')
 
@@ -44,7 +44,7 @@ def record_and_fail(suite):
 
 
 def record_statuses(suite):
-    """Every probe is made, and its exit status is kept for `statuses`."""
+    """Every probe is made, and its exit status is recorded for `statuses`."""
     suite.tool("curl", f"""#!/bin/sh
 {CURL} "$@"
 status=$?

@@ -19,10 +19,10 @@ CTRL_BACKSLASH = b"\x1c"
 class Run:
     """A running launcher.
 
-    `terminal`: None (no terminal at all), "input" (standard input is one; output and errors are
-    pipes, byte for byte), "output" (standard output is one; input is empty, errors are a pipe), or
-    "all" (a controlling terminal for everything, whose Ctrl-C works). A terminal's text comes in
-    `output`, with its "\\r\\n".
+    `terminal`: None (no terminal), "input" (standard input is a terminal; output and errors are
+    pipes), "output" (standard output is a terminal; input is empty, errors are a pipe), or "all" (a
+    controlling terminal for all three, whose Ctrl-C works). What a terminal shows is in `output`,
+    with its "\\r\\n".
     """
 
     def __init__(
@@ -58,7 +58,7 @@ class Run:
             os.close(slave)
         if terminal == "all":
             os.close(held_until_then)
-            os.read(executed, 1)  # the pipe's end: from now on it is the launcher that runs
+            os.read(executed, 1)  # end of file: the launcher runs now
             os.close(executed)
         self._read("output", self.process.stdout.fileno() if self.process.stdout else self.terminal)
         if self.process.stderr:
@@ -96,7 +96,7 @@ class Run:
 
     @property
     def text(self):
-        """The output of a terminal with plain line ends and without its echo of control keys."""
+        """The output of a terminal with plain line ends and without the echo of control keys."""
         plain = self.output.replace(b"\r\n", b"\n")
         return plain.replace(b"^C", b"").replace(b"^\\", b"")
 
@@ -125,7 +125,7 @@ class Run:
         os.kill(self.pid, number)
 
     def wait_for_process(self, deadline=None):
-        """Waits for the launcher's end only: others may still write. Returns the exit status."""
+        """Waits only for the launcher's end: others may still write. Returns the exit status."""
         return self.process.wait(timeout=deadline or DEADLINE)
 
     def wait(self, deadline=None):
@@ -136,7 +136,7 @@ class Run:
                 reader.join(DEADLINE)
         else:
             time_limit = time.monotonic() + 2
-            for reader in self._readers:  # components may hold the terminal open
+            for reader in self._readers:  # components may keep the terminal open
                 reader.join(max(0, time_limit - time.monotonic()))
         return status
 
@@ -147,7 +147,7 @@ class Run:
 
     def hang_up(self):
         """Closes the terminal, as closing its window does."""
-        # A read that blocks on a terminal keeps it open even after a close: the reader ends first.
+        # A blocked read keeps a terminal open even after a close, so the reader ends first.
         os.write(self._leaving, b"x")
         if not self.process.stdout:
             self._readers[0].join(DEADLINE)
@@ -168,14 +168,14 @@ class Run:
 
 
 def _keep_text_at_ctrl_c(terminal):
-    """By default a terminal throws away at Ctrl-C what was written and has not been read yet."""
+    """By default a terminal discards unread output at Ctrl-C."""
     attributes = termios.tcgetattr(terminal)
     attributes[3] |= termios.NOFLSH
     termios.tcsetattr(terminal, termios.TCSANOW, attributes)
 
 
-# Makes the terminal on standard input the controlling one and becomes the launcher. The descriptor
-# that is its first argument closes at that moment. What Python ignores is not handed on.
+# Makes the terminal on standard input the controlling one and executes the launcher, which closes the
+# descriptor in the first argument. Signals that Python ignores get their defaults back.
 _TAKE_TERMINAL = (
     "import fcntl, os, signal, sys, termios;"
     "fcntl.ioctl(0, termios.TIOCSCTTY, 0);"

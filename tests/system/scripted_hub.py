@@ -1,6 +1,6 @@
 """A hub of a few shell lines, for tests of the settings and arguments that a hub is started with.
 
-It binds no port, so every port number can be tried, and a whole run takes a few milliseconds.
+It binds no port, so every port number can be tried, and a run takes a few milliseconds.
 """
 
 import shlex

@@ -21,7 +21,7 @@ from suite import STAND_INS, Ports
 
 
 class StandIns:
-    """A private folder that holds the stand-ins, and the processes started there."""
+    """A private folder with the stand-ins, and the processes started there."""
 
     def __init__(self):
         self._folder = tempfile.TemporaryDirectory(prefix="tandrel-stand-ins-")
@@ -37,7 +37,7 @@ class StandIns:
         (self.folder / f"{name}.behaviour").write_text(words)
 
     def usual_arguments(self, name):
-        """What the launcher would call the program with."""
+        """The arguments that the launcher would use."""
         if name == "td_hub":
             return hub_arguments(self.http, self.udp)
         return [] if name == "td_align" else client_arguments(self.udp)
@@ -106,7 +106,7 @@ class StandIns:
         return [json.loads(line) for line in path.read_text().splitlines()] if path.exists() else []
 
     def wait_event(self, event):
-        """The first event of that kind in the record."""
+        """Waits for the first recorded event of that kind."""
         return wait_until(
             lambda: next((row for row in self.events() if row["event"] == event), None), event
         )
@@ -124,7 +124,7 @@ class StandIns:
 
 
 class Terminal:
-    """A terminal for a program's output; `text` is what came so far."""
+    """A terminal for a program's output; `text` is what `read` has read so far."""
 
     def __init__(self, columns=80):
         self.master, self.slave = pty.openpty()

@@ -21,12 +21,14 @@ from deadline import wait_until
 from run import Run
 
 BUILD = Path(os.environ.get("TD_BUILD_DIR", Path(__file__).parents[2] / "build")).resolve()
-# Stand-ins do not change with the launcher's build, so sanitized builds share one set of them.
+# The stand-ins are the same for all builds of the launcher, so sanitized builds share one set.
 STAND_INS = Path(os.environ.get("TD_STANDIN_DIR", BUILD)).resolve()
-# The scripted interfaces are built with the tests, which the launcher that people run is not.
+# The scripted interfaces are built with the tests, unlike the launcher that users run.
 MODULES = Path(os.environ.get("TD_MODULE_DIR", BUILD / "scripted")).resolve()
 
 LAUNCHER = Path(system.LAUNCHER.format(build=BUILD, modules=MODULES))
+
+NEVER = "600000"  # ms, for behaviours: longer than any test
 
 RECORDING_TOOL = """#!/bin/sh
 printf '%s\\0' "$#" "$@" >> "$0.calls"
@@ -34,9 +36,9 @@ printf '%s\\0' "$#" "$@" >> "$0.calls"
 
 
 class Ports:
-    """Free ports, each reserved for one test: by another port, which the test holds until its end.
+    """Free ports, each reserved for one test by keeping a second port bound until the test's end.
 
-    All of them are below the range that connections take theirs from.
+    They are below the ephemeral range.
     """
 
     _PORTS = range(10000, 21000)
@@ -74,14 +76,14 @@ def _bindable(port):
 
 
 class Suite:
-    """A private folder with the launcher, the stand-ins and a PATH whose first folder is `bin`.
+    """A private folder with the launcher, the stand-ins, and tools in `bin`, which comes first in PATH.
 
     `open`, `xdg-open`, `osascript`, `zenity`, `kdialog` and `xmessage` only record their calls.
     """
 
     def __init__(self, folder, ports, shared):
         self.folder = Path(folder)
-        self.shared = Path(shared)  # a folder that the tests of a session share
+        self.shared = Path(shared)  # a folder that all tests of a session share
         self.ports = ports
         self.http = ports.free()
         self.udp = ports.free()
@@ -131,9 +133,9 @@ class Suite:
         return self.folder / f"td_{name}"
 
     def sealed_environment(self, *tools):
-        """An environment whose PATH is `bin` alone, where only links to the named tools are left.
+        """An environment whose PATH is only `bin`, with links to the named tools.
 
-        Tools that `tool` adds afterwards are found as well.
+        All other tools are removed; `tool` can add new ones.
         """
         for path in self.bin.iterdir():
             path.unlink()
@@ -146,22 +148,22 @@ class Suite:
         self.settings.write_bytes(text if isinstance(text, bytes) else text.encode())
 
     def set_behaviour(self, name, words):
-        """Sets the faults that a component shows from its next start on ("exit-at-once")."""
+        """Sets a component's faults from its next start on, for example "exit-at-once"."""
         (self.folder / f"td_{name}.behaviour").write_text(words + "\n")
 
     def record(self, *names):
-        """Makes the named components (by default all) record their starts and ends for `events`."""
+        """Makes the named components (by default all) record their events from their next start on."""
         for name in names or ALL_COMPONENTS:
             path = self.folder / f"td_{name}.behaviour"
             words = path.read_text() if path.exists() else ""
             path.write_text(words + " record=events.jsonl\n")
 
     def events(self, event=None, program=None):
-        """What recording components wrote, in order: dictionaries with "event" and "program"."""
+        """The events that components have recorded, in order: dictionaries with "event" and "program"."""
         path = self.folder / "events.jsonl"
         if not path.exists():
             return []
-        complete, _, _ = path.read_text().rpartition("\n")  # a line may be half written
+        complete, _, _ = path.read_text().rpartition("\n")  # the last line may be incomplete
         rows = [json.loads(line) for line in complete.splitlines()]
         return [
             row
@@ -171,10 +173,10 @@ class Suite:
         ]
 
     def script(self, path, text):
-        """Writes an executable script; in the folder when the path is relative."""
+        """Writes an executable script; relative paths are in the suite's folder."""
         path = self.folder / path
-        # Never opened for writing under its final name: another thread's fork would keep the
-        # descriptor for a moment, and executing the file would fail with "text file busy".
+        # Written under another name: a fork in another thread may keep the descriptor for a moment, and
+        # then executing the file would fail with "text file busy".
         staging = path.with_name(path.name + ".new")
         staging.write_text(text)
         staging.chmod(0o755)
@@ -187,7 +189,7 @@ class Suite:
         return self.script(self.bin / name, text)
 
     def calls(self, tool):
-        """The argument lists of the calls that a recording tool saw, as bytes."""
+        """The argument lists of the calls of a recording tool, as bytes."""
         path = self.bin / f"{tool}.calls"
         fields = path.read_bytes().split(b"\0")[:-1] if path.exists() else []
         calls = []
@@ -213,7 +215,7 @@ class Suite:
         return run
 
     def processes(self, name=None):
-        """The live processes of the folder's programs (of one component, if named)."""
+        """The live processes of the suite's programs, or of one component."""
         wanted = str(self.component(name)) if name else str(self.folder) + "/"
         found = []
         for process in psutil.process_iter():
@@ -228,7 +230,7 @@ class Suite:
         return found
 
     def process(self, name):
-        """The one process of a component, waited for."""
+        """Waits until a component has exactly one process, and returns it."""
 
         def one():
             found = self.processes(name)
@@ -237,7 +239,7 @@ class Suite:
         return wait_until(one, f"one process of the {name}")[0]
 
     def kill(self, name, number=signal.SIGKILL):
-        """Kills a component from outside and returns the id that its process had."""
+        """Kills a component and returns its process id."""
         pid = self.process(name).pid
         os.kill(pid, number)
         return pid

@@ -1,7 +1,7 @@
 """What differs between the systems that the tests run on.
 
-Each system has a module that holds all of it; this one hands out what is in the module of the
-system at hand. TD_SYSTEM=macos chooses a Mac's elsewhere too, to try it without one.
+Each system has its own module; this one passes on the names of the current system's module. TD_SYSTEM=macos
+selects a Mac's module on other systems.
 """
 
 import os
@@ -14,10 +14,10 @@ _MODULES = {"linux": system_linux, "macos": system_macos}
 _OWN = {"darwin": "macos"}.get(sys.platform, "linux")
 _here = _MODULES[os.environ.get("TD_SYSTEM", _OWN)]
 
-# The modules that work on this system, whichever is chosen.
+# The modules that work on this system.
 WORKING = [system_macos] if _OWN == "macos" else [system_linux, system_macos]
 
-# What one of the systems lacks, and some tests need.
+# What some tests need and one of the systems lacks.
 ABILITIES = {ability for module in _MODULES.values() for ability in module.MISSING}
 
 
@@ -26,8 +26,8 @@ def __getattr__(name):
 
 
 def needs(*abilities):
-    """A mark for tests that are skipped, with the reason, where the system lacks one of these."""
-    import pytest  # here, because what makes pictures of the interface uses this module without it
+    """A mark that skips tests, with the reason, if the system lacks one of these abilities."""
+    import pytest  # not at the top: tests/desktop/pictures.py uses this module without pytest
 
     assert ABILITIES.issuperset(abilities), abilities
     reasons = [_here.MISSING[ability] for ability in abilities if ability in _here.MISSING]

@@ -1,33 +1,33 @@
-"""What the tests have to know of Linux. See system_macos for the same of a Mac."""
+"""What the tests must know about Linux; see system_macos for a Mac."""
 
 import os
 import resource
 import shutil
 from pathlib import Path
 
-MISSING = {}  # what this system lacks: the reason by ability
+MISSING = {}  # the abilities that this system lacks, with the reasons
 
 TEMPORARY_FOLDER = None  # Python's own choice
 
-# A shell command that succeeds when process $pid has ended and has not been reaped yet.
+# A shell command that succeeds if process $pid has ended and has not been reaped yet.
 IS_ZOMBIE = '{ read -r _ _ state _ < "/proc/$pid/stat" && [ "$state" = Z ]; }'
 
-# Where the launcher is that is tested, in the folders of the build and of the scripted interface.
+# The launcher to test: in the folder of the build or of the scripted interfaces.
 LAUNCHER = "{build}/launcher"
 
 
 def install_interface(modules, folder, name="tdgui.so"):
-    """Puts an interface where a launcher in that folder finds it."""
+    """Installs an interface for the launcher in `folder`."""
     shutil.copy2(modules / name, folder / "tdgui.so")
 
 
-def path_of_launcher(way, folder):
-    """The path that a launcher knows of itself when it is started as `way` in that folder."""
-    return way
+def path_of_launcher(path, folder):
+    """The path that the launcher has of itself if it is started as `path` in that folder."""
+    return path
 
 
 def _state(pid):
-    """The letter that the kernel gives for a process; None when there is none."""
+    """The kernel's letter for the state of a process; None if there is no such process."""
     try:
         return Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
     except (FileNotFoundError, ProcessLookupError):
@@ -45,34 +45,35 @@ def has_ended(pid):
 
 
 def is_suspended(pid):
-    """Whether a signal has stopped a process, which SIGCONT would let go on."""
+    """Whether a signal has suspended a process, which SIGCONT would resume."""
     return _state(pid) == "T"
 
 
 def is_waiting(pid):
-    """Whether a process that is not suspended waits for something."""
+    """Whether a process is asleep, and not suspended."""
     return _state(pid) == "S"
 
 
 def descriptors(pid):
-    """The open descriptors of a process: the path or the name of what each is open on."""
+    """The open descriptors of a process, with the path or the name of what each is open on."""
     folder = f"/proc/{pid}/fd"
     found = {}
     for entry in os.listdir(folder):
         try:
             found[int(entry)] = os.readlink(f"{folder}/{entry}")
-        except FileNotFoundError:  # closed meanwhile, as that of the folder itself
+        except FileNotFoundError:  # closed meanwhile, such as that of the folder itself
             pass
     return found
 
 
 def has_loaded(pid, library):
-    """Whether a process has a library of that file name in its memory."""
+    """Whether a process has loaded a library of that file name."""
     return f"/{library}\n" in Path(f"/proc/{pid}/maps").read_text()
 
 
 def signal_set(pid, kind):
-    """The standard signals that a process has "Blk", "Ign" or "Cgt" (caught); "ShdPnd": pending."""
+    """The signals of a process that are "Blk" (blocked), "Ign" (ignored), "Cgt" (caught) or "ShdPnd"
+    (pending), without real-time signals."""
     prefix = "" if kind == "ShdPnd" else "Sig"
     lines = Path(f"/proc/{pid}/status").read_text().splitlines()
     mask = int(dict(line.split(":\t", 1) for line in lines)[prefix + kind], 16)
@@ -80,13 +81,13 @@ def signal_set(pid, kind):
 
 
 def limit_file_size(pid, size):
-    """Limits what a process and those that it starts from now on can write to a file."""
+    """Sets the file size limit of a process, and of those that it starts from now on."""
     _, highest = resource.prlimit(pid, resource.RLIMIT_FSIZE)
     resource.prlimit(pid, resource.RLIMIT_FSIZE, (size, highest))
 
 
 def pid_count():
-    """How many process ids there are; after the last one they begin again."""
+    """The number of process ids, after which they wrap around."""
     return int(Path("/proc/sys/kernel/pid_max").read_text())
 
 

@@ -1,6 +1,6 @@
-"""What the tests have to know of macOS. See system_linux for the same of Linux.
+"""What the tests must know about macOS; see system_linux for Linux, and for what the functions do.
 
-Everything here but the network interfaces works on Linux too.
+Everything here except the network interfaces works on Linux too.
 """
 
 import os
@@ -9,33 +9,33 @@ import subprocess
 import psutil
 
 MISSING = {
-    "alert tools": "the launcher uses osascript alone on a Mac",
-    "any file name": "a Mac's file system takes no name that is not UTF-8",
-    "browser tools": "the launcher uses open alone on a Mac",
-    "background browser": "open, which the launcher waits for on a Mac, starts the browser itself",
+    "alert tools": "on a Mac the launcher uses only osascript",
+    "any file name": "a Mac's file system allows only names in UTF-8",
+    "browser tools": "on a Mac the launcher uses only open",
+    "background browser": "on a Mac the launcher waits for open, which starts the browser",
     "end with parent": "macOS does not signal a process whose parent has ended",
     "interface module": "on a Mac the interface is part of the launcher",
-    "replaced calls": "macOS does not let one program replace what another calls",
+    "replaced calls": "the test uses LD_PRELOAD, which macOS does not have",
     "limits of others": "macOS sets a limit only for the process that asks",
-    "signals of others": "macOS does not tell the signal mask and actions of another process",
+    "signals of others": "macOS does not show the signal mask and actions of another process",
     "thread limit": "macOS cannot keep one process from making threads",
 }
 
-TEMPORARY_FOLDER = "/tmp"  # in the usual one the path of a local socket would be too long
+TEMPORARY_FOLDER = "/tmp"  # the default one makes the paths of sockets too long
 
 IS_ZOMBIE = 'case $(ps -o state= -p "$pid") in Z*) ;; *) false ;; esac'
 
-# The launcher that people run would show its icon: this one is linked with the scripted interface.
+# Linked with the scripted interface; the launcher that users run would show its icon.
 LAUNCHER = "{modules}/launcher"
 
 
 def install_interface(modules, folder, name=None):
-    """Nothing to do: the launcher has it."""
+    """Does nothing: the interface is linked in."""
 
 
-def path_of_launcher(way, folder):
-    """The dynamic loader makes a path absolute, and does nothing else with it."""
-    return way if way.startswith("/") else f"{os.path.realpath(folder)}/{way}"
+def path_of_launcher(path, folder):
+    """The dynamic loader makes the path absolute and changes nothing else."""
+    return path if path.startswith("/") else f"{os.path.realpath(folder)}/{path}"
 
 
 def _status(pid):
@@ -60,12 +60,12 @@ def is_suspended(pid):
 
 
 def is_waiting(pid):
-    # The status of one that waits is "running".
+    # psutil calls a sleeping process "running" on a Mac.
     return _status(pid) in (psutil.STATUS_RUNNING, psutil.STATUS_SLEEPING)
 
 
 def descriptors(pid):
-    """What is not open on a file has an empty name, as for the components."""
+    """The name is empty for what is not a file, as in the components' events."""
     command = ["lsof", "-w", "-n", "-P", "-a", "-p", str(pid), "-d", "0-9999", "-F", "fn"]
     listed = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True)
     return descriptors_of(listed.stdout)

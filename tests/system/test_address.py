@@ -1,7 +1,7 @@
 """The dashboard's address on machines with different network interfaces.
 
-Which address is chosen is the unit test's matter (tests/unit/lan_address_test.cpp); here the
-interfaces are the kernel's.
+The unit tests decide which address is right (tests/unit/lan_address_test.cpp); these tests use interfaces of
+the kernel.
 """
 
 import os
@@ -14,8 +14,7 @@ from console import READY
 
 SYSTEM_PATH = f"{os.environ['PATH']}:/usr/sbin:/sbin"
 
-# Takes the kind of the interfaces, then the interfaces as "name state address...", then "run" and
-# the command.
+# Arguments: the kind of the interfaces, each interface as "name state address...", "run", the command.
 IN_NEW_NETWORK = """
 set -e
 ip link set lo up
@@ -40,7 +39,7 @@ exec "$@"
 
 @pytest.fixture(scope="session")
 def new_network():
-    """The command that runs what follows it in a network of given interfaces."""
+    """The start of a command line that runs a command in a network with given interfaces."""
     for unshare in (["unshare", "-n"], ["unshare", "-rn"]):
         for kind in ("dummy", "bridge"):
             command = [*unshare, "sh", "-c", IN_NEW_NETWORK, "sh", kind]
@@ -55,7 +54,7 @@ def new_network():
                 pytest.skip("no unshare here")
             if done.returncode == 0:
                 return command
-    pytest.skip("no right, or no ip, to make a network with interfaces of its own")
+    pytest.skip("no permission, or no ip, to make a private network")
 
 
 @pytest.mark.parametrize(

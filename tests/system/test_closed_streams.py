@@ -1,6 +1,6 @@
-"""An all-in-one run that starts without some of the standard streams.
+"""All-in-one runs that start with closed standard streams.
 
-No file or connection of the launcher may get the number of one of them, and so its texts.
+No file or connection of the launcher may get the descriptor of a standard stream, and with it its output.
 """
 
 import closed_streams
@@ -10,6 +10,7 @@ import system
 from component_events import stops, wait_for_components
 from components import STOP_ORDER
 from interface import start_interface
+from run_settings import settings_text
 
 
 @pytest.fixture(params=closed_streams.COMBINATIONS, ids=str)
@@ -24,7 +25,7 @@ def streams(run):
 
 
 def expected_output(suite, closed):
-    """The output of a whole verbose run, as far as it has anywhere to go."""
+    """The complete output of a verbose run, if standard output is open."""
     url = console.dashboard_url(suite.http)
     text = console.TITLE + console.announcement(url, verbose=True) + console.STOPPED
     return b"" if 1 in closed else text
@@ -38,7 +39,7 @@ def test_closed_streams_are_dev_null_and_the_others_are_kept(suite, closed):
     wait_for_components(suite)
     expected = closed_streams.targets(suite, run, closed, "/dev/null")
     assert streams(run) == expected
-    # Verbose components have the launcher's streams.
+    # Verbose components share the launcher's streams.
     assert [row["stdio"] for row in suite.events("start")] == [expected] * 3
     assert [row["descriptors"] for row in suite.events("start")] == [[], [], []]
     assert run.stop() == 0
@@ -53,10 +54,7 @@ def test_a_settings_file_saved_later_holds_only_the_settings(suite, closed):
     assert streams(interface) == closed_streams.targets(suite, interface, closed, "/dev/null")
     for saved in (0, 1):
         interface.ask("set_pref", saved)
-        assert suite.settings.read_text() == (
-            f'{{\n  "http_port": {suite.http},\n  "udp_port": {suite.udp},\n'
-            f'  "open_browser": {"true" if saved else "false"}\n}}\n'
-        )
+        assert suite.settings.read_text() == settings_text(suite.http, suite.udp, saved)
     before = suite.settings.read_text()
     assert interface.quit() == 0
     assert suite.settings.read_text() == before

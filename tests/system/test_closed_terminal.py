@@ -1,7 +1,7 @@
-"""A terminal that is closed during the start-up.
+"""A terminal that is closed during start-up.
 
-It no longer answers that it is a terminal then, but the run was started in one: it ends, and it
-never shows an interface.
+It is no longer recognised as a terminal then. But the run was started in one, so it ends and never shows an
+interface.
 """
 
 import socket
@@ -19,7 +19,7 @@ from probe_tools import record_and_probe
 
 
 class OfferedInterface:
-    """An interface that the launcher could show; see tests/scripted_gui."""
+    """An interface that the launcher can find, but should not show; see tests/scripted_gui."""
 
     def __init__(self, suite, listener):
         install_interface(suite)
@@ -45,7 +45,7 @@ def interface(suite):
 
 
 class HeldRun:
-    """A run in a terminal, held at a message of its start-up: that there is no sender."""
+    """A run in a terminal, blocked during start-up at the message that the sender is missing."""
 
     def __init__(self, suite, interface, ignored=()):
         self._suite = suite
@@ -68,7 +68,7 @@ class HeldRun:
         self._errors.release()
 
     def check_end(self, messages=""):
-        """Waits for the end of the run, which printed this after the message that held it."""
+        """Checks the end of the run. `messages`: what it printed after the message that blocked it."""
         assert self.run.wait() == 0
         sender = self._suite.component("sender")
         no_sender = f"Tandrel: could not start the sender ({sender})\n"
@@ -78,7 +78,7 @@ class HeldRun:
         assert self._suite.processes() == []
 
 
-def test_while_the_hub_is_waited_for(suite, interface):
+def test_during_the_wait_for_the_hub(suite, interface):
     suite.set_behaviour("hub", "answer-after=5000")
     suite.record()
     record_and_probe(suite)
@@ -101,7 +101,7 @@ def test_after_the_hub_has_answered(suite, interface):
     held.check_end()
 
 
-def test_a_run_that_ignores_the_hang_up_goes_on_as_in_a_console(suite, interface):
+def test_a_run_that_ignores_the_hang_up_goes_on_as_a_console_run(suite, interface):
     held = HeldRun(suite, interface, ignored=[SIGHUP])
     held.hang_up_and_release()
     kill(suite, "receiver")

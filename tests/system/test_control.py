@@ -22,10 +22,12 @@ from console import (
     NOT_RESTARTED,
     NOT_STARTED,
     RESTARTING,
+    VERSION,
     restarts_until_left_stopped,
 )
 from deadline import wait_until
 from interface import start_interface
+from run_settings import settings_text
 
 NO_COMPONENTS = ["", "align", "HUB", "Hub", "hu", "hub ", " hub", "td_hub", "hubs"]
 
@@ -36,7 +38,7 @@ def test_the_configuration_given_to_the_interface(suite):
     assert config["url"].startswith("http://")
     interface.wait_for(f"  Dashboard  : \x1b[1;36m{config['url']}\x1b[0m\n")
     assert config["url"].endswith(f":{suite.http}/")
-    assert config["status"] == "Tandrel 1.4.4+412"
+    assert config["status"] == f"Tandrel {VERSION}"
     assert config["components"] == [
         {"name": "hub", "label": "Hub"},
         {"name": "receiver", "label": "Receiver"},
@@ -58,14 +60,14 @@ def test_components_left_out_are_listed_and_can_be_started(suite):
         interface.ask("start", name)
         wait_for_start(suite, name)
     assert interface.running() == COMPONENTS
-    for name in ("sender", "receiver"):  # and they are supervised from now on
+    for name in ("sender", "receiver"):  # they are supervised now
         kill(suite, name)
         wait_for_start(suite, name, 2)
     assert interface.quit() == 0
     assert stops(suite) == STOP_ORDER
 
 
-def test_a_name_that_is_no_component_does_nothing(suite):
+def test_an_unknown_name_does_nothing(suite):
     interface = start_interface(suite)
     for name in NO_COMPONENTS:
         assert interface.ask("is_running", name) is False
@@ -91,16 +93,16 @@ def test_starting_a_running_component_does_nothing(suite):
 @pytest.mark.parametrize(
     "name, watched", [("hub", "sender"), ("receiver", "hub"), ("sender", "hub")]
 )
-def test_a_component_stopped_by_hand_stays_stopped(suite, name, watched):
+def test_a_component_stopped_from_the_menu_stays_stopped(suite, name, watched):
     interface = start_interface(suite)
     interface.ask("stop", name)
     assert system.is_gone(starts(suite, name)[0]["pid"])
     assert interface.running() == [other for other in COMPONENTS if other != name]
     assert stops(suite) == [f"td_{name}"]
     wait_for_supervisor_pass(suite, watched)
-    interface.ask("stop", name)  # of a stopped one: nothing happens
+    interface.ask("stop", name)  # it is stopped already
     assert len(starts(suite, name)) == 1
-    # Started by hand, it is supervised again.
+    # Started from the menu, it is supervised again.
     interface.ask("start", name)
     wait_for_start(suite, name, 2)
     kill(suite, name)
@@ -112,24 +114,24 @@ def test_a_component_stopped_by_hand_stays_stopped(suite, name, watched):
 
 
 @pytest.mark.parametrize("name", COMPONENTS)
-def test_restart_by_hand(suite, name):
+def test_a_restart_from_the_menu(suite, name):
     interface = start_interface(suite)
     interface.ask("restart", name)
     assert system.is_gone(starts(suite, name)[0]["pid"])
     wait_for_start(suite, name, 2)
     interface.ask("stop", name)
-    interface.ask("restart", name)  # of a stopped one: a start
+    interface.ask("restart", name)  # starts a stopped component
     wait_for_start(suite, name, 3)
     assert interface.running() == COMPONENTS
     assert stops(suite) == [f"td_{name}"] * 2
-    kill(suite, name)  # and it is supervised
+    kill(suite, name)  # it is supervised
     wait_for_start(suite, name, 4)
     assert interface.quit() == 0
     assert interface.errors.decode() == RESTARTING.format(name)
 
 
 @pytest.mark.parametrize("command, message", [("start", NOT_STARTED), ("restart", NOT_RESTARTED)])
-def test_a_start_by_hand_that_fails_is_reported(suite, command, message):
+def test_a_failed_start_from_the_menu_is_reported(suite, command, message):
     interface = start_interface(suite)
     for name in COMPONENTS:
         suite.component(name).unlink()
@@ -140,7 +142,7 @@ def test_a_start_by_hand_that_fails_is_reported(suite, command, message):
     assert interface.errors.decode() == "".join(map(message.format, COMPONENTS))
 
 
-def test_a_restart_by_hand_that_fails_has_stopped_the_component(suite):
+def test_a_failed_restart_from_the_menu_has_stopped_the_component(suite):
     interface = start_interface(suite)
     suite.component("sender").chmod(0o644)
     interface.ask("restart", "sender")
@@ -153,7 +155,7 @@ def test_a_restart_by_hand_that_fails_has_stopped_the_component(suite):
     assert interface.errors.decode() == NOT_RESTARTED.format("sender")
 
 
-def test_a_start_by_hand_gives_five_restarts_again(suite):
+def test_a_start_from_the_menu_resets_the_count_of_restarts(suite):
     interface = start_interface(suite)
     suite.set_behaviour("receiver", "exit-at-once record=events.jsonl")
     kill(suite, "receiver")
@@ -166,7 +168,7 @@ def test_a_start_by_hand_gives_five_restarts_again(suite):
     assert len(starts(suite, "receiver")) == 12
 
 
-def test_a_restart_by_hand_of_a_running_component_gives_five_restarts_again(suite):
+def test_a_restart_from_the_menu_resets_the_count_of_restarts(suite):
     interface = start_interface(suite)
     kill(suite, "sender")
     wait_for_start(suite, "sender", 2)
@@ -192,7 +194,7 @@ def test_a_hub_that_keeps_exiting_leaves_the_interface_up(suite):
     suite.set_behaviour("hub", "record=events.jsonl")
     interface.ask("start", "hub")
     wait_for_start(suite, "hub", 7)
-    # Supervision has ended: an exit goes unnoticed until the component is restarted by hand.
+    # Supervision has ended: an exit goes unnoticed until the component is restarted from the menu.
     kill(suite, "receiver")
     assert interface.running() == COMPONENTS
     interface.ask("restart", "receiver")
@@ -204,7 +206,7 @@ def test_a_hub_that_keeps_exiting_leaves_the_interface_up(suite):
 
 
 def test_a_stop_right_after_a_start_is_not_lost(suite):
-    """Even when its signal comes before the new process executes the component."""
+    """Even if the signal comes before the new process executes the component."""
     interface = start_interface(suite)
     rounds = 10
     begin = time.monotonic_ns()
@@ -213,13 +215,13 @@ def test_a_stop_right_after_a_start_is_not_lost(suite):
         interface.send("stop", "sender")
     for _ in range(2 * rounds):
         interface.receive()
-    # A lost signal would cost the whole delay until SIGKILL; a stop takes a tenth of a second.
+    # If a signal were lost, SIGKILL would come only after the delay; a stop takes a tenth of a second.
     assert time.monotonic_ns() - begin < KILL_DELAY
     assert interface.running() == ["hub", "receiver"]
     assert interface.quit() == 0
 
 
-def test_an_operation_waits_for_a_restart_under_way(suite):
+def test_an_operation_waits_for_a_restart_in_progress(suite):
     errors = BlockedStderr()
     interface = start_interface(suite, stderr=errors.writing)
     kill_until_reaped(suite, "sender")
@@ -248,19 +250,15 @@ def test_the_supervisor_waits_for_an_operation(suite):
     assert interface.errors.decode() == RESTARTING.format("receiver")
 
 
-def test_the_preference_is_saved_with_the_ports_in_force(suite):
+def test_the_preference_is_saved_with_the_current_ports(suite):
     interface = start_interface(suite)
     assert interface.ask("pref") is True  # --no-browser is for one run
     assert not suite.settings.exists()
-    for value, text in ((0, "false"), (1, "true"), (1, "true")):
-        # The folder is looked for each time, and made again.
-        shutil.rmtree(suite.settings.parent)
+    for value in (0, 1, 1):
+        shutil.rmtree(suite.settings.parent)  # it is made again each time
         interface.ask("set_pref", value)
         assert interface.ask("pref") is bool(value)
-        assert suite.settings.read_text() == (
-            f'{{\n  "http_port": {suite.http},\n  "udp_port": {suite.udp},\n'
-            f'  "open_browser": {text}\n}}\n'
-        )
+        assert suite.settings.read_text() == settings_text(suite.http, suite.udp, value)
     assert interface.quit() == 0
 
 

@@ -1,6 +1,6 @@
-"""Where the launcher looks for its components and for its settings.
+"""Where the launcher looks for its components and its settings.
 
-Paths of bundles and modes of folders are also tested by tests/unit/directories_test.cpp.
+tests/unit/directories_test.cpp also tests the paths of bundles and the modes of folders.
 """
 
 import os
@@ -20,7 +20,7 @@ from scripted_hub import DEFAULT_PORTS, SAVED, SAVED_PORTS
 
 
 def folder_of_launcher(suite, command, **options):
-    """The folder that a launcher started by `command` starts its align component from."""
+    """The folder from which a launcher started by `command` starts the align component."""
     options.setdefault("cwd", suite.folder)
     done = subprocess.run([*command, "align"], stdout=subprocess.PIPE, check=True, **options)
     path = done.stdout.splitlines()[0].removeprefix(b"argv[0]: ")
@@ -31,13 +31,13 @@ def folder_of_launcher(suite, command, **options):
 def test_the_launchers_path_is_used_as_given(suite):
     folder = suite.folder
     (folder / "inner").mkdir()
-    ways = ["{}/launcher", "./launcher", "{}/./inner/../launcher", "inner//..//launcher"]
-    for way in (way.format(folder) for way in ways):
-        known = system.path_of_launcher(way, folder)
-        assert folder_of_launcher(suite, [way]) == known.removesuffix("launcher")
+    paths = ["{}/launcher", "./launcher", "{}/./inner/../launcher", "inner//..//launcher"]
+    for path in (path.format(folder) for path in paths):
+        known = system.path_of_launcher(path, folder)
+        assert folder_of_launcher(suite, [path]) == known.removesuffix("launcher")
 
 
-def test_a_launcher_on_the_path_uses_the_folder_of_the_path(suite):
+def test_a_launcher_found_in_path_uses_that_folder(suite):
     environment = {**suite.environment, "PATH": f"{suite.folder}:{os.environ['PATH']}"}
     shell = ["/bin/sh", "-c", 'launcher "$@"', "sh"]
     assert folder_of_launcher(suite, shell, cwd="/", env=environment) == f"{suite.folder}/"
@@ -58,14 +58,14 @@ def test_a_path_of_the_maximum_length_works(suite):
     suite.script("td_align", "#!/bin/sh\necho \"argv[0]: $0\"\n")
     folder = str(suite.folder) + "/"
     room = longest - len(folder) - len("launcher")
-    way = folder + "./" * (room // 2) + "/" * (room % 2) + "launcher"
-    assert len(way) == longest
-    assert folder_of_launcher(suite, [way]) == way.removesuffix("launcher")
+    path = folder + "./" * (room // 2) + "/" * (room % 2) + "launcher"
+    assert len(path) == longest
+    assert folder_of_launcher(suite, [path]) == path.removesuffix("launcher")
 
 
 @pytest.fixture
 def linked(suite):
-    """A folder that holds links to the launcher and to two components, and nothing else."""
+    """A folder with only links to the launcher and to two components."""
     folder = suite.folder / "linked"
     folder.mkdir()
     for name in ("launcher", "td_align", "td_hub"):
@@ -96,7 +96,7 @@ def test_a_linked_folder_in_the_path_is_not_resolved(suite):
 
 
 def make_config(suite, launcher=None, environment=None, **options):
-    """Runs the launcher up to an unknown option; the settings folder is made before."""
+    """Runs the launcher with an unknown option: it makes the settings folder, and ends."""
     run = suite.start("--unknown", program=launcher, environment=environment, **options)
     assert run.wait() == 1
     assert run.errors == b"Tandrel: unknown option '--unknown'\n\n"

@@ -1,4 +1,4 @@
-"""A limit on the size of files: writing beyond it must not end the launcher."""
+"""Exceeding the file size limit must not end the launcher."""
 
 import resource
 import signal
@@ -17,12 +17,11 @@ from component_events import (
 from components import COMPONENTS, STOP_ORDER
 from inherited_signals import start_with_signals
 from interface import start_interface
-from settings_in_force import settings_text
+from run_settings import settings_text
 
 LOG_SIZE = 1 << 20  # bytes: more than any other file of a test needs
 
-# Becomes the program that its arguments name, which can write no file beyond that size. What Python
-# ignores is not handed on.
+# Executes the program in its arguments with that limit. Signals that Python ignores get their defaults back.
 LIMITED = f"""
 import os, resource, signal, sys
 resource.setrlimit(resource.RLIMIT_FSIZE, ({LOG_SIZE}, {LOG_SIZE}))
@@ -34,7 +33,7 @@ os.execv(sys.argv[1], sys.argv[1:])
 
 @system.needs("limits of others")
 @pytest.mark.parametrize("size", [0, 10])
-def test_saving_beyond_the_limit_does_not_end_the_launcher(suite, size):
+def test_saving_over_the_limit_does_not_end_the_launcher(suite, size):
     suite.save_settings(settings_text(suite.http, suite.udp, True))
     interface = start_interface(suite)
     system.limit_file_size(interface.pid, size)
@@ -51,7 +50,7 @@ def test_saving_beyond_the_limit_does_not_end_the_launcher(suite, size):
 
 
 def start_with_full_log(suite):
-    """Starts a run whose output and errors go to a file that is at the limit already."""
+    """Starts a run whose output and errors go to a file that has already reached the limit."""
     log = suite.folder / "full.log"
     log.write_bytes(b" " * LOG_SIZE)
     command = ["-IS", "-c", LIMITED, suite.launcher, *suite.ports_options, "--no-browser"]
@@ -64,7 +63,7 @@ def test_a_log_at_the_limit_does_not_end_the_launcher(suite, number):
     suite.record()
     run = start_with_full_log(suite)
     wait_for_components(suite)
-    kill_until_reaped(suite, "receiver")  # the restart has a message
+    kill_until_reaped(suite, "receiver")  # the restart prints a message
     wait_for_start(suite, "receiver", 2)
     run.signal(number)
     assert run.wait_for_process() == 0
@@ -86,7 +85,7 @@ def test_components_have_the_default_action_at_the_limit(suite):
 
 
 def start_ignoring_the_limit(suite):
-    """Starts a run whose parent ignores the signal, and waits for the components."""
+    """Starts a run whose parent ignores SIGXFSZ, and waits for the components."""
     arguments = [*suite.ports_options, "--no-browser"]
     run = start_with_signals(suite, *arguments, ignored=[signal.SIGXFSZ])
     wait_for_components(suite)
@@ -94,14 +93,14 @@ def start_ignoring_the_limit(suite):
 
 
 @system.needs("signals of others")
-def test_a_limit_signal_that_the_parent_ignores_stays_ignored_in_the_launcher(suite):
+def test_sigxfsz_stays_ignored_in_the_launcher(suite):
     suite.record()
     run = start_ignoring_the_limit(suite)
     assert signal.SIGXFSZ in system.signal_set(run.pid, "Ign")
     assert run.stop() == 0
 
 
-def test_a_limit_signal_that_the_parent_ignores_stays_ignored_in_components(suite):
+def test_sigxfsz_stays_ignored_in_components(suite):
     suite.record()
     run = start_ignoring_the_limit(suite)
     for name in COMPONENTS:

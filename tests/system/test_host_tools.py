@@ -1,4 +1,4 @@
-"""The external tools: their command lines, and what their output and exit statuses change.
+"""The external tools: their command lines, and the effect of their output and exit statuses.
 
 How each kind of message is quoted is also tested by tests/unit/host_test.cpp and platform_test.cpp.
 """
@@ -18,7 +18,7 @@ ALERT_TOOLS = {
     "kdialog": ["--title", "Tandrel", "--error"],
     "xmessage": ["-title", "Tandrel", "-center"],
 }
-# Names of folders that mean something to a shell, to a script in double quotes, or to a terminal.
+# Names of folders with characters that are special to a shell, in AppleScript strings, or to a terminal.
 SHELL_COMMANDS = "$(touch pwned) `touch pwned` ${HOME} $HOME"
 SPECIAL_NAMES = [
     'double "quotes" and back\\slashes\\',
@@ -30,12 +30,12 @@ NAMES_WITH_A_SINGLE_QUOTE = ["a';touch pwned;'b", "it's"]
 
 
 def files_of_injected_commands(suite):
-    """Files that a command in a folder's name has made."""
+    """The files made by commands in a folder's name."""
     return [path for path in suite.folder.parent.rglob("*") if path.name == "pwned"]
 
 
 def run_without_hub(suite, environment=None):
-    """Runs the launcher without its hub and returns the message that this gives."""
+    """Runs the launcher without its hub and returns the message."""
     suite.component("hub").unlink(missing_ok=True)
     run = suite.start(environment=environment)
     assert run.wait() == 1
@@ -103,7 +103,7 @@ def test_the_browser_tools_output_is_shown_and_its_status_ignored(suite):
 
 
 def start_with_lasting_browser(suite, **options):
-    """A run, and the id of the process of the browser tool that it has started."""
+    """A run, and the process id of the browser tool that it has started."""
     show_and_wait = 'echo output of the browser\nread -r _ < "$0.never"\n'
     suite.tool("open", '#!/bin/sh\necho $$ > "$0.pid"\n' + show_and_wait)
     os.mkfifo(suite.bin / "open.never")
@@ -126,7 +126,7 @@ def test_a_browser_tool_that_does_not_exit_does_not_block_the_launcher(suite):
 
 
 @system.needs("background browser")
-def test_the_browser_cannot_take_the_terminal_and_outlives_it(suite):
+def test_the_browser_cannot_take_the_terminal_and_survives_it(suite):
     run, browser = start_with_lasting_browser(suite, terminal="all")
     assert os.getsid(browser) == browser
     assert psutil.Process(browser).terminal() is None
@@ -240,7 +240,7 @@ def test_an_alert_tools_output_and_exit_status_are_ignored(suite, end):
     assert (suite.bin / "osascript.shown").exists()
 
 
-def test_the_message_is_printed_first_and_the_alert_is_waited_for(suite):
+def test_the_message_is_printed_before_the_alert_which_the_run_waits_for(suite):
     suite.tool("osascript", '#!/bin/sh\nread -r _ < "$0.dismiss"\n')
     os.mkfifo(suite.bin / "osascript.dismiss")
     suite.component("hub").unlink()

@@ -1,4 +1,4 @@
-"""Hubs that do not listen in the process that the launcher starts, or not alone, or by IPv6."""
+"""Hubs that listen in another process than the one the launcher starts, on a shared port, or on IPv6."""
 
 import os
 import signal
@@ -11,20 +11,19 @@ from component_events import starts, wait_for_components, wait_for_start
 from deadline import wait_until
 from other_servers import answering_server
 
-# The stand-in as a child that the script waits for. The line that follows keeps the shell from
-# becoming the stand-in.
+# The stand-in as a child that the script waits for. "exit" keeps the shell from executing it in its place.
 AS_A_CHILD = """#!/bin/sh
 {hub} "$@"
 exit $?
 """
-# The stand-in without a parent, {start} as it is: in the script's session or in one of its own.
+# The stand-in without its parent. {start}: a command that starts it in another session or as a grandchild.
 ORPHANED = """#!/bin/sh
 ({start} {hub} "$@" &)
 read -r _ < "$0.never"
 """
-# Starts a program in a session of its own, as util-linux's setsid does.
+# Starts a program in a new session, as util-linux's setsid does.
 NEW_SESSION = "{python} -ISc 'import os, sys; os.setsid(); os.execv(sys.argv[1], sys.argv[1:])'"
-# What the launcher needs of a hub: an answer on the dashboard port. {options} of the socket.
+# The minimum that the launcher needs of a hub: an answer on the dashboard port. {options}: the socket's.
 ANSWERING = """#!{python} -IS
 import socket, sys
 server = socket.create_server(("", int(sys.argv[4])), {options})
@@ -43,8 +42,8 @@ def start_as_a_child(suite):
 
 
 def start_as_a_grandchild(suite):
-    middle = suite.script("middle", AS_A_CHILD.format(hub=hub_scripts.move_hub(suite)))
-    suite.script("td_hub", AS_A_CHILD.format(hub=middle))
+    parent = suite.script("parent", AS_A_CHILD.format(hub=hub_scripts.move_hub(suite)))
+    suite.script("td_hub", AS_A_CHILD.format(hub=parent))
 
 
 def start_orphaned(suite, start=""):
@@ -57,7 +56,7 @@ def start_orphaned_in_a_session(suite):
 
 
 def start_an_orphans_child(suite):
-    start_orphaned(suite, suite.script("middle", '#!/bin/sh\n"$@"\nexit $?\n'))
+    start_orphaned(suite, suite.script("parent", '#!/bin/sh\n"$@"\nexit $?\n'))
 
 
 def ancestors(pid):
@@ -65,7 +64,7 @@ def ancestors(pid):
 
 
 def end_stand_in(suite, pid):
-    """Ends a stand-in that its script has left behind when the launcher stopped that."""
+    """Ends a stand-in that was left behind when the launcher stopped its script."""
     os.kill(pid, signal.SIGTERM)
     wait_until(lambda: suite.processes() == [], "the end of the stand-in")
 
@@ -81,7 +80,7 @@ def end_stand_in(suite, pid):
         (start_an_orphans_child, 0),
     ],
 )
-def test_a_hub_may_listen_in_a_process_of_its_own(suite, arrange, generations, arguments):
+def test_a_hub_may_listen_in_another_process(suite, arrange, generations, arguments):
     suite.record()
     arrange(suite)
     run = suite.start_up("--no-browser", *arguments)
@@ -100,7 +99,7 @@ def test_a_hub_may_listen_in_a_process_of_its_own(suite, arrange, generations, a
     assert run.errors == b""
 
 
-def test_a_hub_may_listen_by_ipv6(suite):
+def test_a_hub_may_listen_on_ipv6(suite):
     suite.record("receiver", "sender")
     suite.script("td_hub", ANSWERING.format(python=sys.executable, options=DUAL_STACK))
     run = suite.start_up("--no-browser")

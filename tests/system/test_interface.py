@@ -1,4 +1,4 @@
-"""A run without a terminal: with an interface where there is one, else as in a console."""
+"""A run without a terminal: with an interface if there is one, otherwise as a console run."""
 
 import shutil
 import signal
@@ -23,7 +23,6 @@ from console import RESTARTING, UNAVAILABLE
 from deadline import wait_until
 from interface import install_interface, start_interface
 from suite import MODULES
-
 
 NO_FILE = "cannot open shared object file: No such file or directory"
 
@@ -87,7 +86,7 @@ def test_a_signal_ends_supervision_and_nothing_else(suite, number):
     wait_until(lambda: interface.threads() < threads, "the supervisor's end")
     assert interface.running() == COMPONENTS
     kill(suite, "receiver")
-    assert interface.running() == COMPONENTS  # who has ended is seen by supervision only
+    assert interface.running() == COMPONENTS  # only supervision notices an exit
     interface.ask("restart", "sender")
     wait_for_start(suite, "sender", 2)
     interface.signal(number)
@@ -99,15 +98,15 @@ def test_a_signal_ends_supervision_and_nothing_else(suite, number):
 
 
 @system.needs("signals of others")
-def test_the_main_thread_takes_signals_behind_the_interface_only(suite):
-    """Else they are to end the run at once, by cutting the pause of the supervisor short."""
+def test_the_main_thread_blocks_no_signals_while_the_interface_is_up(suite):
+    """Otherwise it blocks those that end a run, so that they interrupt the supervisor's pause."""
     interface = start_interface(suite)
     assert system.signal_set(interface.pid, "Blk") == set()
     assert interface.quit() == 0
 
 
 @system.needs("signals of others")
-def test_the_supervisor_takes_signals_without_an_interface(suite):
+def test_the_supervisors_thread_gets_the_signals_without_an_interface(suite):
     run = start_recording(suite, terminal=None)
     ending = {SIGINT, SIGTERM, SIGHUP, SIGQUIT}
     wait_until(lambda: system.signal_set(run.pid, "Blk") == ending, "the end of the search")
@@ -124,7 +123,7 @@ def test_the_supervisor_takes_signals_without_an_interface(suite):
 @pytest.mark.parametrize("interface", ["-", ""], ids=["interface", "no interface"])
 def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite, interface):
     suite.record()
-    shutil.copy2(MODULES / "launcher", suite.launcher)  # whose interface is in its process
+    shutil.copy2(MODULES / "launcher", suite.launcher)  # which is linked with the interface
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "no-threads"}
     environment["TD_SCRIPTED_GUI"] = interface
     run = suite.start(*suite.ports_options, "--no-browser", terminal=None, environment=environment)
@@ -135,7 +134,7 @@ def test_without_threads_the_run_ends_and_leaves_nothing_behind(suite, interface
 
 
 def test_components_inherit_nothing_of_the_interface(suite):
-    """Not even the interface's connection to this test, which is not closed at exec by itself."""
+    """Not even the interface's connection to this test, which is not close-on-exec."""
     interface = start_interface(suite)
     assert len(system.descriptors(interface.pid)) > 3
     for name in COMPONENTS:
@@ -157,28 +156,15 @@ def test_components_keep_the_environment_that_the_interface_changes(suite):
     interface = start_interface(suite)
     environment = psutil.Process(interface.pid).environ()
     interface.ask("change_environment")
-    kill(suite, "receiver")  # restarted by the supervisor, the sender from the menu
+    kill(suite, "receiver")  # the supervisor restarts it; the menu restarts the sender
     interface.ask("restart", "sender")
     for name in ("receiver", "sender"):
         assert psutil.Process(wait_for_start(suite, name, 2)["pid"]).environ() == environment
     assert interface.quit() == 0
 
 
-@system.needs("interface module")
-@pytest.mark.parametrize("terminal", ["input", "output"])
-def test_with_a_terminal_no_interface_is_loaded(suite, terminal):
-    install_interface(suite)
-    environment = {**suite.environment, "TD_SCRIPTED_GUI": "-"}
-    run = start_recording(suite, terminal=terminal, environment=environment)
-    kill(suite, "sender")
-    wait_for_start(suite, "sender", 2)  # the supervisor works, so the mode has been chosen
-    assert not system.has_loaded(run.pid, "tdgui.so")
-    assert run.stop() == 0
-    assert count_end_messages(run.output) == (1, 1)
-
-
 def unavailable(suite):
-    """An interface that knows, by TD_SCRIPTED_GUI_MODE, that it cannot be used, and says nothing."""
+    """An interface that TD_SCRIPTED_GUI_MODE makes unusable; it prints nothing."""
     install_interface(suite)
 
 
@@ -203,7 +189,7 @@ def incomplete(suite):
 
 
 def library_missing(suite):
-    """A library that the interface is linked with."""
+    """An interface linked with a library that is missing."""
     library = suite.folder / "libabsent.so"
     link = ["cc", "-shared", "-nostdlib", "-x", "c", "/dev/null", "-Wl,--no-as-needed", "-o"]
     subprocess.run([*link, library], check=True)
@@ -228,17 +214,15 @@ def library_missing(suite):
         ),
     ],
 )
-def test_without_an_interface_the_run_goes_on_as_in_a_console(suite, make_interface, reason):
+def test_without_an_interface_the_run_goes_on_as_a_console_run(suite, make_interface, reason):
     make_interface(suite)
     environment = {**suite.environment, "TD_SCRIPTED_GUI_MODE": "unavailable"}
     run = start_recording(suite, terminal=None, environment=environment)
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)
     assert run.stop(SIGTERM) == 0
-    said = reason.format(module=suite.folder / "tdgui.so") if reason else None
-    assert run.errors.decode() == (
-        (UNAVAILABLE.format(said) if said else "") + RESTARTING.format("receiver")
-    )
+    message = UNAVAILABLE.format(reason.format(module=suite.folder / "tdgui.so")) if reason else ""
+    assert run.errors.decode() == message + RESTARTING.format("receiver")
     check_everything_stopped(suite, run)
 
 
@@ -253,7 +237,7 @@ def test_the_interface_is_found_in_a_folder_whose_name_the_dynamic_loader_would_
 
 
 @pytest.mark.parametrize("number", [SIGINT, SIGTERM, SIGHUP, SIGQUIT])
-def test_a_run_without_terminal_and_interface_ends_by_a_signal(suite, number):
+def test_a_signal_ends_a_run_without_terminal_and_interface(suite, number):
     run = start_recording(suite, terminal=None)
     assert run.stop(number) == 0
     assert run.errors == b""

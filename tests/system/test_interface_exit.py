@@ -1,10 +1,10 @@
-"""An interface that ends the process itself, as an application's own Quit may, on any thread."""
+"""An interface that calls exit(), as an application's Quit may, on any thread."""
 
 import time
 
 import pytest
 from blocked_stderr import BlockedStderr
-from component_events import KILL_DELAY, kill_until_reaped, stops
+from component_events import KILL_DELAY, ends, kill_until_reaped, orderly_ends, stops
 from components import STOP_ORDER
 from console import RESTARTING, STOPPED
 from deadline import wait_until
@@ -14,7 +14,7 @@ STATUS = 5
 
 
 class HeldExit(Gate):
-    """An exit on another thread than the main one, which waits for `release`."""
+    """An exit() on another thread than the main one, which waits for `release`."""
 
     def __init__(self, suite, interface):
         super().__init__(suite, "exit")
@@ -22,21 +22,11 @@ class HeldExit(Gate):
 
 
 def check_ended(suite, interface):
-    """Checks that the run ended with the exit's status, said so once, and left nothing behind."""
+    """Checks that the run ended with the status of exit(), reported its end once, and left nothing behind."""
     assert interface.wait() == STATUS
     assert interface.output.endswith(STOPPED)
     assert interface.output.count(b"Tandrel: stop") == 2
     assert suite.processes() == []
-
-
-def ends(suite):
-    """What the components recorded after their starts: each event and its program."""
-    return [(row["event"], row["program"]) for row in suite.events() if row["event"] != "start"]
-
-
-def orderly_ends(*programs):
-    """What `ends` gives when these were stopped one after the other, each once."""
-    return [(event, program) for program in programs for event in ("stop", "exit")]
 
 
 @pytest.fixture(params=["exit", "exit_on_thread"])
@@ -94,7 +84,7 @@ def test_an_exit_during_a_restart_leaves_nothing_behind(suite, exit_command):
     errors.release()
     check_ended(suite, interface)
     assert errors.text() == RESTARTING.format("sender")
-    # The sender may be stopped before it can record that.
+    # The sender may be stopped before it records anything.
     assert stops(suite)[-2:] == ["td_receiver", "td_hub"]
 
 

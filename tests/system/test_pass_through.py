@@ -19,12 +19,12 @@ SENDER = ["sender", "--hub", "127.0.0.1:1"]
 
 
 def start_sender(suite, **signals):
-    """A sender that was started by a launcher without a terminal, and the sender's start record.
+    """Starts a sender by its name, without a terminal; returns the run and the sender's start event.
 
-    `signals`: which ones the launcher was started with "ignored" or "blocked".
+    `signals`: those that are "ignored" or "blocked" when the launcher starts.
     """
     suite.record("sender")
-    # A session of its own: these tests may themselves run in the foreground of a terminal.
+    # In a new session, because these tests may run in the foreground of a terminal.
     run = start_with_signals(suite, *SENDER, terminal=None, start_new_session=True, **signals)
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
     return run, start
@@ -65,7 +65,7 @@ def test_each_name_runs_its_component(suite, name):
     ],
     ids=lambda arguments: f"{len(arguments)} arguments",
 )
-def test_every_argument_is_handed_over_unchanged(suite, arguments):
+def test_every_argument_is_passed_unchanged(suite, arguments):
     suite.record("align")
     run = suite.start("align", *arguments)
     assert run.wait() == 0
@@ -94,13 +94,6 @@ def test_a_component_killed_by_a_signal_gives_1(suite, number):
     assert run.output == run.errors == b""
 
 
-def test_a_status_is_returned_and_a_signal_gives_1(suite):
-    suite.set_behaviour("sender", "exit-at-once status=3")
-    suite.set_behaviour("receiver", "exit-at-once signal=9")
-    assert suite.start("sender", "--hub", "127.0.0.1:1").wait() == 3
-    assert suite.start("receiver", "--hub", "127.0.0.1:1").wait() == 1
-
-
 def remove(path):
     path.unlink()
 
@@ -113,9 +106,9 @@ def forbid(path):
 @pytest.mark.parametrize("name", ALL_COMPONENTS)
 def test_a_missing_component_is_reported_with_its_path(suite, name, make_unusable):
     shutil.copy2(suite.component(name), suite.folder / "copy")
-    os.replace(suite.folder / "copy", suite.component(name))  # not the link that others share
+    os.replace(suite.folder / "copy", suite.component(name))  # the original is a link that suites share
     make_unusable(suite.component(name))
-    suite.tool(f"td_{name}")  # one on the PATH is not used
+    suite.tool(f"td_{name}")  # PATH is not searched
     run = suite.start(name, "--http-port", "1")
     assert run.wait() == 1
     assert run.output == b""
@@ -131,7 +124,7 @@ def test_a_component_that_cannot_be_executed_gives_127(suite, contents):
     assert run.output == run.errors == b""
 
 
-def test_a_folder_in_the_components_place_gives_127(suite):
+def test_a_folder_named_like_the_component_gives_127(suite):
     suite.component("hub").unlink()
     suite.component("hub").mkdir()
     run = suite.start("hub")
@@ -147,7 +140,7 @@ def test_the_streams_are_the_launchers(suite):
 
 def test_the_component_shares_terminal_session_and_group(suite):
     suite.record("sender")
-    # The launcher leads the session here; its end would hang up on the sender.
+    # The launcher is the session leader here: at its end the sender gets SIGHUP.
     run = start_with_signals(suite, *SENDER, ignored=[signal.SIGHUP], terminal="all")
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
     assert start["isatty"] == [True, True, True]
@@ -182,9 +175,9 @@ def test_a_component_gets_sigterm_when_the_launcher_is_killed(suite, number):
 
 @system.needs("end with parent")
 def test_a_background_job_of_a_script_ends_with_the_launcher(suite):
-    """It shares the terminal's foreground with the script, whose shell has no job control."""
+    """It is in the terminal's foreground, because the script's shell has no job control."""
     suite.record("sender")
-    # The end of the shell, which owns the terminal, would hang up on the sender.
+    # The shell stays until the sender has ended, which would otherwise get SIGHUP.
     script = '"$0" "$@" & wait $!; echo "ended with $?"; read -r _'
     run = suite.start("-c", script, suite.launcher, *SENDER, program="/bin/sh", terminal="all")
     (start,) = wait_until(lambda: suite.events("start"), "the sender's start")
@@ -198,7 +191,7 @@ def test_a_background_job_of_a_script_ends_with_the_launcher(suite):
 
 
 @system.needs("end with parent")
-def test_a_component_that_ignores_sigterm_outlives_the_launcher(suite):
+def test_a_component_that_ignores_sigterm_survives_the_launcher(suite):
     suite.set_behaviour("sender", "ignore-sigterm")
     run, start = start_sender(suite)
     run.signal(signal.SIGKILL)
@@ -231,12 +224,12 @@ note("saved")
 """
 
 
-def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
+def test_at_ctrl_c_the_component_ends_in_its_own_time(suite):
     notes = suite.folder / "notes"
     go = suite.folder / "go"
     os.mkfifo(go)
     suite.script("td_align", SAVING_COMPONENT.format(folder=suite.folder))
-    # A shell owns the terminal, as usual: the end of the terminal's owner would hang it up.
+    # As usual, a shell is the session leader: its end would hang up the terminal.
     script = 'trap : INT; "$0" align; echo "ended with $?"; read -r _'
     run = suite.start("-c", script, suite.launcher, program="/bin/sh", terminal="all")
 
@@ -248,7 +241,7 @@ def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
     wait_until(lambda: "saving" in noted(), "the component's Ctrl-C")
     run.wait_for(f"ended with {128 + signal.SIGINT}")
     (component,) = suite.processes("align")
-    go.write_text("")  # opens once the component reads, and lets it go on
+    go.write_text("")  # opens once the component reads, and lets it continue
     wait_until(lambda: system.has_ended(component.pid), "the component's end")
     assert noted() == ["ready", "saving", "saved"]
     run.press(b"\n")
@@ -257,15 +250,15 @@ def test_ctrl_c_lets_the_component_end_in_its_own_way(suite):
 
 @system.needs("end with parent", "signals of others")
 def test_a_blocked_sigterm_stays_blocked(suite):
-    """In the launcher and in the component, which then outlives the launcher."""
+    """In the launcher and in the component, which then survives the launcher."""
     ending = {signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT}
     run, start = start_sender(suite, blocked=ending)
     assert set(start["blocked"]) == ending
-    # For the time of the start the launcher blocks all signals.
+    # While it starts the component the launcher blocks all signals.
     wait_until(lambda: system.signal_set(run.pid, "Blk") == ending, "the launcher's own mask")
     run.signal(signal.SIGKILL)
     assert run.wait_for_process() == -signal.SIGKILL
-    # The kernel has sent it by the time that the launcher can be reaped.
+    # The kernel sends the signal before the launcher can be reaped.
     assert system.signal_set(start["pid"], "ShdPnd") == {signal.SIGTERM}
     assert suite.kill("sender") == start["pid"]
     run.wait()
@@ -295,12 +288,12 @@ def test_after_a_suspension_the_status_is_still_returned(suite):
     run.send_signal(signal.SIGSTOP)
     wait_until(lambda: system.is_suspended(run.pid), "the suspension")
     run.send_signal(signal.SIGCONT)
-    wait_until(lambda: system.is_waiting(run.pid), "the launcher to go on")
+    wait_until(lambda: system.is_waiting(run.pid), "the launcher to continue")
     run.communicate(b"5\n")
     assert run.returncode == 5
 
 
-def test_only_the_component_itself_is_waited_for(suite):
+def test_the_launcher_waits_only_for_the_component_itself(suite):
     suite.script("td_align", "#!/bin/sh\nsleep 600 &\necho $!\nexit 4\n")
     run = subprocess.Popen([suite.launcher, "align"], stdout=subprocess.PIPE)
     background = int(run.stdout.readline())

@@ -14,6 +14,7 @@ from component_events import (
 from components import COMPONENTS, STOP_ORDER, client_arguments, hub_arguments
 from console import RESTARTING, restarts_until_left_stopped
 from interface import start_interface
+from run_settings import settings_text
 
 SAVED = '{"open_browser": false}'
 
@@ -26,9 +27,7 @@ def test_a_change_that_succeeds(suite):
     assert interface.set_ports(http, udp) == (True, "untouched")
     assert interface.ports() == (http, udp)
     assert interface.running() == COMPONENTS
-    assert suite.settings.read_text() == (
-        f'{{\n  "http_port": {http},\n  "udp_port": {udp},\n  "open_browser": false\n}}\n'
-    )
+    assert suite.settings.read_text() == settings_text(http, udp, False)
     assert stops(suite) == STOP_ORDER
     assert arguments_of_start(suite, "hub", 2) == hub_arguments(http, udp)
     for name in ("receiver", "sender"):
@@ -43,7 +42,7 @@ def test_a_change_that_succeeds(suite):
     assert interface.errors.decode() == "".join(map(RESTARTING.format, COMPONENTS))
 
 
-def test_the_same_ports_again_restart_everything(suite):
+def test_the_same_ports_restart_everything(suite):
     interface = start_interface(suite)
     assert interface.set_ports(suite.http, suite.udp) == (True, "untouched")
     assert [len(starts(suite, "hub")), len(stops(suite))] == [2, 3]
@@ -57,7 +56,7 @@ def test_the_two_ports_can_be_swapped(suite):
     assert interface.quit() == 0
 
 
-def test_what_was_stopped_by_hand_stays_stopped(suite):
+def test_what_was_stopped_from_the_menu_stays_stopped(suite):
     interface = start_interface(suite, "--no-sender")
     interface.ask("stop", "receiver")
     http, udp = suite.ports.free(), suite.ports.free()
@@ -71,19 +70,19 @@ def test_what_was_stopped_by_hand_stays_stopped(suite):
     assert interface.quit() == 0
 
 
-def test_a_hub_stopped_by_hand_is_started_but_not_supervised(suite):
+def test_a_hub_stopped_from_the_menu_is_started_but_not_supervised(suite):
     interface = start_interface(suite)
     interface.ask("stop", "hub")
     http, udp = suite.ports.free(), suite.ports.free()
     assert interface.set_ports(http, udp)[0]
     assert interface.running() == COMPONENTS
     wait_for_start(suite, "hub", 2)
-    interface.ask("start", "hub")  # of a running one: it is still not supervised
+    interface.ask("start", "hub")  # it runs already, and is still not supervised
     kill(suite, "hub")
     wait_for_start(suite, "receiver", 2)
     wait_for_supervisor_pass(suite, "receiver")
     assert len(starts(suite, "hub")) == 2
-    # Restarted by hand, it is supervised again.
+    # Restarted from the menu, it is supervised again.
     interface.ask("restart", "hub")
     wait_for_start(suite, "hub", 3)
     kill(suite, "hub")
@@ -92,7 +91,7 @@ def test_a_hub_stopped_by_hand_is_started_but_not_supervised(suite):
     assert interface.errors.decode() == RESTARTING.format("receiver") * 2 + RESTARTING.format("hub")
 
 
-def test_a_change_gives_five_restarts_again(suite):
+def test_a_change_resets_the_count_of_restarts(suite):
     interface = start_interface(suite)
     kill(suite, "receiver")
     wait_for_start(suite, "receiver", 2)

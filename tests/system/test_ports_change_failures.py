@@ -13,12 +13,12 @@ from console import RESTARTING
 from deadline import DEADLINE, wait_until
 from interface import start_interface
 from other_servers import answering_server, datagram_port, silent_server
+from suite import NEVER
 
 RANGE = "Ports must be between 1 and 65535."
 SAME = "The dashboard and control ports must be different."
 PRIVILEGED = "Ports below 1024 need administrator privileges; pick higher ones."
 NO_HUB = "Could not restart the hub."
-NEVER = "600000"  # ms: longer than any test
 INVALID = [
     (0, 5000, RANGE),
     (5000, 0, RANGE),
@@ -44,7 +44,7 @@ def would_not_start(port):
 
 
 def set_ports_in_100_probes(interface, http, udp):
-    """As `set_ports`, with the time that 100 probes and their pauses take on a busy machine."""
+    """Like `set_ports`, with enough time for 100 probes on a busy machine."""
     interface.send("set_ports", http, udp)
     wait_until(lambda: interface.has_answered(0), "the end of the change", deadline=4 * DEADLINE)
     answer = interface.receive()
@@ -72,7 +72,7 @@ def test_invalid_ports_are_refused(suite):
     assert len(suite.events()) == 3
     assert interface.ports() == (suite.http, suite.udp)
     assert suite.settings.read_text() == SAVED
-    # The lowest and highest valid ports: they fail only because there is no hub to start.
+    # The lowest and highest valid ports fail only because there is no hub.
     suite.component("hub").unlink()
     for ports in ((1024, 65535), (65535, 1024)):
         assert interface.set_ports(*ports) == (False, NO_HUB)
@@ -113,8 +113,8 @@ def test_a_change_to_a_hub_that_exits_fails(suite, behaviour):
 
 
 @pytest.mark.parametrize("server", [answering_server, silent_server])
-def test_a_change_to_a_taken_dashboard_port_fails(suite, server):
-    """Even when that port's owner answers as a hub does."""
+def test_a_change_to_a_dashboard_port_in_use_fails(suite, server):
+    """Even if the port's owner answers as a hub does."""
     suite.save_settings(SAVED)
     interface = start_interface(suite)
     probe_tools.probe_after_hub_exit(suite, count=2)
@@ -145,7 +145,7 @@ def test_another_programs_answers_do_not_count_until_the_hub_has_failed(suite):
     assert interface.errors == b""
 
 
-def test_another_programs_answers_in_place_of_a_hub_that_runs_on_do_not_count(suite):
+def test_another_programs_answers_do_not_count_while_the_hub_keeps_running(suite):
     suite.save_settings(SAVED)
     interface = start_interface(suite)
     suite.set_behaviour("hub", f"answer-after={NEVER} record=events.jsonl")
@@ -162,7 +162,7 @@ def test_another_programs_answers_in_place_of_a_hub_that_runs_on_do_not_count(su
 
 
 def test_a_probe_whose_end_cannot_be_seen_counts_as_failed(suite):
-    """Without SIGCHLD the kernel reaps the probes; a module or its toolkit may have ignored it."""
+    """If SIGCHLD is ignored, as a toolkit may do, the kernel reaps the probes."""
     suite.save_settings(SAVED)
     interface = start_interface(suite)
     for name in reversed(COMPONENTS):
@@ -179,7 +179,7 @@ def test_a_probe_whose_end_cannot_be_seen_counts_as_failed(suite):
     assert interface.errors == b""
 
 
-def test_a_change_to_a_taken_control_port_fails(suite):
+def test_a_change_to_a_control_port_in_use_fails(suite):
     suite.save_settings(SAVED)
     interface = start_interface(suite)
     http, udp = suite.ports.free(), suite.ports.free()

@@ -2,7 +2,6 @@
 
 import fcntl
 import os
-import time
 from pathlib import Path
 from signal import (
     SIGCONT,
@@ -28,32 +27,32 @@ from deadline import wait_until
 from inherited_signals import start_with_signals
 
 
-def starts(suite):
-    """The only start record of each component, by program."""
+def start_events(suite):
+    """The only start event of each component, by program."""
     wait_for_components(suite)
     rows = suite.events("start")
     assert len(rows) == len(COMPONENTS)
     return {row["program"]: row for row in rows}
 
 
-def start_with_records(suite, *options, **run_options):
-    """A run whose components have all started, and their start records."""
+def start_with_events(suite, *options, **run_options):
+    """A run whose components have all started, and their start events."""
     run = start_recording(suite, *options, **run_options)
-    return run, starts(suite)
+    return run, start_events(suite)
 
 
 def start_inheriting(suite, verbose=False, **signals):
-    """The same for a launcher that was started with signals "ignored" or "blocked"."""
+    """The same for a launcher that is started with signals "ignored" or "blocked"."""
     suite.record()
     options = [*suite.ports_options, "--no-browser", *(["--verbose"] if verbose else [])]
     run = start_with_signals(suite, *options, **signals)
     run.wait_for(READY)
-    return run, starts(suite)
+    return run, start_events(suite)
 
 
 @pytest.mark.parametrize("terminal", ["input", "all"])
 def test_quiet_components_have_no_terminal_and_a_session_each(suite, terminal):
-    run, rows = start_with_records(suite, terminal=terminal)
+    run, rows = start_with_events(suite, terminal=terminal)
     for row in rows.values():
         assert row["ppid"] == run.pid
         assert row["pgid"] == row["sid"] == row["pid"]
@@ -64,7 +63,7 @@ def test_quiet_components_have_no_terminal_and_a_session_each(suite, terminal):
 
 
 def test_verbose_components_share_the_launchers_terminal_session_and_group(suite):
-    run, rows = start_with_records(suite, "--verbose", terminal="all")
+    run, rows = start_with_events(suite, "--verbose", terminal="all")
     for row in rows.values():
         assert row["ppid"] == row["pgid"] == row["sid"] == run.pid
         assert row["isatty"] == [True] * 3
@@ -106,7 +105,7 @@ def test_quiet_components_read_nothing(suite):
 @pytest.mark.parametrize("verbose", [False, True])
 def test_no_descriptor_of_the_launcher_reaches_a_component(suite, verbose):
     reading, writing = os.pipe()
-    run, rows = start_with_records(
+    run, rows = start_with_events(
         suite, *(["--verbose"] if verbose else []), pass_fds=[reading, writing], terminal="all"
     )
     os.close(reading)
@@ -119,19 +118,19 @@ def test_components_of_a_launcher_without_streams_get_dev_null(suite):
     suite.record()
     options = " ".join([*suite.ports_options, "--no-browser"])
     run = suite.start("-c", f"exec ./launcher {options} <&- >&- 2>&-", program="/bin/sh")
-    rows = starts(suite)
+    rows = start_events(suite)
     assert [row["stdio"] for row in rows.values()] == [["/dev/null"] * 3] * 3
     assert [row["descriptors"] for row in rows.values()] == [[], [], []]
     assert run.stop() == 0
 
 
 @pytest.mark.parametrize("verbose", [False, True])
-def test_no_descriptor_above_a_limit_that_was_lowered_reaches_a_component(suite, verbose):
-    """As when a parent opens it, lowers the limit, and starts the launcher."""
+def test_no_descriptor_above_a_lowered_limit_reaches_a_component(suite, verbose):
+    """A parent opens it, lowers the limit, and starts the launcher."""
     reading, writing = os.pipe()
     high = fcntl.fcntl(reading, fcntl.F_DUPFD, 200)
     lower_limit = suite.script("start", '#!/bin/sh\nulimit -S -n 64\nexec ./launcher "$@"\n')
-    run, rows = start_with_records(
+    run, rows = start_with_events(
         suite, *(["--verbose"] if verbose else []), program=lower_limit, pass_fds=[high]
     )
     for descriptor in (reading, writing, high):
@@ -149,7 +148,7 @@ def test_components_inherit_default_signals_except_for_an_ignored_sigpipe(suite,
     assert run.stop() == 0
 
 
-def test_int_and_term_are_default_even_when_the_launcher_was_started_with_them_ignored(suite):
+def test_int_and_term_are_default_even_if_the_launcher_was_started_with_them_ignored(suite):
     run, rows = start_inheriting(suite, ignored=[SIGINT, SIGTERM, SIGUSR1], blocked=[SIGUSR2])
     assert [row["ignored"] for row in rows.values()] == [sorted([SIGUSR1, SIGPIPE])] * 3
     assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
@@ -165,7 +164,7 @@ def test_a_signal_that_the_parent_has_blocked_ends_the_run(suite, number, verbos
     assert [row["blocked"] for row in rows.values()] == [[SIGUSR2]] * 3
     assert run.stop(number) == 0
     assert run.output.endswith(console.STOPPED)
-    # None of them had to be killed.
+    # None was killed.
     assert stops(suite) == STOP_ORDER
     assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
     assert [row["program"] for row in suite.events("exit")] == STOP_ORDER
@@ -184,9 +183,9 @@ def test_an_ignored_quit_signal_stays_ignored(suite):
 
 @system.needs("signals of others")
 def test_the_end_of_the_launcher_alone_stops_no_component(suite):
-    run, rows = start_with_records(suite)
+    run, rows = start_with_events(suite)
     pids = [row["pid"] for row in rows.values()]
-    for pid in pids:  # what a suspended process is sent stays pending
+    for pid in pids:  # signals to a suspended process stay pending
         os.kill(pid, SIGSTOP)
         wait_until(lambda: system.is_suspended(pid), "the suspension")
     run.signal(SIGKILL)
@@ -210,54 +209,9 @@ def test_under_nohup_a_hangup_changes_nothing(suite):
     assert run.stop() == 0
 
 
-def test_a_hangup_ends_the_run_like_ctrl_c(suite):
-    run = suite.start_up("--no-browser")
-    assert run.stop(SIGHUP) == 0
-    url = console.dashboard_url(suite.http)
-    assert run.output == console.TITLE + console.announcement(url) + console.STOPPED
-
-
-@pytest.mark.parametrize("verbose", [False, True])
-def test_closing_the_terminal_leaves_nothing_running(suite, verbose):
-    run, _ = start_with_records(suite, *(["--verbose"] if verbose else []), terminal="all")
-    run.hang_up()
-    assert run.wait_for_process() == 0
-    wait_until(lambda: not suite.processes(), "the end of everything")
-    if not verbose:  # a hang-up kills the processes that share the terminal
-        assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
-
-
-def test_ctrl_c_reaches_quiet_components_only_as_the_launchers_stop(suite):
-    run, _ = start_with_records(suite, terminal="all")
-    run.interrupt()
-    assert run.wait() == 0
-    assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
-
-
-def test_ctrl_c_reaches_verbose_components_directly(suite):
-    run, _ = start_with_records(suite, "--verbose", terminal="all")
-    run.interrupt()
-    assert run.wait() == 0
-    # The launcher stops the hub last, long after the terminal has signalled all of them.
-    assert suite.events("stop", "td_hub")[0]["signal"] == SIGINT
-
-
-def test_a_component_that_ignores_sigterm_is_killed_after_4_seconds(suite):
-    suite.set_behaviour("sender", "ignore-sigterm")
-    run, _ = start_with_records(suite)
-    sender = suite.process("sender")
-    stopping = time.monotonic()
-    assert run.stop() == 0
-    assert 3.9 < time.monotonic() - stopping < 10
-    assert [row["signal"] for row in suite.events("ignored", "td_sender")] == [SIGTERM]
-    assert suite.events("exit", "td_sender") == []
-    assert not sender.is_running()
-    assert len(suite.events("exit")) == 2
-
-
 def test_the_environment_and_the_working_folder_are_the_launchers(suite):
     environment = {**suite.environment, "ODD": "a=b\n", "EMPTY": ""}
-    run, _ = start_with_records(suite, environment=environment, cwd=suite.home)
+    run, _ = start_with_events(suite, environment=environment, cwd=suite.home)
     for name in COMPONENTS:
         process = suite.process(name)
         assert process.environ() == environment
@@ -268,7 +222,7 @@ def test_the_environment_and_the_working_folder_are_the_launchers(suite):
 def test_components_are_started_from_the_launchers_folder_and_not_from_the_path(suite):
     for name in COMPONENTS:
         suite.tool(f"td_{name}")
-    run, rows = start_with_records(suite)
+    run, rows = start_with_events(suite)
     assert {row["argv"][0] for row in rows.values()} == {
         str(suite.component(name)) for name in COMPONENTS
     }
@@ -277,7 +231,7 @@ def test_components_are_started_from_the_launchers_folder_and_not_from_the_path(
 
 
 def test_each_component_is_one_child_of_the_launcher(suite):
-    run, _ = start_with_records(suite)
+    run, _ = start_with_events(suite)
     children = psutil.Process(run.pid).children(recursive=True)
     assert sorted(child.name() for child in children) == PROGRAMS[:3]
     assert run.stop() == 0

@@ -1,4 +1,4 @@
-"""Proxies, from the environment and from curl's own settings: none is asked about this machine."""
+"""Proxies from the environment and from curl's settings: none is used for the probes."""
 
 import console
 import probe_tools
@@ -8,14 +8,14 @@ from components import COMPONENTS
 from console import READY
 from deadline import wait_until
 from other_servers import answering_server
+from suite import NEVER
 
-NEVER = "600000"  # ms: longer than any test
-# What a shell sets by itself.
+# Variables that a shell sets by itself.
 SHELL_VARIABLES = {"PWD", "OLDPWD", "SHLVL", "_"}
 
 
 def proxy_variables(port):
-    """The variables that name a proxy for http addresses, and those for exceptions from it."""
+    """Sets of variables that name a proxy for http addresses, some with exceptions."""
     proxy = f"http://127.0.0.1:{port}"
     return [
         {"http_proxy": proxy},
@@ -26,7 +26,7 @@ def proxy_variables(port):
 
 
 def environment_with(suite, variables):
-    """The suite's environment with those proxy variables and no others."""
+    """The suite's environment with only these proxy variables."""
     kept = {k: v for k, v in suite.environment.items() if not k.lower().endswith("_proxy")}
     return {**kept, **variables}
 
@@ -43,7 +43,7 @@ def start_up_with(suite, variables):
 
 
 @pytest.mark.parametrize("index", range(4))
-def test_a_proxy_that_is_gone_does_not_keep_the_hub_from_being_ready(suite, index):
+def test_the_hub_is_found_although_the_proxy_does_not_answer(suite, index):
     run = start_up_with(suite, proxy_variables(suite.ports.free())[index])
     assert run.stop() == 0
     assert run.errors == b""
@@ -67,7 +67,7 @@ def test_a_proxys_answers_do_not_count(suite, index):
     assert run.errors == console.hub_silent(suite.http).encode() + b"\n"
 
 
-def test_a_proxy_in_curls_settings_is_not_asked(suite):
+def test_a_proxy_in_curls_settings_is_not_used(suite):
     proxy = suite.ports.free()
     (suite.home / ".curlrc").write_text(f"proxy = http://127.0.0.1:{proxy}\n")
     with answering_server(proxy, status=502) as asked:

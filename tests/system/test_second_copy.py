@@ -1,4 +1,4 @@
-"""A second copy of the launcher on the ports of a first one: at most one of them comes up."""
+"""Two copies of the launcher on the same ports: at most one of them comes up."""
 
 import console
 import hub_scripts
@@ -9,20 +9,20 @@ from components import COMPONENTS
 from console import READY
 from deadline import wait_until
 
-# More probes than fit into the time in which an ordinary hub fails.
+# More probes than a hub takes to fail.
 MANY = 15
 
 
 def start_first_copy(suite):
     """Starts a first copy; returns it with its components' processes."""
-    # Its components must have read their behaviour before a test changes that for the second copy.
+    # The components have read their behaviour, so a test can change it for the second copy.
     first = start_recording(suite)
     processes = [suite.process(name) for name in COMPONENTS]
     return first, processes
 
 
 def check_second_copy_failed(suite, run, first, processes):
-    """Checks that a second copy ended with its message, and that the first one runs on."""
+    """Checks that a second copy ended with its message, and that the first one keeps running."""
     assert run.wait() == 1
     assert run.output == console.TITLE
     assert run.errors == console.hub_silent(suite.http).encode() + b"\n"
@@ -33,7 +33,7 @@ def check_second_copy_failed(suite, run, first, processes):
 
 
 @pytest.mark.parametrize("own_control_port", [False, True])
-def test_a_second_copy_on_the_same_dashboard_port_fails_and_the_first_runs_on(
+def test_a_second_copy_on_the_same_dashboard_port_fails_and_the_first_keeps_running(
     suite, own_control_port
 ):
     udp = suite.ports.free() if own_control_port else suite.udp
@@ -52,14 +52,14 @@ def test_a_second_copy_with_undelayed_probes_fails(suite, behaviour):
 
 @pytest.fixture
 def copies(suite_in):
-    """Two copies in folders of their own, on the same ports."""
+    """Two copies in separate folders, on the same ports."""
     first, second = suite_in("first"), suite_in("second")
     second.http, second.udp = first.http, first.udp
     return first, second
 
 
 def check_copy_failed(suite, run):
-    """Checks that a copy of a folder of its own ended with its message, without a second try."""
+    """Checks that a copy in a separate folder ended with its message, without a second attempt."""
     assert run.wait() == 1
     assert run.output == console.TITLE
     assert run.errors == console.hub_silent(suite.http).encode() + b"\n"

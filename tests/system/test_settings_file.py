@@ -1,6 +1,6 @@
-"""The settings file at start-up: that it is read, and that reading does not change it.
+"""The settings file: it is read at start-up, and only a regular file is read or written.
 
-How each text is read is the unit test's matter (tests/unit/settings_test.cpp).
+tests/unit/settings_test.cpp tests how each text is read.
 """
 
 import os
@@ -9,7 +9,7 @@ import pytest
 from components import COMPONENTS
 from interface import start_interface
 from scripted_hub import DEFAULT_PORTS
-from settings_in_force import settings_of_run, settings_text, settings_without_options
+from run_settings import settings_of_run, settings_text, settings_without_options
 
 DEFAULTS = (*DEFAULT_PORTS, True)
 
@@ -69,13 +69,13 @@ def link_to_fifo(path):
 
 
 def kind_and_identity(path):
-    """What `path` and the file that it may link to are."""
+    """The types and inodes of `path` and of the file that it may link to."""
     entries = path.lstat(), path.stat()
     return [(entry.st_mode, entry.st_dev, entry.st_ino) for entry in entries]
 
 
 @pytest.mark.parametrize("make", [make_fifo, link_to_fifo, link_to_null])
-def test_what_is_no_regular_file_counts_as_no_file(suite, make):
+def test_a_file_that_is_not_regular_counts_as_no_file(suite, make):
     suite.settings.parent.mkdir()
     make(suite.settings)
     before = kind_and_identity(suite.settings)
@@ -84,7 +84,7 @@ def test_what_is_no_regular_file_counts_as_no_file(suite, make):
 
 
 @pytest.mark.parametrize("make", [make_fifo, link_to_fifo, link_to_null])
-def test_nothing_is_saved_to_what_is_no_regular_file(suite, make):
+def test_nothing_is_saved_to_a_file_that_is_not_regular(suite, make):
     suite.settings.parent.mkdir()
     make(suite.settings)
     before = kind_and_identity(suite.settings)

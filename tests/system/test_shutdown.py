@@ -10,7 +10,10 @@ import psutil
 import pytest
 from component_events import (
     KILL_DELAY,
+    SECOND,
+    ends,
     kill,
+    orderly_ends,
     start_recording,
     starts,
     stops,
@@ -25,8 +28,7 @@ from run import CTRL_BACKSLASH, CTRL_C
 
 def check_stopped_in_order(suite):
     """Checks that each component ended before the next one got its SIGTERM."""
-    ends = [(row["event"], row["program"]) for row in suite.events() if row["event"] != "start"]
-    assert ends == [(event, name) for name in STOP_ORDER for event in ("stop", "exit")]
+    assert ends(suite) == orderly_ends(*STOP_ORDER)
     assert [row["signal"] for row in suite.events("stop")] == [SIGTERM] * 3
     assert suite.processes() == []
 
@@ -42,7 +44,7 @@ def test_a_key_stops_everything_in_order(suite, keys):
     check_stopped_in_order(suite)
 
 
-def test_many_signals_cut_no_message_short(suite):
+def test_many_signals_do_not_cut_off_the_messages(suite):
     run = start_recording(suite, terminal="all")
     end = time.monotonic() + DEADLINE
     while run.process.poll() is None and time.monotonic() < end:
@@ -129,7 +131,8 @@ def test_a_component_that_ignores_sigterm_is_killed(suite):
     (ignored,) = suite.events("ignored")
     hub_stop = suite.events("stop", "td_hub")[0]
     # The sender's end is recorded just before the receiver gets its SIGTERM.
-    assert hub_stop["time_ns"] - suite.events("exit", "td_sender")[0]["time_ns"] >= KILL_DELAY
+    delay = hub_stop["time_ns"] - suite.events("exit", "td_sender")[0]["time_ns"]
+    assert KILL_DELAY <= delay < KILL_DELAY + 6 * SECOND  # the rest allows for a busy machine
     assert ignored["program"] == "td_receiver"
     assert suite.processes() == []
     assert run.output.endswith(console.STOPPED)
@@ -146,7 +149,7 @@ def test_a_suspended_component_is_killed(suite):
     assert suite.processes() == []
 
 
-def test_components_that_died_unnoticed_do_not_disturb_the_end(suite):
+def test_components_that_died_unnoticed_do_not_affect_the_end(suite):
     run = start_recording(suite)
     run.signal(SIGSTOP)
     for name in COMPONENTS:
@@ -169,7 +172,7 @@ def test_ctrl_c_reaches_a_verbose_run_and_its_components(suite):
     run.interrupt()
     assert run.wait() == 0
     assert sorted(stops(suite)) == sorted(STOP_ORDER)
-    # The terminal signals all of them; none died of anything else, and none was restarted.
+    # The terminal signals all of them; nothing else ended one, and none was restarted.
     assert {row["signal"] for row in suite.events("stop")} <= {SIGINT, SIGTERM}
     assert suite.events("stop", "td_hub")[0]["signal"] == SIGINT
     assert len(suite.events("start")) == 3
@@ -200,7 +203,7 @@ def test_a_new_run_can_start_right_after_another(suite):
 def test_an_idle_console_run_uses_no_cpu(suite):
     run = start_recording(suite)
     before = cpu_seconds(run.pid)
-    time.sleep(10)  # not a wait: the processor time of this period is measured
+    time.sleep(10)  # not a wait: this is the time measured
     assert cpu_seconds(run.pid) - before < 0.015  # Linux counts in steps of 0.01
     assert run.stop() == 0
 

@@ -115,7 +115,7 @@ def test_answer_after(standins):
                 return None
 
         wait_until(acknowledged, "the control port")
-    if time.monotonic_ns() - start < 500e6:  # a busy machine may have taken too long to tell
+    if time.monotonic_ns() - start < 500e6:  # not if a busy machine took too long
         assert not standins.answers() or time.monotonic_ns() - start >= 600e6
     wait_until(standins.answers, "the dashboard")
     assert time.monotonic_ns() - start >= 600e6
@@ -155,7 +155,7 @@ def test_never_answer(standins):
             connections.append(standins.connect())
         except ConnectionRefusedError:
             pass
-        return len(connections) == 12  # more than the threads and the queue of the port together
+        return len(connections) == 12  # more than threads and backlog together
 
     wait_until(connect, "connections")
     for connection in connections:

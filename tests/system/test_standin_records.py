@@ -1,4 +1,4 @@
-"""What the stand-ins record about how they were started and how they ended."""
+"""What the stand-ins record about their starts and ends."""
 
 import os
 import signal
@@ -12,7 +12,7 @@ from deadline import wait_until
 
 
 def reset_signals():
-    """Undoes what the test runner ignores or blocks, so that the program does not inherit it."""
+    """Gives all signals their defaults, so that the program inherits nothing from the test runner."""
     for number in signal.valid_signals() - {signal.SIGKILL, signal.SIGSTOP}:
         signal.signal(number, signal.SIG_DFL)
     signal.pthread_sigmask(signal.SIG_SETMASK, set())
@@ -85,7 +85,7 @@ def test_record_of_a_stop(standins, number):
 
 
 def test_a_pending_sigint_is_taken_before_a_pending_sigterm(standins):
-    """As after Ctrl-C at a terminal, which the launcher's SIGTERM follows at once."""
+    """As after Ctrl-C at a terminal, which the launcher's SIGTERM follows immediately."""
     standins.set_behaviour("td_receiver", "record=events.jsonl")
     process = standins.start("td_receiver")
     standins.wait_event("start")
@@ -98,7 +98,7 @@ def test_a_pending_sigint_is_taken_before_a_pending_sigterm(standins):
     assert [row["signal"] for row in standins.events() if row["event"] == "stop"] == [signal.SIGINT]
 
 
-def test_shared_record_keeps_its_lines_whole(standins):
+def test_programs_that_share_a_file_write_complete_lines(standins):
     words = {"TD_STANDIN_ALIGN": "record=events.jsonl"}
     argument = "x" * 3000
     processes = [

@@ -1,4 +1,4 @@
-"""What the stand-ins do when no fault is asked for."""
+"""The stand-ins without faults."""
 
 import json
 import re
@@ -16,7 +16,7 @@ from deadline import DEADLINE, wait_until
 
 SERVICES = ("td_hub", "td_receiver", "td_sender")
 CLIENTS = ("td_receiver", "td_sender")
-MAX_END_SECONDS = 1.0  # an end takes about a millisecond, the rest is for a busy machine
+MAX_END_SECONDS = 1.0  # an end takes about a millisecond; the rest allows for a busy machine
 
 
 @pytest.fixture
@@ -88,7 +88,7 @@ def test_page_says_that_it_is_a_stand_in_and_loads_nothing_from_outside(standins
 
 
 @pytest.mark.parametrize("taken", ["udp", "http"])
-def test_taken_port_ends_the_second_hub(standins, taken):
+def test_a_port_in_use_ends_the_second_hub(standins, taken):
     first = standins.start_hub()
     udp = standins.udp if taken == "udp" else standins.ports.free()
     http = standins.http if taken == "http" else standins.ports.free()
@@ -99,7 +99,7 @@ def test_taken_port_ends_the_second_hub(standins, taken):
     assert first.poll() is None and standins.answers()
 
 
-def test_port_0_is_a_free_port_of_the_systems_choice(standins):
+def test_port_0_is_a_free_port_that_the_system_chooses(standins):
     seen = set()
     for _ in range(2):
         with closing(Terminal()) as terminal:
@@ -262,5 +262,5 @@ def test_idle_programs_use_no_cpu(standins):
     for client in processes[1:]:
         standins.wait_registered(client)
     before = [cpu_seconds(process) for process in processes]
-    time.sleep(3)  # not a wait: the processor time of this period is measured
+    time.sleep(3)  # not a wait: this is the time measured
     assert all(cpu_seconds(p) - old < 0.03 for p, old in zip(processes, before))

@@ -27,7 +27,7 @@ FIRST_POLL = 2 * SECOND // 5  # after the start of the supervisor
     "name, behaviour",
     [
         ("receiver", "exit-at-once"),  # with status 0
-        # Running for longer than a poll interval does not reset the count.
+        # Running longer than a poll interval does not reset the count.
         ("sender", "exit-after=700 signal=11"),
     ],
 )
@@ -92,7 +92,7 @@ def test_the_first_poll_comes_after_a_delay(suite):
     run = suite.start_up("--no-browser")
     restart = wait_for_start(suite, "receiver", 2)
     run.stop()
-    # The supervisor starts later than the hub.
+    # The supervisor starts after the hub.
     assert restart["time_ns"] - starts(suite, "hub")[0]["time_ns"] >= FIRST_POLL + RESTART_DELAY
 
 
@@ -158,7 +158,7 @@ def test_components_are_polled_in_start_order(suite):
     assert errors.text() == "".join(map(RESTARTING.format, COMPONENTS))
 
 
-def test_the_end_of_the_run_ends_a_poll_of_the_components(suite):
+def test_the_end_of_the_run_interrupts_a_poll_of_the_components(suite):
     errors = BlockedStderr()
     run = start_recording(suite, stderr=errors.writing)
     kill_until_reaped(suite, "receiver")
@@ -166,7 +166,7 @@ def test_the_end_of_the_run_ends_a_poll_of_the_components(suite):
     run.signal(SIGTERM)
     errors.release()
     assert run.wait() == 0
-    # A restart that was under way is finished; the sender, next in order, is not polled.
+    # A restart in progress is finished; the sender, which comes next, is not polled.
     assert errors.text() in ("", RESTARTING.format("receiver"))
     assert len(starts(suite, "sender")) == 1
     assert run.output.endswith(console.STOPPED)

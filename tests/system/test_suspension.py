@@ -1,4 +1,4 @@
-"""Ctrl-Z at the moment when the launcher starts a process: the shell gets its terminal back."""
+"""Ctrl-Z while the launcher starts a process: the shell gets the terminal back."""
 
 import subprocess
 from signal import SIGTSTP
@@ -10,8 +10,8 @@ from console import READY
 from deadline import wait_until
 from run import CTRL_C
 
-# Loaded into the launcher: what it is about to execute suspends the launcher's group first, as Ctrl-Z
-# does, once for each file of the program's name in the folder TD_SUSPEND.
+# Loaded into the launcher. Before it executes a program, the new process suspends the launcher's process group,
+# as Ctrl-Z does, if the folder TD_SUSPEND has a file with the program's name, which it removes.
 SUSPEND = r"""
 #include <signal.h>
 #include <stdio.h>
@@ -29,7 +29,7 @@ int execve(const char *path, char *const argv[], char *const environment[]) {
 }
 """
 
-# A shell with job control, which goes on once its job is suspended.
+# A shell with job control, which continues once its job is suspended.
 SHELL = 'set -m; "$0" "$@"; echo "status $?"; fg; echo "status $?"'
 SUSPENDED = f"status {128 + SIGTSTP}"
 
@@ -44,7 +44,7 @@ def start_in_shell(suite):
         (suite.folder / "suspend").mkdir()
         (suite.folder / "suspend" / suspended).touch()
         script = f'export TD_SUSPEND=suspend LD_PRELOAD="{library}"; {SHELL}'
-        # Nothing else than the order of the libraries: the sanitizers' own is to be the first.
+        # AddressSanitizer expects its library to be the first.
         options = suite.environment.get("ASAN_OPTIONS", "")
         environment = {**suite.environment, "ASAN_OPTIONS": f"{options}:verify_asan_link_order=0"}
         command = ["-c", script, suite.launcher, *arguments]
@@ -54,7 +54,7 @@ def start_in_shell(suite):
 
 
 @system.needs("replaced calls")
-def test_while_a_component_is_passed_through(suite, start_in_shell):
+def test_while_one_component_starts(suite, start_in_shell):
     suite.script("td_align", "#!/bin/sh\nexit 5\n")
     run = start_in_shell("td_align", "align")
     run.wait_for(SUSPENDED)
@@ -65,8 +65,8 @@ def test_while_a_component_is_passed_through(suite, start_in_shell):
 @system.needs("replaced calls")
 @pytest.mark.parametrize("options", [[], ["--verbose"]], ids=["quiet", "verbose"])
 @pytest.mark.parametrize("suspended", ["td_hub", "env", "td_receiver"])
-def test_while_a_suite_starts(suite, start_in_shell, suspended, options):
-    """Whether it starts a component or a tool: env is the first program of a probe."""
+def test_while_the_suite_starts(suite, start_in_shell, suspended, options):
+    """A component or a tool starts: env is the first program of a probe."""
     suite.record(*COMPONENTS)
     run = start_in_shell(suspended, *suite.ports_options, "--no-browser", *options)
     run.wait_for(SUSPENDED)

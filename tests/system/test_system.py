@@ -1,4 +1,4 @@
-"""What the tests know of the system: both modules, as far as a Mac's works here, say the same."""
+"""The modules for the systems: on Linux, the Mac's must give the same answers as Linux's."""
 
 import os
 import signal
@@ -19,7 +19,7 @@ def module(request):
 
 @pytest.fixture
 def process():
-    """A process that waits for its input."""
+    """A process that is waiting for input."""
     with subprocess.Popen(["cat"], stdin=subprocess.PIPE) as started:
         yield started
 
@@ -43,7 +43,7 @@ def test_the_states_of_a_process(module, process):
     assert not module.is_waiting(process.pid)
 
 
-def test_the_shells_look_at_a_process(module, process):
+def test_the_shell_command_that_recognises_a_zombie(module, process):
     def is_zombie():
         command = f"pid={process.pid}; {module.IS_ZOMBIE}"
         return subprocess.run(["sh", "-c", command], stderr=subprocess.DEVNULL).returncode == 0
@@ -74,7 +74,7 @@ def test_the_descriptors_that_lsof_lists():
     }
 
 
-def test_what_a_system_lacks_skips_a_test_with_the_reason(monkeypatch):
+def test_needs_skips_a_test_with_the_reason(monkeypatch):
     monkeypatch.setattr(system, "_here", system_macos)
     (skipped,) = system.needs("end with parent", "alert tools").args
     assert skipped

@@ -1,4 +1,4 @@
-"""The terminal's mode in a run whose components share it: what those that end leave is repaired."""
+"""The mode of a terminal that components share: the launcher repairs it when they end."""
 
 import os
 import termios
@@ -13,7 +13,7 @@ from run import CTRL_C
 
 RAW = "stty raw -echo intr undef </dev/tty"
 
-# Sets the mode at its first start only, and waits for its end.
+# Sets raw mode at its first start only, and keeps running.
 RAW_AT_FIRST = f"""#!/bin/sh
 if [ ! -e "$0.raw" ]; then
   {RAW}
@@ -53,7 +53,7 @@ def start_verbose(suite, *options, redirection=""):
 
 
 def kill_in_raw_mode(suite, run, name):
-    """Kills a component once it has set the mode, and waits until the supervisor has seen that."""
+    """Kills a component once it has set raw mode, and waits until the supervisor has noticed."""
     pid = suite.folder / f"td_{name}.raw"
     wait_until(lambda: pid.exists() and pid.read_text(), "the raw mode")
     assert not has(run, termios.ISIG)
@@ -62,7 +62,7 @@ def kill_in_raw_mode(suite, run, name):
 
 
 def check_ctrl_c(run, before):
-    """Ends the run by the key, after which the mode is that from before."""
+    """Ends the run with Ctrl-C, and checks that the mode is the one from before."""
     run.press(CTRL_C)
     assert run.wait() == 0
     assert mode(run) == before
@@ -111,7 +111,7 @@ def test_the_mode_is_back_after_components_that_were_stopped(suite):
     assert mode(run) == before
 
 
-def test_by_the_controlling_terminal_when_the_input_is_none(suite):
+def test_the_controlling_terminal_is_repaired_even_if_it_is_not_the_input(suite):
     suite.script("td_receiver", RAW_AT_FIRST)
     run, before = start_verbose(suite, redirection="</dev/null")
     run.wait_for(console.READY)
@@ -145,7 +145,7 @@ def test_a_run_whose_components_do_not_share_the_terminal_leaves_it_alone(suite)
 
 
 @pytest.mark.parametrize("status", [0, 1])
-def test_what_a_component_run_by_its_name_leaves_stays(suite, status):
+def test_the_mode_left_by_a_component_run_by_its_name_stays(suite, status):
     suite.script("td_align", f"#!/bin/sh\n{RAW}\nexit {status}\n")
     run = suite.start("align", terminal="all")
     assert run.wait() == status

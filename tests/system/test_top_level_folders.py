@@ -1,4 +1,4 @@
-"""A launcher in the root folder or right below it, in a root folder made for the test."""
+"""A launcher in the root folder or directly below it, in a private root folder."""
 
 import shutil
 import subprocess
@@ -9,7 +9,7 @@ import scripted_hub
 from scripted_hub import DEFAULT_PORTS, SAVED, SAVED_PORTS
 
 
-# Takes the new root folder and the command. What the real root holds is there as well.
+# Arguments: the new root folder, the command. The new root has the contents of the real one too.
 IN_NEW_ROOT = """
 set -e
 root=$1
@@ -29,7 +29,7 @@ exec chroot $root "$@"
 
 @pytest.fixture(scope="session")
 def new_root(session_folder):
-    """The command that runs what follows it, a root folder first, below that folder."""
+    """The start of a command line: a root folder and a command to run in it follow."""
     for unshare in (["unshare", "-m"], ["unshare", "-rm"]):
         command = [*unshare, "sh", "-c", IN_NEW_ROOT, "sh"]
         try:
@@ -41,11 +41,11 @@ def new_root(session_folder):
             pytest.skip("no unshare here")
         if done.returncode == 0:
             return command
-    pytest.skip("no right to make a root folder of its own")
+    pytest.skip("no permission to make a private root folder")
 
 
 class TopLevel:
-    """A root folder with the launcher and its hub in one of its own folders."""
+    """A root folder with the launcher and its hub in one of its folders."""
 
     def __init__(self, suite, command, inside):
         self.suite = suite

@@ -12,7 +12,7 @@ def settings_text(http, udp, open_browser):
 
 
 def settings_of_run(suite, *arguments):
-    """What a run with its real hub uses; its ports must be free.
+    """The settings of a run with the stand-in hub, whose ports must be free.
 
     The dashboard port and the control port, both as text, and whether the browser is opened.
     """
@@ -30,10 +30,10 @@ def settings_of_run(suite, *arguments):
 
 
 def settings_without_options(suite):
-    """The same for a run without options, whose ports may be in use: no hub listens there.
+    """The settings of a run without options, whose ports may be in use.
 
-    The ports are those of a run that ends with its hub. Whether the browser is opened is seen in
-    another run, which gets its ports as options.
+    The ports are those of a run with a hub that listens nowhere and exits. Another run, with free
+    ports as options, shows whether the browser is opened.
     """
     opened = settings_of_run(suite, *suite.ports_options)[2]
     scripted_hub.make_failing(suite)

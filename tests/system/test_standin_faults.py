@@ -7,8 +7,8 @@ import time
 import psutil
 import pytest
 from components import PROGRAMS
-from standins import end
 from deadline import wait_until
+from standins import end
 
 VARIABLES = {name: "TD_STANDIN_" + name[len("td_") :].upper() for name in PROGRAMS}
 ENDS = "exit-at-once and exit-after contradict each other"

@@ -7,8 +7,8 @@ import time
 
 import psutil
 import pytest
-from standins import Terminal, end
 from deadline import wait_until
+from standins import Terminal, end
 
 
 def reset_signals():

@@ -11,8 +11,8 @@ from contextlib import closing
 import psutil
 import pytest
 from components import PROGRAMS, hub_arguments
-from standins import Terminal, end
 from deadline import DEADLINE, wait_until
+from standins import Terminal, end
 
 SERVICES = ("td_hub", "td_receiver", "td_sender")
 CLIENTS = ("td_receiver", "td_sender")

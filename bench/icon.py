@@ -16,6 +16,7 @@ from Xlib.ext import xtest
 
 LAUNCHER, OTHER = "launcher in a tray", "pasystray"
 BACKGROUND = 0x3B5268  # of screen and tray
+LOOK = 0.0005  # seconds from one look at the screen to the next: the programs need the processors
 STILL = 0.1  # seconds without a change, after which something counts as drawn
 CLICKS = 4  # after each start
 SETTLE = 1  # seconds from the drawn icon until its program is observed
@@ -38,6 +39,7 @@ def drawn(screen, rect, before):
     seen, since, limit = before, time.monotonic(), time.monotonic() + DEADLINE
     while seen == before or time.monotonic() < since + STILL:
         assert time.monotonic() < limit, "nothing was drawn"
+        time.sleep(LOOK)
         image = screen.image(rect)
         if image != seen:
             seen, since = image, time.monotonic()

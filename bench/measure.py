@@ -22,7 +22,7 @@ from tables import cell, replaced, section_table, table
 
 ROOT = Path(__file__).resolve().parents[1]
 PAGE, README = ROOT / "docs/measurements.md", ROOT / "README.md"
-PACKAGES = "catatonit curl dumb-init libc6 libqt6widgets6* pasystray s6 supervisor tini".split()
+PACKAGES = "catatonit curl dumb-init libc6 pasystray qt6-base-dev s6 supervisor tini".split()
 SECTIONS = {"pass-through": pass_through, "phases": phases, "idle": idle, "icon": icon}
 FULL = {"pass-through": [30], "phases": [12], "idle": [20], "icon": [10, 10]}
 QUICK = {"pass-through": [2], "phases": [2], "idle": [1], "icon": [2, 1]}

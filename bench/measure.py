@@ -1,62 +1,99 @@
-"""Takes all measurements once and writes them to a file:
+"""Measures everything and prints the tables:
 
-    measure.py [--quick] FILE
+    measure.py [--quick] [--write]
 
---quick takes each with as few rounds as will show that it works.
+--quick takes each with as few rounds as will show that it works; --write puts the tables into
+docs/measurements.md and README.md.
 """
 
-import json
+import os
+import re
+import subprocess
 import sys
 import time
+from datetime import date
+from pathlib import Path
 
+import icon
 import idle
-import machine
-import menu
 import pass_through
 import phases
-import scale
-import size
-from place import BUILD
+from tables import cell, replaced, section_table, table
 
-# Rounds of each part, chosen for three minutes in all.
-FULL = {"repetitions": 60, "starts": 12, "kills": 5, "idle": 20, "menus": 20, "scale": 8, "traces": 3}
-QUICK = {"repetitions": 3, "starts": 1, "kills": 2, "idle": 1, "menus": 2, "scale": 1, "traces": 1}
+ROOT = Path(__file__).resolve().parents[1]
+PAGE, README = ROOT / "docs/measurements.md", ROOT / "README.md"
+PACKAGES = "catatonit curl dumb-init libc6 pasystray qt6-base-dev s6 supervisor tini".split()
+SECTIONS = {"pass-through": pass_through, "phases": phases, "idle": idle, "icon": icon}
+FULL = {"pass-through": [30], "phases": [12], "idle": [20], "icon": [10, 10]}
+QUICK = {"pass-through": [2], "phases": [2], "idle": [1], "icon": [2, 1]}
 
 
-def measure(rounds):
-    """The sections of the tables: figures by row and column, each with its values."""
-    found = {}
+def machine(load):
+    """What a run was measured on and with; `load`: the mean number of running processes before it."""
+    name = re.search(r"^model name\s*: (.*)", Path("/proc/cpuinfo").read_text(), re.MULTILINE)
+    name = " ".join(name[1].split()) if name else os.uname().machine
+    system = re.search(r'^PRETTY_NAME="(.*)"', Path("/etc/os-release").read_text(), re.MULTILINE)[1]
+    command = ["dpkg-query", "-W", "-f", "${Package} ${Version}, ", *PACKAGES]
+    versions = subprocess.run(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    return {
+        "date": f"{date.today():%-d %B %Y}",
+        "processor": f"{name}, {len(os.sched_getaffinity(0))} cores",
+        "system": f"{system}, Linux {os.uname().release.partition('-')[0]}",
+        "packages": versions.stdout.removesuffix(", "),
+        "load before the run": f"{load:.1f} running processes (mean of a minute)",
+    }
 
-    def part(name, take):
-        began = time.monotonic()
-        print(f"{name}...", end=" ", flush=True)
-        made = take()
-        print(f"{time.monotonic() - began:.0f} s", flush=True)
-        return made
 
-    found["pass_through"], profiles = part(
-        "Pass-through", lambda: pass_through.measure(BUILD / "launcher", rounds["repetitions"])
-    )
-    found["start"], found["restart"], found["stop"] = part(
-        "Start, restart, stop", lambda: phases.measure(rounds["starts"], rounds["kills"])
-    )
-    found["idle"] = part("Idle", lambda: idle.measure(rounds["idle"]))
-    found["menu"] = part("Menu", lambda: menu.measure(rounds["starts"], rounds["menus"]))
-    found["scale"], calls = part("Scale", lambda: scale.measure(rounds["scale"], rounds["traces"]))
-    found["size"] = part("Size", size.measure)
-    return found, {"functions": profiles, "calls": calls}
+def summary(described, figures):
+    """The few figures that the README shows."""
+
+    def get(section, row, key):
+        return cell(figures[section][row][key], SECTIONS[section].COLUMNS[1][key][1])
+
+    def line(text, section, row, key, *others):
+        cells = ", ".join(f"{name} {get(section, name, key)}" for name in others)
+        return [text, get(section, row, key), cells]
+
+    passes = ("sh -c", "tini", "dumb-init", "tini-static", "catatonit")
+    supervisors = ("supervisord", "s6-svscan")
+    rows = [
+        line("passing `true` through, times `true`", "pass-through", pass_through.ALIGN, "ratio", *passes),
+        line("overhead of a start, ms", "phases", phases.AT_ONCE, "overhead"),
+        line("overhead of a restart, ms", "phases", phases.RESTART, "overhead"),
+        line("overhead of a stop, ms", "phases", phases.STOP, "overhead"),
+        line("memory in a terminal, KiB", "idle", idle.TERMINAL, "memory", *supervisors),
+        line("wake-ups a second in a terminal", "idle", idle.TERMINAL, "wakes", *supervisors),
+        line("memory behind the icon, KiB", "icon", icon.LAUNCHER, "memory", icon.OTHER),
+        line("start to icon, ms", "icon", icon.LAUNCHER, "icon", icon.OTHER),
+        line("first click to menu, ms", "icon", icon.LAUNCHER, "first", icon.OTHER),
+    ]
+    where = "{date}, {processor}, {system}".format(**described)
+    return f"{where}:\n\n" + table(["", "launcher", "others"], rows)
+
+
+def write(tables, shown):
+    """Puts the tables into the page, and the summary into the README."""
+    text = PAGE.read_text()
+    for name, made in tables.items():
+        text = replaced(text, name, made)
+    readme = replaced(README.read_text(), "summary", shown)
+    PAGE.write_text(text)
+    README.write_text(readme)
 
 
 def main():
-    *options, path = sys.argv[1:]
-    rounds = QUICK if options == ["--quick"] else FULL
-    described = machine.describe()
-    load = [machine.load()]
-    figures, profiles = measure(rounds)
-    load.append(machine.load())
-    run = {"machine": described, "load": load, "rounds": rounds}
-    with open(path, "w") as file:
-        json.dump({**run, "figures": figures, **profiles}, file, indent=1)
+    rounds = QUICK if "--quick" in sys.argv else FULL
+    described = machine(os.getloadavg()[0])
+    figures, tables = {}, {"machine": table(["", ""], described.items())}
+    for name, section in SECTIONS.items():
+        began = time.monotonic()
+        figures[name] = section.measure(*rounds[name])
+        tables[name] = section_table(section.COLUMNS, figures[name])
+        print(f"{name}: {time.monotonic() - began:.0f} s", file=sys.stderr)
+    shown = summary(described, figures)
+    print("\n".join([*tables.values(), shown]))
+    if "--write" in sys.argv:
+        write(tables, shown)
 
 
 if __name__ == "__main__":

@@ -1,107 +1,74 @@
 """What it costs to run a program by the launcher, and by what else passes it through."""
 
-import fcntl
 import json
 import os
-import re
+import random
+import shlex
 import shutil
 import subprocess
-import termios
+import tempfile
+from pathlib import Path
 
-from figures import middle
-from place import PROGRAMS, private_folder
+from suite import LAUNCHER
 
-LAUNCHER = "launcher align"
-IN_TERMINAL = LAUNCHER + ", in a terminal"  # which could suspend what it starts
-PROFILED = (LAUNCHER, "tini", "dumb-init")
-FUNCTIONS = 8  # of a profile
+DIRECT, ALIGN = "directly", "launcher align"
+RUNS = 20  # of each command in a round
+COLUMNS = (
+    "`true`, run by",
+    {
+        "time": ("without a terminal, µs", 0),
+        "ratio": ("times `true`", 2),
+        "terminal_time": ("with a controlling terminal, µs", 0),
+        "terminal_ratio": ("times `true`", 2),
+    },
+)
 
 
-def contestants(folder, launcher):
-    """The command lines by name; each runs the program that does nothing."""
-    bare = folder / "td_align"
-    shutil.copy2(launcher, folder / "launcher")
-    shutil.copy2(PROGRAMS / "bench_bare", bare)
+def commands(folder):
+    """The command lines by name."""
+    program = folder / "td_align"
+    shutil.copy2(shutil.which("true"), program)
+    shutil.copy2(LAUNCHER, folder / "launcher")
     return {
-        "bare": [bare],
-        LAUNCHER: [folder / "launcher", "align"],
-        IN_TERMINAL: [folder / "launcher", "align"],
-        "tini": [shutil.which("tini"), "-s", "--", bare],  # -s: without it, it prints a warning
-        "dumb-init": [shutil.which("dumb-init"), bare],
-        "env": [shutil.which("env"), bare],
-        "sh -c": [shutil.which("sh"), "-c", bare],
+        DIRECT: [program],
+        ALIGN: [folder / "launcher", "align"],
+        "sh -c": ["sh", "-c", program],
+        "tini": ["tini", "-s", "--", program],  # without -s it prints a warning
+        "dumb-init": ["dumb-init", program],
+        "tini-static": ["tini-static", "-s", "--", program],
+        "catatonit": ["catatonit", "--", program],
     }
 
 
-def times(commands, repetitions):
-    """Times in microseconds and page faults by name, a value for each repetition."""
-    options = [f"repetitions={repetitions}", "enable_random_interleaving=true", "format=json"]
-    given = [
-        f"{name}={'terminal:' if name == IN_TERMINAL else ''}{','.join(map(str, words))}"
-        for name, words in commands.items()
-    ]
-    command = [PROGRAMS / "bench_pass_through", *(f"--benchmark_{each}" for each in options), *given]
-    done = run_in_terminal(command)
-    rows = {name: {"time": [], "faults": []} for name in commands}
-    for run in json.loads(done.stdout)["benchmarks"]:
-        if run["run_type"] == "iteration":
-            assert not run.get("error_occurred"), run
-            row = rows[run["run_name"].partition("/")[0]]
-            row["time"].append(run["real_time"] / 1000)
-            row["faults"].append(run["faults"])
-    return rows
+def take_times(commands, folder, terminal):
+    """The median time of each command in µs, run in random order by hyperfine.
+
+    They run in a new session, which has a controlling terminal if one is given.
+    """
+    exported = folder / "times.json"
+    words = ["hyperfine", "--shell=none", "--style=none", "--warmup=2", f"--runs={RUNS}"]
+    words += [f"--export-json={exported}"]
+    for name in random.sample(list(commands), len(commands)):
+        words += ["--command-name", name, shlex.join(map(str, commands[name]))]
+    takes_terminal = ["setsid", "--ctty", "--wait"] if terminal else ["setsid", "--wait"]
+    streams = {"stdin": terminal or subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+    subprocess.run([*takes_terminal, *words], check=True, **streams)
+    results = json.loads(exported.read_text())["results"]
+    return {each["command"]: each["median"] * 1e6 for each in results}
 
 
-def run_in_terminal(command):
-    """Runs a command in a terminal of its own, and returns it with what it printed."""
-    screen, terminal = os.openpty()
-    try:
-        return subprocess.run(
-            command,
-            check=True,
-            stdin=terminal,
-            stdout=subprocess.PIPE,
-            stderr=subprocess.PIPE,
-            start_new_session=True,
-            preexec_fn=lambda: fcntl.ioctl(0, termios.TIOCSCTTY, 0),
-        )
-    finally:
+def measure(rounds):
+    with tempfile.TemporaryDirectory(prefix="td-") as name:
+        folder = Path(name)
+        made = commands(folder)
+        rows = {name: {key: [] for key in COLUMNS[1]} for name in made}
+        screen, terminal = os.openpty()
+        for _ in range(rounds):
+            for prefix, given in ("", None), ("terminal_", terminal):
+                times = take_times(made, folder, given)
+                for name, row in rows.items():
+                    row[prefix + "time"].append(times[name])
+                    row[prefix + "ratio"].append(times[name] / times[DIRECT])
         os.close(screen)
         os.close(terminal)
-
-
-def profile(command, folder):
-    """Callgrind's count of what the program executes itself, without those that it starts.
-
-    Returns the instructions of all and, most first, those of each function.
-    """
-    out = folder / "callgrind"
-    tool = ["valgrind", "--quiet", "--tool=callgrind", f"--callgrind-out-file={out}"]
-    subprocess.run([*tool, *command], check=True)
-    text = subprocess.check_output(["callgrind_annotate", "--threshold=100", out], text=True)
-    out.unlink()
-    total = int(re.search(r"^ *([\d,]+) .*PROGRAM TOTALS", text, re.MULTILINE)[1].replace(",", ""))
-    return total, functions_of(text)
-
-
-def functions_of(text):
-    """The functions and their instructions in what callgrind_annotate printed, most first."""
-    found = {}
-    for count, name in re.findall(r"^ *([\d,]+) \([ \d.]+%\)  \S*?:(\S+)", text, re.MULTILINE):
-        found[name] = found.get(name, 0) + int(count.replace(",", ""))
-    return sorted(found.items(), key=lambda item: -item[1])
-
-
-def measure(launcher, repetitions):
-    with private_folder() as folder:
-        commands = contestants(folder, launcher)
-        rows = times(commands, repetitions)
-        profiles = {}
-        for name, row in rows.items():
-            row["ratio"] = [value / middle(rows["bare"]["time"]) for value in row["time"]]
-            if name not in (IN_TERMINAL, "env"):  # env becomes the program, and the count with it
-                total, functions = profile(commands[name], folder)
-                row["instructions"] = [total]
-                if name in PROFILED:
-                    profiles[name] = functions[:FUNCTIONS]
-    return rows, profiles
+    return rows

@@ -17,7 +17,6 @@ file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/launcher/*.cpp ${PROJECT_SOURCE_DIR}/launcher/*.h
   ${PROJECT_SOURCE_DIR}/gui/*.cpp ${PROJECT_SOURCE_DIR}/gui/*.h ${PROJECT_SOURCE_DIR}/gui/*.mm
   ${PROJECT_SOURCE_DIR}/components/*.cpp ${PROJECT_SOURCE_DIR}/components/*.h
-  ${PROJECT_SOURCE_DIR}/bench/*.cpp ${PROJECT_SOURCE_DIR}/bench/*.h
   ${PROJECT_SOURCE_DIR}/tests/*.cpp ${PROJECT_SOURCE_DIR}/tests/*.h ${PROJECT_SOURCE_DIR}/tests/*.mm)
 file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp
@@ -26,16 +25,13 @@ file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
 
 # What this system compiles: on Linux also the files for macOS, in tests/macos_stub.
 set(analysed ${formatted})
-list(FILTER analysed INCLUDE REGEX "^(launcher|components|gui|bench)/.*\\.(cpp|mm)$")
+list(FILTER analysed INCLUDE REGEX "^(launcher|components|gui)/.*\\.(cpp|mm)$")
 if(APPLE)
   list(FILTER analysed EXCLUDE REGEX "_linux\\.cpp$|^gui/qt/")
 elseif(NOT TARGET tdgui)
   list(FILTER analysed EXCLUDE REGEX "^gui/")
 elseif(NOT TARGET tdgui_appkit)
   list(FILTER analysed EXCLUDE REGEX "^gui/launcher_mac_gui")
-endif()
-if(NOT TARGET bench_bare)
-  list(FILTER analysed EXCLUDE REGEX "^bench/")
 endif()
 set(headers ${formatted})
 list(FILTER headers INCLUDE REGEX "\\.h$")
@@ -68,7 +64,6 @@ foreach(source ${analysed})
   string(REPLACE "/" "_" name ${source})
   check_files(tidy_${name} FILES ${PROJECT_SOURCE_DIR}/${source}
     DEPENDS ${headers} ${PROJECT_SOURCE_DIR}/.clang-tidy ${PROJECT_SOURCE_DIR}/gui/.clang-tidy
-      ${PROJECT_SOURCE_DIR}/bench/.clang-tidy
     # Its standard error only counts the warnings of system headers.
     COMMAND sh -c "\"$@\" 2>/dev/null" sh ${tidy} ${source})
 endforeach()

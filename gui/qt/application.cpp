@@ -35,6 +35,11 @@ std::atomic<bool> g_quits_at_exit{false};
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
+  const bool is_lost = text.startsWith("The Wayland connection ");
+  static std::atomic<bool> is_known{false};
+  if (is_lost && is_known.exchange(true)) { // each of Qt's threads says so
+    end_process();
+  }
   if (g_application != nullptr) {
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
@@ -45,7 +50,7 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
   }
   // A start fails when the display has gone that worked at the trial.
   g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_application != nullptr);
-  if (type == QtFatalMsg || text.startsWith("The Wayland connection ")) {
+  if (type == QtFatalMsg || is_lost) {
     end_process(); // else Qt would abort() or _exit()
   }
 }

@@ -48,8 +48,8 @@ std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_ato
 
 namespace td {
 
-Desktop::Desktop(std::function<void(bool available)> panel, std::function<void()> covered)
-    : panel_(std::move(panel)), covered_(std::move(covered)) {
+Desktop::Desktop(std::function<void()> panels, std::function<void()> covered)
+    : panels_(std::move(panels)), covered_(std::move(covered)) {
   const auto *x = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   if (x != nullptr && x->connection() != nullptr) {
     watch_screen(x->connection());
@@ -70,8 +70,7 @@ Desktop::Desktop(std::function<void(bool available)> panel, std::function<void()
 void Desktop::ask_bus() {
   const QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) { // else there would be no answer at all
-    bus_ = Bus::without_watcher;
-    report();
+    set_bus(Bus::without_host);
     return;
   }
   QDBusMessage question =
@@ -83,15 +82,19 @@ void Desktop::ask_bus() {
   QObject::connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
     const QDBusPendingReply<QDBusVariant> reply(*call);
     call->deleteLater();
-    const bool is_silent = reply.error().type() == QDBusError::NoReply;
-    const bool has_watcher = reply.isValid() || is_silent;
     const bool has_host = reply.isValid() && reply.value().variant().toBool();
-    bus_ = has_host ? Bus::with_host : has_watcher ? Bus::without_host : Bus::without_watcher;
-    report();
-    if (is_silent) {
+    if (reply.error().type() != QDBusError::NoReply) {
+      set_bus(has_host ? Bus::with_host : Bus::without_host);
+    } else {
+      set_bus(Bus::silent);
       bus_changed_.start(); // it may still answer
     }
   });
+}
+
+void Desktop::set_bus(Bus bus) {
+  bus_ = bus;
+  panels_();
 }
 
 void Desktop::watch_screen(xcb_connection_t *connection) {
@@ -120,7 +123,15 @@ void Desktop::find_tray() {
   if (Owned<xcb_generic_error_t>(xcb_request_check(connection_, watch))) {
     tray_ = XCB_NONE;
   }
-  report();
+  if (bus_ != Bus::unknown) {
+    panels_();
+  }
+}
+
+bool Desktop::is_embedded(xcb_window_t window) const {
+  const Owned<xcb_query_tree_reply_t> tree(
+      xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+  return tree && tree->parent != tree->root;
 }
 
 /// Lets Qt handle the event first.
@@ -133,7 +144,7 @@ bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qint
   // A new tray announces itself to everybody.
   if ((kind == XCB_CLIENT_MESSAGE && announcement->type == atoms_[manager] &&
        announcement->data.data32[1] == atoms_[tray_selection]) ||
-      (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_)) {
+      (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_) || kind == XCB_REPARENT_NOTIFY) {
     QMetaObject::invokeMethod(
         this, [this] { find_tray(); }, Qt::QueuedConnection);
   } else if (kind == XCB_PROPERTY_NOTIFY &&
@@ -149,21 +160,6 @@ bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qint
     QMetaObject::invokeMethod(this, rise, Qt::QueuedConnection);
   }
   return false;
-}
-
-void Desktop::report() {
-  if (bus_ == Bus::unknown) {
-    return;
-  }
-  const bool has_host = bus_ == Bus::with_host, has_tray = tray_ != XCB_NONE;
-  if (kind_ == Kind::undecided && (has_host || (has_tray && bus_ == Bus::without_watcher))) {
-    kind_ = has_host ? Kind::bus : Kind::tray;
-  }
-  const bool available = kind_ == Kind::bus ? has_host : has_tray && kind_ == Kind::tray;
-  if (available != available_) {
-    available_ = available;
-    panel_(available);
-  }
 }
 
 } // namespace td

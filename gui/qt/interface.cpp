@@ -23,7 +23,8 @@ namespace {
 void open_address(const std::string &address) {
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC); // at the execution of any program
   const char *script =
-      R"(exec </dev/null >/dev/null 2>&1; command -v open && exec open "$1"; exec xdg-open "$1")";
+      R"(exec </dev/null >/dev/null 2>&1; unset DBUS_FATAL_WARNINGS
+         command -v open && exec open "$1"; exec xdg-open "$1")";
   QProcess::startDetached("/bin/sh", {"-c", script, "sh", QString::fromStdString(address)});
 }
 
@@ -60,11 +61,15 @@ void run(const GuiConfig &config) {
   td::quit_at_exit(copy.quit);
   td::make_application();
   const bool quits = show_interface(copy);
-  td::forget_quit_at_exit();
-  if (quits) {
-    delete qApp; // hands what was copied over to the desktop's clipboard manager
-    std::exit(EXIT_SUCCESS);
+  if (!quits) {
+    td::forget_quit_at_exit();
+    return;
   }
+  td::quit_at_exit(nullptr); // the display may go even now
+  if (!QGuiApplication::platformName().startsWith("wayland")) {
+    delete qApp; // hands what was copied over to the clipboard manager of an X server
+  }
+  std::exit(EXIT_SUCCESS);
 }
 
 } // namespace tdgui

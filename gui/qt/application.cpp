@@ -36,11 +36,7 @@ std::atomic<bool> g_quits_at_exit{false};
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
   const bool is_lost = text.startsWith("The Wayland connection ");
-  static std::atomic<bool> is_known{false};
-  if (is_lost && is_known.exchange(true)) { // each of Qt's threads says so
-    end_process();
-  }
-  if (g_application != nullptr) {
+  if (g_application != nullptr && (!is_lost || gettid() == getpid())) { // two threads say so
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
     }
@@ -177,10 +173,6 @@ void quit_at_exit(void (*quit)()) {
   g_quit = quit;
   g_quits_at_exit = true;
   on_exit(handle_exit, nullptr);
-}
-
-void forget_quit_at_exit() {
-  g_quits_at_exit = false;
 }
 
 } // namespace td

@@ -15,7 +15,6 @@
 namespace {
 
 constexpr const char *service = "org.kde.StatusNotifierWatcher", *path = "/StatusNotifierWatcher";
-constexpr int bus_timeout = 1000; // ms
 
 enum Atom { tray_selection, manager, active_window, stacking, state, fullscreen };
 
@@ -23,15 +22,6 @@ struct Free {
   void operator()(void *memory) const { std::free(memory); }
 };
 template <typename Reply> using Owned = std::unique_ptr<Reply, Free>;
-
-/// The name of the selection whose owner is the screen's tray.
-std::string tray_selection_name() {
-  char *host = nullptr;
-  int display = 0, screen = 0;
-  xcb_parse_display(nullptr, &host, &display, &screen);
-  std::free(host);
-  return "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
-}
 
 /// The windows or atoms of a window's property.
 std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property) {
@@ -70,36 +60,36 @@ Desktop::Desktop(std::function<void()> panels, std::function<void()> covered)
 void Desktop::ask_bus() {
   const QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) { // else there would be no answer at all
-    set_bus(Bus::without_host);
+    bus_ = Bus::without_host;
+    panels_();
     return;
   }
   QDBusMessage question =
       QDBusMessage::createMethodCall(service, path, "org.freedesktop.DBus.Properties", "Get");
   question << service << "IsStatusNotifierHostRegistered";
   question.setAutoStartService(false);
-  const int timeout = bus_ == Bus::unknown ? bus_timeout : -1;
+  const int timeout = bus_ == Bus::unknown ? 1000 : -1; // ms
   auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question, timeout), this);
   QObject::connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
     const QDBusPendingReply<QDBusVariant> reply(*call);
     call->deleteLater();
     const bool has_host = reply.isValid() && reply.value().variant().toBool();
-    if (reply.error().type() != QDBusError::NoReply) {
-      set_bus(has_host ? Bus::with_host : Bus::without_host);
-    } else {
-      set_bus(Bus::silent);
+    const bool is_silent = reply.error().type() == QDBusError::NoReply;
+    bus_ = has_host ? Bus::with_host : is_silent ? Bus::silent : Bus::without_host;
+    panels_();
+    if (is_silent) {
       bus_changed_.start(); // it may still answer
     }
   });
 }
 
-void Desktop::set_bus(Bus bus) {
-  bus_ = bus;
-  panels_();
-}
-
 void Desktop::watch_screen(xcb_connection_t *connection) {
   connection_ = connection;
-  const std::string selection = tray_selection_name();
+  char *host = nullptr;
+  int display = 0, screen = 0;
+  xcb_parse_display(nullptr, &host, &display, &screen);
+  std::free(host);
+  const std::string selection = "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
   for (const char *name :
        {selection.c_str(), "MANAGER", "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING",
         "_NET_WM_STATE", "_NET_WM_STATE_FULLSCREEN"}) {

@@ -18,12 +18,11 @@ public:
   /// when a window may have come above others, but none fills the screen.
   Desktop(std::function<void()> panels, std::function<void()> covered);
 
-  /// Whether there is a panel on the bus.
+  /// Whether there is a panel on the bus, or a tray on the screen.
   bool has_host() const { return bus_ == Bus::with_host; }
+  bool has_tray() const { return tray_ != XCB_NONE; }
   /// Whether the bus does not answer; a call that waits for it then blocks for 25 seconds.
   bool is_bus_silent() const { return bus_ == Bus::silent; }
-  /// Whether there is a tray on the screen.
-  bool has_tray() const { return tray_ != XCB_NONE; }
   /// Whether another window contains this one. There must be an X server.
   bool is_embedded(xcb_window_t window) const;
   bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
@@ -32,7 +31,6 @@ private:
   enum class Bus { unknown, silent, without_host, with_host };
 
   void ask_bus();
-  void set_bus(Bus bus);
   void watch_screen(xcb_connection_t *connection);
   void find_tray();
 

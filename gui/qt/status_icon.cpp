@@ -14,8 +14,7 @@
 
 namespace {
 
-constexpr int side = 32, margin = 8;
-constexpr int embedding_time = 3000; // ms
+constexpr int side = 32, margin = 8, embedding_time = 3000; // pixels, ms
 
 bool may_place_windows() {
   return !QGuiApplication::platformName().startsWith("wayland");
@@ -27,14 +26,14 @@ Qt::WindowFlags window_kind() {
                              : Qt::Window;
 }
 
-/// Qt's window for the icon in X's tray; null where there is none.
-const QWidget *window_in_tray() {
+/// Qt's window for the icon in X's tray; 0 where there is none.
+xcb_window_t window_in_tray() {
   for (const QWidget *window : QApplication::topLevelWidgets()) {
     if (window->inherits("QSystemTrayIconSys")) {
-      return window;
+      return static_cast<xcb_window_t>(window->internalWinId());
     }
   }
-  return nullptr;
+  return XCB_NONE;
 }
 
 /// Below the icon or, in the lower half of the monitor, above it. Qt keeps it on the monitor.
@@ -57,7 +56,6 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
                  }
                }) {
   embedding_.setSingleShot(true);
-  embedding_.setInterval(embedding_time);
   embedding_.callOnTimeout([this] { follow_panels(); });
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_AlwaysShowToolTips);    // it is never the active window
@@ -79,12 +77,10 @@ void StatusIcon::follow_panels() {
   if (kind_ == Kind::tray) {
     in_panel = desktop_.has_tray();
     if (in_panel_->isVisible() != in_panel) { // kept: Qt 6.8 may put a new one on the bus
-      embedding_.start();
+      embedding_.start(embedding_time);
       in_panel_->setVisible(in_panel);
     }
-    const QWidget *window = window_in_tray();
-    in_panel = in_panel && (embedding_.isActive() ||
-                            (window != nullptr && desktop_.is_embedded(window->internalWinId())));
+    in_panel = in_panel && (embedding_.isActive() || desktop_.is_embedded(window_in_tray()));
   } else if (!in_panel) {
     in_panel_.reset(); // LXQt does not show the same one again
   }
@@ -103,8 +99,8 @@ void StatusIcon::make_panel_icon() {
   QObject::connect(in_panel_.get(), &QSystemTrayIcon::activated, this,
                    &StatusIcon::tray_icon_clicked);
   in_panel_->show();
-  embedding_.start();
-  kind_ = window_in_tray() != nullptr ? Kind::tray : desktop_.has_host() ? Kind::bus : kind_;
+  embedding_.start(embedding_time);
+  kind_ = window_in_tray() != XCB_NONE ? Kind::tray : desktop_.has_host() ? Kind::bus : kind_;
 }
 
 void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {

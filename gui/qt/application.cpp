@@ -35,7 +35,8 @@ std::atomic<bool> g_quits_at_exit{false};
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
-  if (g_application != nullptr) {
+  const bool is_lost = text.startsWith("The Wayland connection ");
+  if (g_application != nullptr && (!is_lost || gettid() == getpid())) { // two threads say so
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
     }
@@ -45,7 +46,7 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
   }
   // A start fails when the display has gone that worked at the trial.
   g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_application != nullptr);
-  if (type == QtFatalMsg || text.startsWith("The Wayland connection ")) {
+  if (type == QtFatalMsg || is_lost) {
     end_process(); // else Qt would abort() or _exit()
   }
 }
@@ -172,10 +173,6 @@ void quit_at_exit(void (*quit)()) {
   g_quit = quit;
   g_quits_at_exit = true;
   on_exit(handle_exit, nullptr);
-}
-
-void forget_quit_at_exit() {
-  g_quits_at_exit = false;
 }
 
 } // namespace td

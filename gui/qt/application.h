@@ -9,7 +9,7 @@ namespace td {
 /// session manager learns of this process. A session bus is used, but not `in_trial`, when it
 /// answers within a second. Where the display does not work, says why on standard error, in one
 /// line, and ends the process: by exit(EXIT_FAILURE), but `in_trial` by _exit(EXIT_FAILURE), so
-/// that nothing runs that a process made for the trial shares with its parent. Main thread only.
+/// that nothing of the parent's runs in a process made for it. Main thread only.
 void make_application(bool in_trial = false);
 
 /// From now on `quit`, unless it is null, is called when the process ends by exit(), on the thread
@@ -17,8 +17,5 @@ void make_application(bool in_trial = false);
 /// toolkit has given up for another reason. Call it again once plug-ins may have registered exit
 /// handlers, so that it precedes them; `quit` is called once all the same. Main thread only.
 void quit_at_exit(void (*quit)());
-
-/// Undoes quit_at_exit.
-void forget_quit_at_exit();
 
 } // namespace td

@@ -15,7 +15,6 @@
 namespace {
 
 constexpr const char *service = "org.kde.StatusNotifierWatcher", *path = "/StatusNotifierWatcher";
-constexpr int bus_timeout = 1000; // ms
 
 enum Atom { tray_selection, manager, active_window, stacking, state, fullscreen };
 
@@ -23,15 +22,6 @@ struct Free {
   void operator()(void *memory) const { std::free(memory); }
 };
 template <typename Reply> using Owned = std::unique_ptr<Reply, Free>;
-
-/// The name of the selection whose owner is the screen's tray.
-std::string tray_selection_name() {
-  char *host = nullptr;
-  int display = 0, screen = 0;
-  xcb_parse_display(nullptr, &host, &display, &screen);
-  std::free(host);
-  return "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
-}
 
 /// The windows or atoms of a window's property.
 std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property) {
@@ -48,8 +38,8 @@ std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_ato
 
 namespace td {
 
-Desktop::Desktop(std::function<void(bool available)> panel, std::function<void()> covered)
-    : panel_(std::move(panel)), covered_(std::move(covered)) {
+Desktop::Desktop(std::function<void()> panels, std::function<void()> covered)
+    : panels_(std::move(panels)), covered_(std::move(covered)) {
   const auto *x = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   if (x != nullptr && x->connection() != nullptr) {
     watch_screen(x->connection());
@@ -70,24 +60,23 @@ Desktop::Desktop(std::function<void(bool available)> panel, std::function<void()
 void Desktop::ask_bus() {
   const QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) { // else there would be no answer at all
-    bus_ = Bus::without_watcher;
-    report();
+    bus_ = Bus::without_host;
+    panels_();
     return;
   }
   QDBusMessage question =
       QDBusMessage::createMethodCall(service, path, "org.freedesktop.DBus.Properties", "Get");
   question << service << "IsStatusNotifierHostRegistered";
   question.setAutoStartService(false);
-  const int timeout = bus_ == Bus::unknown ? bus_timeout : -1;
+  const int timeout = bus_ == Bus::unknown ? 1000 : -1; // ms
   auto *call = new QDBusPendingCallWatcher(bus.asyncCall(question, timeout), this);
   QObject::connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
     const QDBusPendingReply<QDBusVariant> reply(*call);
     call->deleteLater();
-    const bool is_silent = reply.error().type() == QDBusError::NoReply;
-    const bool has_watcher = reply.isValid() || is_silent;
     const bool has_host = reply.isValid() && reply.value().variant().toBool();
-    bus_ = has_host ? Bus::with_host : has_watcher ? Bus::without_host : Bus::without_watcher;
-    report();
+    const bool is_silent = reply.error().type() == QDBusError::NoReply;
+    bus_ = has_host ? Bus::with_host : is_silent ? Bus::silent : Bus::without_host;
+    panels_();
     if (is_silent) {
       bus_changed_.start(); // it may still answer
     }
@@ -96,7 +85,11 @@ void Desktop::ask_bus() {
 
 void Desktop::watch_screen(xcb_connection_t *connection) {
   connection_ = connection;
-  const std::string selection = tray_selection_name();
+  char *host = nullptr;
+  int display = 0, screen = 0;
+  xcb_parse_display(nullptr, &host, &display, &screen);
+  std::free(host);
+  const std::string selection = "_NET_SYSTEM_TRAY_S" + std::to_string(screen);
   for (const char *name :
        {selection.c_str(), "MANAGER", "_NET_ACTIVE_WINDOW", "_NET_CLIENT_LIST_STACKING",
         "_NET_WM_STATE", "_NET_WM_STATE_FULLSCREEN"}) {
@@ -120,7 +113,15 @@ void Desktop::find_tray() {
   if (Owned<xcb_generic_error_t>(xcb_request_check(connection_, watch))) {
     tray_ = XCB_NONE;
   }
-  report();
+  if (bus_ != Bus::unknown) {
+    panels_();
+  }
+}
+
+bool Desktop::is_embedded(xcb_window_t window) const {
+  const Owned<xcb_query_tree_reply_t> tree(
+      xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+  return tree && tree->parent != tree->root;
 }
 
 /// Lets Qt handle the event first.
@@ -133,7 +134,7 @@ bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qint
   // A new tray announces itself to everybody.
   if ((kind == XCB_CLIENT_MESSAGE && announcement->type == atoms_[manager] &&
        announcement->data.data32[1] == atoms_[tray_selection]) ||
-      (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_)) {
+      (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_) || kind == XCB_REPARENT_NOTIFY) {
     QMetaObject::invokeMethod(
         this, [this] { find_tray(); }, Qt::QueuedConnection);
   } else if (kind == XCB_PROPERTY_NOTIFY &&
@@ -149,21 +150,6 @@ bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qint
     QMetaObject::invokeMethod(this, rise, Qt::QueuedConnection);
   }
   return false;
-}
-
-void Desktop::report() {
-  if (bus_ == Bus::unknown) {
-    return;
-  }
-  const bool has_host = bus_ == Bus::with_host, has_tray = tray_ != XCB_NONE;
-  if (kind_ == Kind::undecided && (has_host || (has_tray && bus_ == Bus::without_watcher))) {
-    kind_ = has_host ? Kind::bus : Kind::tray;
-  }
-  const bool available = kind_ == Kind::bus ? has_host : has_tray && kind_ == Kind::tray;
-  if (available != available_) {
-    available_ = available;
-    panel_(available);
-  }
 }
 
 } // namespace td

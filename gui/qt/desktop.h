@@ -4,40 +4,37 @@
 #include <QAbstractNativeEventFilter>
 #include <QTimer>
 #include <functional>
-#include <optional>
 #include <vector>
 
 #include <xcb/xcb.h>
 
 namespace td {
 
-/// Icons go by the bus (StatusNotifierItem) or by X's tray (XEmbed). Qt decides when an icon for a
-/// panel is made: so that must happen when a panel is there, and only panels of that kind count
-/// from then on. Main thread only.
+/// Panels take icons by the bus (StatusNotifierItem) or by X's tray (XEmbed). Main thread only.
 class Desktop : public QObject, public QAbstractNativeEventFilter {
 public:
-  /// Calls from the event loop `panel`, once when it is known whether there is a panel, for which
-  /// the bus has a second, and then at each change; and `covered` when a window may have come above
-  /// others, but none fills the screen.
-  Desktop(std::function<void(bool available)> panel, std::function<void()> covered);
+  /// Calls from the event loop `panels`, once when it is known which panels there are, for which
+  /// the bus has a second, and then when one may have come, gone, or taken the icon; and `covered`
+  /// when a window may have come above others, but none fills the screen.
+  Desktop(std::function<void()> panels, std::function<void()> covered);
 
-  /// Whether the first panel that was seen takes icons by the bus.
-  bool has_chosen_bus() const { return kind_ == Kind::bus; }
+  /// Whether there is a panel on the bus, or a tray on the screen.
+  bool has_host() const { return bus_ == Bus::with_host; }
+  bool has_tray() const { return tray_ != XCB_NONE; }
+  /// Whether the bus does not answer; a call that waits for it then blocks for 25 seconds.
+  bool is_bus_silent() const { return bus_ == Bus::silent; }
+  /// Whether another window contains this one. There must be an X server.
+  bool is_embedded(xcb_window_t window) const;
   bool nativeEventFilter(const QByteArray &type, void *message, qintptr *result) override;
 
 private:
-  enum class Kind { undecided, bus, tray };
-  enum class Bus { unknown, without_watcher, without_host, with_host };
+  enum class Bus { unknown, silent, without_host, with_host };
 
   void ask_bus();
   void watch_screen(xcb_connection_t *connection);
   void find_tray();
-  void report();
 
-  std::function<void(bool)> panel_;
-  std::function<void()> covered_;
-  Kind kind_ = Kind::undecided;
-  std::optional<bool> available_; // as reported
+  std::function<void()> panels_, covered_;
   Bus bus_ = Bus::unknown;
   QTimer bus_changed_;
 

@@ -96,14 +96,6 @@ int value_of(const QLineEdit &field) {
   return static_cast<int>(std::clamp<long long>(number, INT_MIN, INT_MAX));
 }
 
-void change_ports(const tdgui::GuiConfig &config, int http, int udp) {
-  std::string error;
-  if (config.set_ports && !config.set_ports(http, udp, error)) {
-    const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
-    open(make_dialog(icon, "Could not change the ports", QString::fromStdString(error), {"OK"}));
-  }
-}
-
 } // namespace
 
 namespace td {
@@ -123,8 +115,11 @@ void open_settings(const tdgui::GuiConfig &config) {
                                 {"Apply", "Cancel"}, form);
   QObject::connect(dialog, &QDialog::accepted, dialog, [=, &config] {
     const int new_http = value_of(*http_field), new_udp = value_of(*udp_field);
-    if (new_http != http || new_udp != udp) {
-      change_ports(config, new_http, new_udp);
+    const bool is_changed = new_http != http || new_udp != udp;
+    std::string error;
+    if (is_changed && config.set_ports && !config.set_ports(new_http, new_udp, error)) {
+      const QIcon icon = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
+      open(make_dialog(icon, "Could not change the ports", QString::fromStdString(error), {"OK"}));
     }
   });
   open(dialog);

@@ -14,8 +14,6 @@
 #include <linux/close_range.h>
 #include <unistd.h>
 
-#define TDGUI_EXPORT extern "C" __attribute__((visibility("default")))
-
 namespace {
 
 /// By the desktop's own command, which does not become a child of this process and inherits no
@@ -23,29 +21,9 @@ namespace {
 void open_address(const std::string &address) {
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC); // at the execution of any program
   const char *script =
-      R"(exec </dev/null >/dev/null 2>&1; command -v open && exec open "$1"; exec xdg-open "$1")";
+      R"(exec </dev/null >/dev/null 2>&1; unset DBUS_FATAL_WARNINGS
+         command -v open && exec open "$1"; exec xdg-open "$1")";
   QProcess::startDetached("/bin/sh", {"-c", script, "sh", QString::fromStdString(address)});
-}
-
-/// Shows the interface until the event loop is stopped; true when Quit has done that.
-bool show_interface(const tdgui::GuiConfig &config) {
-  bool quits = false;
-  const auto open_dashboard = [&config] { open_address(config.url); };
-  const auto quit = [&config, &quits] {
-    if (config.quit) {
-      config.quit();
-    }
-    quits = true;
-    QCoreApplication::exit();
-  };
-  QMenu menu;
-  td::fill_menu(menu, config, {open_dashboard, [&config] { td::open_settings(config); }, quit});
-  const td::StatusIcon icon(menu, open_dashboard);
-  QMetaObject::invokeMethod(
-      qApp, [&config] { td::quit_at_exit(config.quit); }, Qt::QueuedConnection);
-  QApplication::exec();
-  td::close_dialog();
-  return quits;
 }
 
 } // namespace
@@ -54,27 +32,42 @@ namespace tdgui {
 
 void run(const GuiConfig &config) {
   GuiConfig copy = config;
-  if (!copy.quit) {
-    copy.quit = copy.quit_fallback;
-  }
+  copy.quit = config.quit ? config.quit : config.quit_fallback;
   td::quit_at_exit(copy.quit);
   td::make_application();
-  const bool quits = show_interface(copy);
-  td::forget_quit_at_exit();
+  bool quits = false;
+  {
+    const auto open_dashboard = [&copy] { open_address(copy.url); };
+    const auto quit = [&copy, &quits] {
+      if (copy.quit) {
+        copy.quit();
+      }
+      quits = true;
+      QCoreApplication::exit();
+    };
+    QMenu menu;
+    td::fill_menu(menu, copy, {open_dashboard, [&copy] { td::open_settings(copy); }, quit});
+    const td::StatusIcon icon(menu, open_dashboard);
+    QMetaObject::invokeMethod(
+        qApp, [&copy] { td::quit_at_exit(copy.quit); }, Qt::QueuedConnection);
+    QApplication::exec();
+    td::close_dialog();
+  }
+  td::quit_at_exit(nullptr); // also when the display goes now
   if (quits) {
-    delete qApp; // hands what was copied over to the desktop's clipboard manager
+    if (!QGuiApplication::platformName().startsWith("wayland")) { // else its thread may hang
+      delete qApp; // hands what was copied over to the desktop's clipboard manager
+    }
     std::exit(EXIT_SUCCESS);
   }
 }
 
 } // namespace tdgui
 
-/// Whether the interface can be shown. Finds out by making the application, and where the display
-/// does not work, says why in one line on standard error and ends the process by _exit(): so call
-/// it in a process made for that, which loads this module, asks, and ends by _exit(). Returns false
-/// silently where there is just no display. It may wait for the display as long as that takes. Main
-/// thread only.
-TDGUI_EXPORT bool tdgui_available() noexcept {
+/// Whether the interface can be shown; false where no display is named. Where that does not work,
+/// says why in one line on standard error and ends the process by _exit(): so call it in a process
+/// made for that, which ends by _exit(). It may wait for the display. Main thread only.
+extern "C" bool tdgui_available() noexcept {
   if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
       qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
     return false;
@@ -85,7 +78,7 @@ TDGUI_EXPORT bool tdgui_available() noexcept {
 
 /// tdgui::run for a launcher that loads this module, once tdgui_available has returned true in any
 /// process. Throws nothing, as the launcher has its own C++ runtime: returns early on failure.
-TDGUI_EXPORT void tdgui_run(const tdgui::GuiConfig *config) noexcept {
+extern "C" void tdgui_run(const tdgui::GuiConfig *config) noexcept {
   try {
     tdgui::run(*config);
   } catch (...) {

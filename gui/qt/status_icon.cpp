@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QBitmap>
 #include <QCloseEvent>
+#include <QCursor>
 #include <QMouseEvent>
 #include <QPainter>
 #include <algorithm>
@@ -13,7 +14,7 @@
 
 namespace {
 
-constexpr int side = 32, margin = 8;
+constexpr int side = 32, margin = 8, embedding_time = 3000; // pixels, ms
 
 bool may_place_windows() {
   return !QGuiApplication::platformName().startsWith("wayland");
@@ -23,6 +24,16 @@ Qt::WindowFlags window_kind() {
   return may_place_windows() ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
                                    Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint
                              : Qt::Window;
+}
+
+/// Qt's window for the icon in X's tray; 0 where there is none.
+xcb_window_t window_in_tray() {
+  for (const QWidget *window : QApplication::topLevelWidgets()) {
+    if (window->inherits("QSystemTrayIconSys")) {
+      return static_cast<xcb_window_t>(window->internalWinId());
+    }
+  }
+  return XCB_NONE;
 }
 
 /// Below the icon or, in the lower half of the monitor, above it. Qt keeps it on the monitor.
@@ -38,12 +49,14 @@ namespace td {
 
 StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
     : QWidget(nullptr, window_kind()), menu_(menu), open_dashboard_(std::move(open_dashboard)),
-      desktop_([this](bool available) { show_in(available); },
+      desktop_([this] { follow_panels(); },
                [this] { // the window manager does not know this window
                  if (QApplication::activePopupWidget() == nullptr) {
                    raise();
                  }
                }) {
+  embedding_.setSingleShot(true);
+  embedding_.callOnTimeout([this] { follow_panels(); });
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_AlwaysShowToolTips);    // it is never the active window
   setAttribute(Qt::WA_TranslucentBackground); // round corners, where the desktop composes windows
@@ -56,27 +69,45 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
   watch_screen(QGuiApplication::primaryScreen());
 }
 
-void StatusIcon::show_in(bool panel) {
-  if (panel && !in_tray_) {
-    in_tray_ = std::make_unique<QSystemTrayIcon>(bars_icon());
-    in_tray_->setToolTip("Tandrel");
-    in_tray_->setContextMenu(&menu_);
-    QObject::connect(in_tray_.get(), &QSystemTrayIcon::activated, this,
-                     &StatusIcon::tray_icon_clicked);
-  } else if (!panel && desktop_.has_chosen_bus()) {
-    in_tray_.reset(); // LXQt does not show the same one again
+void StatusIcon::follow_panels() {
+  if (!in_panel_ && (desktop_.has_host() || (kind_ == Kind::undecided && desktop_.has_tray()))) {
+    make_panel_icon();
   }
-  if (in_tray_) { // kept for X's tray: Qt 6.8 may put a new one on the bus
-    in_tray_->setVisible(panel);
+  bool in_panel = kind_ == Kind::bus && desktop_.has_host() && in_panel_;
+  if (kind_ == Kind::tray) {
+    in_panel = desktop_.has_tray();
+    if (in_panel_->isVisible() != in_panel) { // kept: Qt 6.8 may put a new one on the bus
+      embedding_.start(embedding_time);
+      in_panel_->setVisible(in_panel);
+    }
+    in_panel = in_panel && (embedding_.isActive() || desktop_.is_embedded(window_in_tray()));
+  } else if (!in_panel) {
+    in_panel_.reset(); // LXQt does not show the same one again
   }
-  setVisible(!panel);
+  setVisible(!in_panel);
+}
+
+/// Does not where Qt finds no panel, as it may just have gone. Qt 6.8 uses the bus also where that
+/// has only the service that icons register at.
+void StatusIcon::make_panel_icon() {
+  if (desktop_.is_bus_silent() || !QSystemTrayIcon::isSystemTrayAvailable()) {
+    return;
+  }
+  in_panel_ = std::make_unique<QSystemTrayIcon>(bars_icon());
+  in_panel_->setToolTip("Tandrel");
+  in_panel_->setContextMenu(&menu_);
+  QObject::connect(in_panel_.get(), &QSystemTrayIcon::activated, this,
+                   &StatusIcon::tray_icon_clicked);
+  in_panel_->show();
+  embedding_.start(embedding_time);
+  kind_ = window_in_tray() != XCB_NONE ? Kind::tray : desktop_.has_host() ? Kind::bus : kind_;
 }
 
 void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
   if (reason != QSystemTrayIcon::Trigger) {
     return; // Qt itself opens the menu at a right click
   }
-  const QRect icon = in_tray_->geometry(); // on the bus nobody tells
+  const QRect icon = in_panel_->geometry(); // on the bus nobody tells
   if (may_place_windows()) {
     open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
   } else if (!raise_dialog()) {

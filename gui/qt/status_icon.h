@@ -11,10 +11,11 @@
 
 namespace td {
 
-/// Shows the icon as soon as it is known whether there is a panel. A left click opens the menu, or
-/// brings the open dialog to the front. This widget is the floating icon: a small window in front
-/// of others, at the top right of the primary monitor beside the desktop's bars. Where a program
-/// may not place windows it is an ordinary one. Main thread only.
+/// Shows the icon as soon as it is known whether there is a panel. Qt decides at the first one
+/// whether it uses the bus or X's tray, and from then on only panels of that kind count. A left
+/// click opens the menu, or brings the open dialog to the front. This widget is the floating icon:
+/// a small window in front of others, at the top right of the primary monitor beside the desktop's
+/// bars. Where a program may not place windows it is an ordinary one. Main thread only.
 class StatusIcon : public QWidget {
 public:
   /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
@@ -27,7 +28,10 @@ protected:
   void closeEvent(QCloseEvent *event) override;
 
 private:
-  void show_in(bool panel);
+  enum class Kind { undecided, bus, tray };
+
+  void follow_panels();
+  void make_panel_icon();
   void tray_icon_clicked(QSystemTrayIcon::ActivationReason reason);
   void open_menu(QRect icon);
   void watch_screen(QScreen *screen);
@@ -35,7 +39,9 @@ private:
 
   QMenu &menu_;
   std::function<void()> open_dashboard_;
-  std::unique_ptr<QSystemTrayIcon> in_tray_; // made when the first panel is seen
+  Kind kind_ = Kind::undecided; // of panel; decided by Qt at the first one that is seen
+  std::unique_ptr<QSystemTrayIcon> in_panel_;
+  QTimer embedding_; // runs while a tray has time to take the icon
   QMetaObject::Connection work_area_;
   Desktop desktop_;
 };

@@ -1,6 +1,7 @@
 """A panel for tests that takes icons by the session bus (StatusNotifierItem)."""
 
 import threading
+from collections import Counter
 
 from bus import call, connect
 from deadline import wait_until
@@ -8,6 +9,7 @@ from gi.repository import Gio, GLib
 from menu_bar import states_of
 
 WATCHER, WATCHER_PATH = "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher"
+PANEL = "IsStatusNotifierHostRegistered"
 ITEM_PATH = "/StatusNotifierItem"
 ITEM, MENU = "org.kde.StatusNotifierItem", "com.canonical.dbusmenu"
 PROPERTIES = "org.freedesktop.DBus.Properties"
@@ -80,15 +82,17 @@ class Host:
 
     As a program of its own it answers also while the test waits for something else. Without
     `takes_icons` it is only the service, to which `arrive` adds the panel that shows icons.
-    It does not answer the calls and questions named by `silent_at`, or before `answer`.
+    It does not answer the calls and questions named by `silent_at` until `answer`. When it is asked
+    for its panel for the second time, that is "gone" or it is "silent" if `second` says so.
     """
 
-    def __init__(self, bus, takes_icons=True, silent_at=()):
+    def __init__(self, bus, takes_icons=True, silent_at=(), second=None):
         self._takes_icons = takes_icons
         self._items = []
         self._silent_at = silent_at
         self._answers = threading.Event()  # also what it is silent at
-        self._asked = set()
+        self._asked = Counter()
+        self._second = second
         self._connection = connect(bus.address)
         self._loop = GLib.MainLoop(GLib.MainContext())
         started = threading.Event()
@@ -109,8 +113,11 @@ class Host:
         return call(self._connection, name, path, name, method, arguments)[0]
 
     def _note(self, name):
-        self._asked.add(name)
-        if name in self._silent_at:
+        self._asked[name] += 1
+        is_second = self._asked[PANEL] == 2 and name == PANEL
+        if is_second and self._second == "gone":
+            self.leave()
+        if name in self._silent_at or (is_second and self._second == "silent"):
             self._answers.wait()
 
     def _call(self, _connection, sender, _path, _interface, method, arguments, invocation):
@@ -123,7 +130,7 @@ class Host:
 
     def _get(self, _connection, _sender, _path, _interface, name):
         self._note(name)
-        if name == "IsStatusNotifierHostRegistered":
+        if name == PANEL:
             return GLib.Variant("b", self._takes_icons)
         if name == "ProtocolVersion":
             return GLib.Variant("i", 0)
@@ -153,9 +160,13 @@ class Host:
         """Waits for the icon."""
         return wait_until(self.icons, "an icon on the bus")[0]
 
+    def asked(self, name):
+        """How often it has got a call or a question."""
+        return self._asked[name]
+
     def wait_until_asked(self, name):
         """Waits for a call or a question."""
-        wait_until(lambda: name in self._asked, name)
+        wait_until(lambda: self.asked(name), name)
 
     def answer(self):
         """Answers what it has been silent at."""

@@ -55,6 +55,19 @@ def test_the_icon_outlives_a_tray_that_dies_before_it_has_embedded(floating):
     floating.docked()
 
 
+def test_the_icon_floats_while_a_tray_does_not_embed_it(floating):
+    tray = floating.tray(embeds=False)
+    tray.icon()
+    wait_until(lambda: not floating.menu_bar.windows(), "the icon to be handed over")
+    wait_until_at(floating, FLOATING)
+    assert floating.menu_bar.states() == ALL_RUNNING
+    tray.embed()
+    floating.wait_until_docked(tray)
+    assert floating.menu_bar.states() == ALL_RUNNING
+    tray.die()
+    wait_until_at(floating, FLOATING)
+
+
 def test_the_icon_docks_in_a_tray_that_has_restarted_at_once(floating):
     """The window of the new tray then has the id of the old one's."""
     tray = floating.tray()

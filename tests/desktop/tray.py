@@ -15,8 +15,8 @@ PLACE = (300, 600)  # of the icon
 class Tray:
     """Owns the selection of a screen's tray from the start, until `die`.
 
-    It shows each icon that asks, `size` pixels wide and high, unless `embeds` is false: as a program
-    of its own it does so while the test waits for something else. `colour` is its window's. With
+    It shows each icon that asks, `size` pixels wide and high, unless `embeds` is false, then `embed`
+    shows the last one: as a program of its own it does so while the test waits for something else. `colour` is its window's. With
     `alpha` it asks for icons that have an alpha channel; what it shows then is not composed, only
     kept. A `saved` icon stays when the tray dies. `number` is the screen's, on a display with several.
     """
@@ -47,7 +47,7 @@ class Tray:
         message = event.ClientMessage(window=root, client_type=self._atom("MANAGER"), data=data)
         root.send_event(message, event_mask=X.StructureNotifyMask)
         self._display.sync()
-        self._end, self._ends = os.pipe()  # readable once it is to end
+        self._end, self._ends = os.pipe()  # what the thread is told: to end or to embed
         self._thread = threading.Thread(target=self._run, daemon=True)
         self._thread.start()
 
@@ -60,7 +60,9 @@ class Tray:
                 while self._display.pending_events():
                     self._handle(self._display.next_event())
                 if self._end in select.select([self._display, self._end], [], [])[0]:
-                    break
+                    if os.read(self._end, 1) == b"x":
+                        break
+                    self._embed(self._asked[-1])
             self._display.close()
         except error.ConnectionClosedError:
             pass  # the server has ended first
@@ -88,6 +90,10 @@ class Tray:
     def icon(self):
         """Waits for an icon that asks to be shown; returns its window's id."""
         return wait_until(self.asked, "an icon that asks to be shown")
+
+    def embed(self):
+        """Shows the icon after all."""
+        os.write(self._ends, b"e")
 
     def die(self):
         """Ends like a program that is killed: the X server destroys its windows."""

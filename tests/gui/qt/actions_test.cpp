@@ -92,12 +92,12 @@ TEST(Actions, OpenDashboardRunsTheDesktopsCommandWithTheAddress) {
   });
 }
 
-TEST(Actions, OpenDashboardHandsNoDescriptorOver) {
+TEST(Actions, OpenDashboardHandsNeitherDescriptorNorFatalWarningsOver) {
   const Folder folder;
   const std::string inherited = folder.path + "/inherited", program = folder.path + "/open",
                     opened = folder.path + "/opened";
-  std::ofstream(program) << "#!/bin/sh\nls -l /proc/self/fd >'" << opened << ".new'; mv '" << opened
-                         << ".new' '" << opened << "'\n";
+  std::ofstream(program) << "#!/bin/sh\n(env; ls -l /proc/self/fd) >'" << opened << ".new'; mv '"
+                         << opened << ".new' '" << opened << "'\n";
   chmod(program.c_str(), 0700);
   const int descriptor = open(inherited.c_str(), O_CREAT | O_WRONLY, 0600);
   const SearchPath path(folder.path + ":" + getenv("PATH"));
@@ -106,6 +106,7 @@ TEST(Actions, OpenDashboardHandsNoDescriptorOver) {
     EXPECT_TRUE(run_loop_until([&] { return !contents(opened).empty(); }));
   });
   EXPECT_NE(contents(opened).find("/dev/null"), std::string::npos);
+  EXPECT_EQ(contents(opened).find("DBUS_FATAL_WARNINGS"), std::string::npos);
   EXPECT_EQ(contents(opened).find(inherited), std::string::npos) << contents(opened);
   close(descriptor);
 }

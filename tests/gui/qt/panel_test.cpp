@@ -66,16 +66,6 @@ void follow_a_tray() {
   });
 }
 
-/// The toolkit may hand the icon over to the watcher.
-void find_a_tray_beside_a_watcher() {
-  const Bus bus;
-  td::make_application();
-  const Watcher watcher(bus);
-  XServer server;
-  server.open_tray();
-  run_interface(recorded_config(), [](const Interface &) {});
-}
-
 [[noreturn]] void end_after(void (*test)()) {
   allow_exit();
   test();
@@ -89,13 +79,6 @@ TEST(Panel, OfXTakesTheIconAndGivesItBack) {
     GTEST_SKIP();
   }
   EXPECT_EXIT(end_after(follow_a_tray), success, "");
-}
-
-TEST(Panel, OfXIsNoneBesideAWatcherOnTheBus) {
-  if (!XServer::is_there()) {
-    GTEST_SKIP();
-  }
-  EXPECT_EXIT(end_after(find_a_tray_beside_a_watcher), success, "");
 }
 
 TEST(Panel, IsNotWaitedForWhereTheBusIsStopped) {

@@ -6,6 +6,7 @@
 #include "qt/application.h"
 #include "x_server.h"
 
+#include <QApplication>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -254,6 +255,14 @@ TEST(Process, QuitsWhenTheXServerIsGoneInEveryState) {
       EXPECT_EXIT(start(), success, "Tandrel: the display is gone: quitting.\n1 quit\n$") << theme;
     }
   }
+}
+
+TEST(Process, ThatLosesTheDisplayAfterQuitSucceeds) {
+  const auto quit = [](const Interface &interface) {
+    QObject::connect(qApp, &QObject::destroyed, [] { std::exit(EXIT_FAILURE); });
+    calls_of(interface, "Quit Tandrel");
+  };
+  EXPECT_EXIT(quit_when(quit), success, "1 quit\nTandrel: the display is gone: quitting.\n");
 }
 
 TEST(Process, ThatIsEndedAfterTheInterfaceDoesNot) {

@@ -37,13 +37,14 @@ QPoint menu_place(QRect icon, QSize menu) {
 namespace td {
 
 StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
-    : QWidget(nullptr, window_kind()), menu_(menu), open_dashboard_(std::move(open_dashboard)),
+    : menu_(menu), open_dashboard_(std::move(open_dashboard)),
       desktop_([this](bool available) { show_in(available); },
                [this] { // the window manager does not know this window
                  if (QApplication::activePopupWidget() == nullptr) {
                    raise();
                  }
                }) {
+  setWindowFlags(window_kind());
   setAttribute(Qt::WA_ShowWithoutActivating);
   setAttribute(Qt::WA_AlwaysShowToolTips);    // it is never the active window
   setAttribute(Qt::WA_TranslucentBackground); // round corners, where the desktop composes windows
@@ -54,6 +55,7 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
   QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
                    &StatusIcon::watch_screen);
   watch_screen(QGuiApplication::primaryScreen());
+  QObject::connect(this, &QAbstractButton::clicked, this, [this] { open_menu(geometry()); });
 }
 
 void StatusIcon::show_in(bool panel) {

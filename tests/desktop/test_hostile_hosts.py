@@ -45,7 +45,8 @@ def check_never_two_hubs(desktop):
 
 def check_quits(desktop, caller, order=STOP_ORDER):
     """Quit stops in order everything that runs."""
-    assert caller.call(*clicked(caller.row("Quit"))) == ()
+    # After a flood the launcher may end before all its answers are on their way.
+    assert caller.call(*clicked(caller.row("Quit"))) in ((), f"{ERROR}NoReply")
     assert desktop.run.wait() == 0
     assert stops(desktop.suite)[-len(order) :] == order
     assert desktop.run.output.endswith(STOPPED) and desktop.run.output.count(STOPPED) == 1

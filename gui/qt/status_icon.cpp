@@ -48,13 +48,14 @@ QPoint menu_place(QRect icon, QSize menu) {
 namespace td {
 
 StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
-    : QWidget(nullptr, window_kind()), menu_(menu), open_dashboard_(std::move(open_dashboard)),
+    : menu_(menu), open_dashboard_(std::move(open_dashboard)),
       desktop_([this] { follow_panels(); },
                [this] { // the window manager does not know this window
                  if (QApplication::activePopupWidget() == nullptr) {
                    raise();
                  }
                }) {
+  setWindowFlags(window_kind());
   embedding_.setSingleShot(true);
   embedding_.callOnTimeout([this] { follow_panels(); });
   setAttribute(Qt::WA_ShowWithoutActivating);
@@ -67,6 +68,7 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
   QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
                    &StatusIcon::watch_screen);
   watch_screen(QGuiApplication::primaryScreen());
+  QObject::connect(this, &QAbstractButton::clicked, this, [this] { open_menu(geometry()); });
 }
 
 void StatusIcon::follow_panels() {

@@ -3,6 +3,7 @@
 
 #include "qt/desktop.h"
 
+#include <QAbstractButton>
 #include <QMenu>
 #include <QScreen>
 #include <QSystemTrayIcon>
@@ -13,10 +14,10 @@ namespace td {
 
 /// Shows the icon as soon as it is known whether there is a panel. Qt decides at the first one
 /// whether it uses the bus or X's tray, and from then on only panels of that kind count. A left
-/// click opens the menu, or brings the open dialog to the front. This widget is the floating icon:
+/// click opens the menu, or brings the open dialog to the front. This button is the floating icon:
 /// a small window in front of others, at the top right of the primary monitor beside the desktop's
 /// bars. Where a program may not place windows it is an ordinary one. Main thread only.
-class StatusIcon : public QWidget {
+class StatusIcon : public QAbstractButton {
 public:
   /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
   /// program may not place a menu; a right click still opens it there.

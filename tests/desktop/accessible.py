@@ -8,6 +8,7 @@ REGISTRY = "org.a11y.atspi.Registry"
 ROOT = "/org/a11y/atspi/accessible/root"
 EVENT = "org.a11y.atspi.Event"
 ACCESSIBLE, ACTION = "org.a11y.atspi.Accessible", "org.a11y.atspi.Action"
+EDITABLE = "org.a11y.atspi.EditableText"
 COMPONENT, TEXT = "org.a11y.atspi.Component", "org.a11y.atspi.Text"
 # The numbers that AT-SPI gives to roles, whose names change from one toolkit's version to another.
 ROLES = {
@@ -96,6 +97,10 @@ class Accessible:
         x, y, width, height = self.rect
         return x + width // 2, y + height // 2
 
+    def replace_text(self, text):
+        """What a screen reader types into a field."""
+        self._call(EDITABLE, "SetTextContents", GLib.Variant("(s)", (text,)))
+
     def act(self):
         """What a screen reader has it do: a button is pressed, an item chosen."""
         self._call(ACTION, "DoAction", GLib.Variant("(i)", (0,)))
@@ -134,15 +139,25 @@ class Accessibility:
         session.close_sync(None)
         self._connection = connect(address)
         self._shown = set()  # a menu is in no window: it is known by the event when it is shown
+        self._focused = []
+        self._subscribe("showing", self._note_shown)
+        self._subscribe("focused", self._note_focused)
+
+    def _subscribe(self, state, note):
+        """Calls `note` with what has changed that state, and whether it is now in it."""
         self._connection.signal_subscribe(
-            None, f"{EVENT}.Object", "StateChanged", None, "showing",
-            Gio.DBusSignalFlags.NONE, lambda _, owner, path, *__: self._note(owner, path),
+            None, f"{EVENT}.Object", "StateChanged", None, state, Gio.DBusSignalFlags.NONE,
+            lambda _, owner, path, *event: note(Accessible(self, owner, path), event[2][1]),
         )  # fmt: skip
-        wanted = GLib.Variant("(sass)", ("object:state-changed:showing", [], ""))
+        wanted = GLib.Variant("(sass)", (f"object:state-changed:{state}", [], ""))
         self.call(REGISTRY, "/org/a11y/atspi/registry", REGISTRY, "RegisterEvent", wanted)
 
-    def _note(self, owner, path):
-        self._shown.add(Accessible(self, owner, path))
+    def _note_shown(self, part, _):
+        self._shown.add(part)
+
+    def _note_focused(self, part, is_focused):
+        if is_focused and (part.role, part.name) not in self._focused[-1:]:
+            self._focused.append((part.role, part.name))
 
     def call(self, *question):
         """Calls a method of a program's; returns its result: the only one, or all."""
@@ -158,10 +173,19 @@ class Accessibility:
         windows = [window for program in self.programs() for window in program.children]
         return [window for window in windows if window.is_showing()]
 
-    def menus(self):
-        """The open menus and submenus."""
+    @staticmethod
+    def _hear():
         while GLib.MainContext.default().iteration(False):
             pass
+
+    def focused(self):
+        """Role and name of all that was told to have got the focus, in order."""
+        self._hear()
+        return self._focused
+
+    def menus(self):
+        """The open menus and submenus."""
+        self._hear()
         return [part for part in self._shown if part.is_showing() and part.role == "menu"]
 
     def close(self):

@@ -12,6 +12,9 @@ CONFIGURATION = """<busconfig>
   <listen>unix:path={folder}/bus</listen>
   <auth>EXTERNAL</auth>
   <servicedir>{folder}/services</servicedir>
+  <limit name="max_replies_per_connection">50000</limit>
+  <limit name="max_incoming_bytes">1000000000</limit>
+  <limit name="max_outgoing_bytes">1000000000</limit>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>

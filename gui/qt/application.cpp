@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <semaphore.h>
 #include <unistd.h>
 
 namespace {
@@ -23,15 +24,31 @@ std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
 std::string g_reason;                  // why the display does not work: the first message about it
 
 void (*g_quit)() = nullptr;
-std::atomic<bool> g_quits_at_exit{false};
 
-/// Any thread may notice that the display is gone; exit() destroys what the main one uses.
+constexpr pid_t nobody = 0;
+std::atomic<pid_t> g_ending_thread{getpid()}; // nobody: the first that ends the process is to quit
+sem_t g_has_quit;                             // posted once only the application is left
+
+/// Any thread may notice that the display is gone; exit() destroys what the main one uses, which
+/// waits for this thread when it deletes the application.
 [[noreturn]] void end_process() {
-  while (gettid() != getpid()) {
+  if (gettid() != getpid()) {
     QMetaObject::invokeMethod(qApp, end_process, Qt::QueuedConnection);
-    pause();
+    while (sem_wait(&g_has_quit) != 0) {}
+    _exit(EXIT_SUCCESS);
   }
   std::exit(EXIT_FAILURE);
+}
+
+/// Whether this thread is the first that ends the process. If another one is, it waits for ever:
+/// the status is the first one's, and what is left is for that one.
+bool is_first_to_end() {
+  pid_t first = nobody;
+  const bool is_first = g_ending_thread.compare_exchange_strong(first, gettid());
+  while (!is_first && first != gettid()) {
+    pause();
+  }
+  return is_first;
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
@@ -59,10 +76,7 @@ void handle_exit(int status, void * /*unused*/) {
   if (g_is_trial) {
     _exit(EXIT_FAILURE);
   }
-  if (!g_quits_at_exit.exchange(false)) {
-    while (gettid() != getpid()) { // what is left is for the thread that came first
-      pause();
-    }
+  if (!is_first_to_end()) {
     return;
   }
   if (status == EXIT_FAILURE && !g_is_fatal) {
@@ -152,6 +166,7 @@ void make_application(bool in_trial) {
     return;
   }
   g_is_trial = in_trial;
+  sem_init(&g_has_quit, 0, 0);
   on_exit(handle_exit, nullptr);
   qInstallMessageHandler(handle_message);
   QCoreApplication::setAttribute(Qt::AA_DisableSessionManager);
@@ -170,12 +185,18 @@ void make_application(bool in_trial) {
 
 void quit_at_exit(void (*quit)()) {
   g_quit = quit;
-  g_quits_at_exit = true;
+  pid_t main_thread = getpid();
+  g_ending_thread.compare_exchange_strong(main_thread, nobody);
   on_exit(handle_exit, nullptr);
 }
 
 void forget_quit_at_exit() {
-  g_quits_at_exit = false;
+  is_first_to_end();
+}
+
+void delete_application() {
+  sem_post(&g_has_quit);
+  delete qApp;
 }
 
 } // namespace td

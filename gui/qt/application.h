@@ -18,7 +18,13 @@ void make_application(bool in_trial = false);
 /// handlers, so that it precedes them; `quit` is called once all the same. Main thread only.
 void quit_at_exit(void (*quit)());
 
-/// Undoes quit_at_exit.
+/// Undoes quit_at_exit. Does not return when another thread is ending the process. Main thread
+/// only.
 void forget_quit_at_exit();
+
+/// Deletes the application, once everything else is done: hands what was copied over to the
+/// desktop's clipboard manager. The process ends with status 0 if the display goes meanwhile. Main
+/// thread only.
+void delete_application();
 
 } // namespace td

@@ -62,7 +62,7 @@ void run(const GuiConfig &config) {
   const bool quits = show_interface(copy);
   td::forget_quit_at_exit();
   if (quits) {
-    delete qApp; // hands what was copied over to the desktop's clipboard manager
+    td::delete_application();
     std::exit(EXIT_SUCCESS);
   }
 }

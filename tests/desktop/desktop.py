@@ -113,6 +113,12 @@ class Desktop:
         self.menu_bar.choose("Quit")
         return self.run.wait()
 
+    def errors(self):
+        """What the launcher has written on standard error, in lines, but for what Qt says of screen
+        readers: that they ask about what has just closed, or that their bus has ended."""
+        lines = self.run.errors.decode().splitlines()
+        return [line for line in lines if not re.search("[Aa]ccessib|QSpi", line)]
+
     def pids(self):
         """The process ids of hub, receiver and sender."""
         return [self.suite.process(name).pid for name in COMPONENTS]

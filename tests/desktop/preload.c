@@ -4,6 +4,8 @@
 //                     xcb_map_window, stops its process until SIGCONT
 //   TD_GATE=FIFO      the launcher, once the X server has its first xcb_set_selection_owner, waits
 //                     until the FIFO's writer has closed it
+//   TD_JOIN=FIFO      the launcher's main thread does the same before it has Qt's thread of the Wayland
+//                     connection end, by a byte 0 in a pipe
 //   TD_EXIT=FIFO      a thread of the launcher calls exit(5) once the FIFO's writer has closed it
 //   TD_HANDLER=1      the first call of XOpenDisplay registers a handler that ends the process with
 //                     status 6 when it exits, as a plug-in may
@@ -19,6 +21,7 @@
 #include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 typedef struct {
@@ -87,6 +90,16 @@ Cookie xcb_set_selection_owner(void *connection, uint32_t owner, uint32_t select
     wait_for_end(fifo);
   }
   return cookie;
+}
+
+ssize_t write(int descriptor, const void *data, size_t size) {
+  static int calls;
+  const char *fifo = getenv("TD_JOIN");
+  if (fifo && is_launcher() && gettid() == launcher && size == 1 && !*(const char *)data &&
+      !calls++) {
+    wait_for_end(fifo);
+  }
+  return syscall(SYS_write, descriptor, data, size);
 }
 
 int getifaddrs(struct ifaddrs **list) {

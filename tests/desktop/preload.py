@@ -25,7 +25,7 @@ class Gate:
         os.mkfifo(self._fifo)
 
     def environment(self, change):
-        """`change` is TD_GATE or TD_EXIT."""
+        """`change` is TD_GATE, TD_JOIN or TD_EXIT."""
         return preloaded(self._folder, **{change: str(self._fifo)})
 
     def wait_for_call(self):

@@ -31,8 +31,8 @@ class SlowSender:
         self._suite.set_behaviour("sender", "record=events.jsonl")
 
     def check_stopped(self, restarted=False):
-        """Checks that receiver and hub were stopped after its end, and nothing else, or what has been
-        `restarted` since, in order."""
+        """Checks that the receiver and the hub were stopped after its end; if all components were
+        `restarted`, then those, in order."""
         asked = self._suite.events("ignored", "td_sender")[0]["time_ns"]
         assert self._suite.events("stop", "td_receiver")[0]["time_ns"] - asked > KILL_DELAY // 2
         stopped = stops(self._suite)

@@ -23,7 +23,7 @@ from tray import Tray
 inherited_signals.handle_ignored()
 
 
-# Of the user's own session and preferences nothing reaches a test.
+# Variables of the user's own session and preferences, which are kept from the tests.
 SESSION = re.compile("(AT_SPI|DBUS|DESKTOP|GDK|GTK|KDE|QT|SESSION|WAYLAND|XDG|XAUTHORITY).*")
 
 

@@ -11,14 +11,14 @@ from deadline import wait_until
 from dialogs import PortsDialog
 from test_tray import FLOATING
 
-# Seconds from the suite's start to the icon: 2 for the bus that does not answer, the rest for a
-# machine that has other work to do. Each question to the bus would wait for 25.
+# Seconds from the suite's start to the icon: 2 for the bus that does not answer, the rest for a busy
+# machine. Each question to the bus would wait for 25.
 LONGEST_WAIT = 5
 THEMES = pytest.mark.parametrize("theme", ["", "XFCE"])  # the desktop's: none, by GTK
 
 
 def check_works(desktop):
-    """Checks that the icon floats and its menu quits; nobody tells what it shows without a bus."""
+    """Checks that the icon floats and its menu quits; without a bus the menu's rows cannot be read."""
     icon = desktop.menu_bar.icon()
     before = desktop.menu_bar.windows().keys()
     desktop.screen.click(icon.x + icon.width // 2, icon.y + icon.height // 2)
@@ -85,7 +85,7 @@ def test_an_icon_in_the_tray_does_not_notice_the_end_of_the_bus(desktop):
 @pytest.mark.parametrize("address", ["", "autolaunch:"])
 def test_without_a_bus_none_is_started(desktop, address):
     before = desktop.processes()
-    desktop.suite.tool("dbus-launch")  # run unless it is installed
+    desktop.suite.tool("dbus-launch")  # records its calls
     desktop.change({"DBUS_SESSION_BUS_ADDRESS": address})
     desktop.suite.record(*COMPONENTS)
     desktop.start()

@@ -44,7 +44,7 @@ def check_ended_like_quit(run, suite):
 @LOSSES
 def test_the_loss_of_the_display_ends_the_run_like_quit(shown, lose):
     desktop, menu = shown
-    menu.states()  # it is there
+    menu.states()  # waits for it
     lose(desktop)
     check_ended_like_quit(desktop.run, desktop.suite)
     assert stops(desktop.suite) == STOP_ORDER

@@ -104,7 +104,7 @@ def test_a_dialog_waits_for_a_window_manager_that_hangs(running):
 def test_a_dialog_can_be_used_while_the_window_manager_hangs(running):
     http, udp = running.suite.ports.free(), running.suite.ports.free()
     dialog = PortsDialog(running)
-    running.screen.suspend_manager()  # which clicks go through
+    running.screen.suspend_manager()  # clicks work without it
     for port in (http, udp):
         running.screen.press("Tab")
         running.screen.type(str(port))

@@ -5,8 +5,7 @@
 //   TD_GATE=FIFO      the launcher, once the X server has its first xcb_set_selection_owner, waits
 //                     until the FIFO's writer has closed it
 //   TD_JOIN=FIFO      the launcher's main thread does the same before it ends Qt's thread for
-//   Wayland,
-//                     by a byte 0 in a pipe
+//                     Wayland by a byte 0 in a pipe
 //   TD_EXIT=FIFO      a thread of the launcher calls exit(5) once the FIFO's writer has closed it
 //   TD_HANDLER=1      the first call of XOpenDisplay registers a handler that ends the process with
 //                     status 6 when it exits, as a plug-in may

@@ -23,7 +23,9 @@ std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
 std::string g_reason;                  // why the display does not work: the first message about it
 
 void (*g_quit)() = nullptr;
-std::atomic<bool> g_quits_at_exit{false};
+
+constexpr pid_t nobody = 0;
+std::atomic<pid_t> g_ending_thread{getpid()}; // nobody: the first that ends the process is to quit
 
 /// Any thread may notice that the display is gone; exit() destroys what the main one uses.
 [[noreturn]] void end_process() {
@@ -32,6 +34,17 @@ std::atomic<bool> g_quits_at_exit{false};
     pause();
   }
   std::exit(EXIT_FAILURE);
+}
+
+/// Whether this thread is the first that ends the process. If another one is, it waits for ever:
+/// the status is the first one's, and what is left is for that one.
+bool is_first_to_end() {
+  pid_t first = nobody;
+  const bool is_first = g_ending_thread.compare_exchange_strong(first, gettid());
+  while (!is_first && first != gettid()) {
+    pause();
+  }
+  return is_first;
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
@@ -60,10 +73,7 @@ void handle_exit(int status, void * /*unused*/) {
   if (g_is_trial) {
     _exit(EXIT_FAILURE);
   }
-  if (!g_quits_at_exit.exchange(false)) {
-    while (gettid() != getpid()) { // what is left is for the thread that came first
-      pause();
-    }
+  if (!is_first_to_end()) {
     return;
   }
   if (status == EXIT_FAILURE && !g_is_fatal) {
@@ -171,7 +181,8 @@ void make_application(bool in_trial) {
 
 void quit_at_exit(void (*quit)()) {
   g_quit = quit;
-  g_quits_at_exit = true;
+  pid_t main_thread = getpid();
+  g_ending_thread.compare_exchange_strong(main_thread, nobody);
   on_exit(handle_exit, nullptr);
 }
 

@@ -59,7 +59,9 @@ class Bus:
             stdout=subprocess.PIPE,
             stderr=subprocess.DEVNULL,
         )
-        assert self._process.stdout.readline(), "the bus has not started"
+        if not self._process.stdout.readline():
+            self.end()
+            raise AssertionError("the bus has not started")
 
     def suspend(self):
         """Stops the bus until `resume`: it accepts connections and does not answer."""

@@ -9,10 +9,37 @@ import pytest
 # The desktop tests share the support modules of the system tests.
 sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 
-from components import COMPONENTS  # noqa: E402
+from component_events import KILL_DELAY, stops  # noqa: E402
+from components import COMPONENTS, STOP_ORDER  # noqa: E402
+from compositor import Compositor  # noqa: E402
+from deadline import wait_until  # noqa: E402
 from desktop import Desktop  # noqa: E402
 
 Shown = namedtuple("Shown", "desktop menu")
+
+
+class SlowSender:
+    """A sender that ignores SIGTERM, so that it is killed; the next one that is started does not."""
+
+    def __init__(self, suite):
+        self._suite = suite
+        suite.set_behaviour("sender", "ignore-sigterm")
+
+    def wait_until_asked(self):
+        """Waits until it has got SIGTERM."""
+        wait_until(lambda: self._suite.events("ignored", "td_sender"), "SIGTERM")
+        self._suite.set_behaviour("sender", "record=events.jsonl")
+
+    def check_stopped(self, restarted=False):
+        """Checks that the receiver and the hub were stopped after its end; if all components were
+        `restarted`, then those, in order."""
+        asked = self._suite.events("ignored", "td_sender")[0]["time_ns"]
+        assert self._suite.events("stop", "td_receiver")[0]["time_ns"] - asked > KILL_DELAY // 2
+        stopped = stops(self._suite)
+        assert stopped[:2] == ["td_receiver", "td_hub"]
+        # A component that has just been started may end before it records anything.
+        later = [name for name in STOP_ORDER if restarted and name in stopped[2:]]
+        assert stopped[2:] == later
 
 
 @pytest.fixture
@@ -51,6 +78,21 @@ def shown(request, desktop):
     if desktop.run.process.poll() is None:
         menu.choose("Quit")
         assert desktop.run.wait() == 0
+
+
+@pytest.fixture
+def compositor(desktop):
+    """A Wayland compositor, and components that record what happens to them."""
+    desktop.suite.record(*COMPONENTS)
+    compositor = Compositor(desktop)
+    yield compositor
+    compositor.end()
+
+
+@pytest.fixture
+def slow_sender(desktop):
+    """The sender of a launcher that is started afterwards."""
+    return SlowSender(desktop.suite)
 
 
 @pytest.fixture

@@ -23,7 +23,7 @@ from tray import Tray
 inherited_signals.handle_ignored()
 
 
-# Of the user's own session and preferences nothing reaches a test.
+# Variables of the user's own session and preferences, which are kept from the tests.
 SESSION = re.compile("(AT_SPI|DBUS|DESKTOP|GDK|GTK|KDE|QT|SESSION|WAYLAND|XDG|XAUTHORITY).*")
 
 
@@ -112,6 +112,12 @@ class Desktop:
         """Chooses Quit; returns the launcher's exit status."""
         self.menu_bar.choose("Quit")
         return self.run.wait()
+
+    def errors(self):
+        """What the launcher has written on standard error, in lines, but for what Qt says of screen
+        readers: that they ask about what has just closed, or that their bus has ended."""
+        lines = self.run.errors.decode().splitlines()
+        return [line for line in lines if not re.search("[Aa]ccessib|QSpi", line)]
 
     def pids(self):
         """The process ids of hub, receiver and sender."""

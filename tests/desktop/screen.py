@@ -15,8 +15,7 @@ from Xlib.protocol import event
 Rect = namedtuple("Rect", "x y width height")
 SIZE = (1024, 768)
 FIXED_SIZE = ("Xvfb", "-screen", "0", f"{SIZE[0]}x{SIZE[1]}x24")
-# A server whose screen can change its size. Nobody looks at it through the network, but it insists on a
-# socket.
+# A server whose screen can change its size. It needs a socket for viewers, though there are none.
 ANY_SIZE = ("Xvnc", "-geometry", f"{SIZE[0]}x{SIZE[1]}", "-depth", "24")
 ANY_SIZE += ("-SecurityTypes", "None", "-rfbport", "-1")
 
@@ -121,14 +120,14 @@ class Screen:
         return not made.get_attributes().override_redirect
 
     def set_root_property(self, name, *numbers):
-        """Tells all programs something, as a window manager does."""
+        """Sets a property of the root window, as a window manager does."""
         self._root.change_property(
             self._display.intern_atom(name), Xatom.CARDINAL, 32, list(numbers)
         )
         self._display.sync()
 
     def set_resource(self, name, value):
-        """What users keep in their X resources."""
+        """Sets one of the X resources, which hold users' preferences."""
         text = f"{name}:\t{value}\n".encode()
         self._root.change_property(Xatom.RESOURCE_MANAGER, Xatom.STRING, 8, text)
         self._display.sync()
@@ -143,7 +142,7 @@ class Screen:
         return window
 
     def set_state(self, window, *states):
-        """Says of a window what state it is in, as a window manager does."""
+        """Sets the states of a window, as a window manager does."""
         atoms = [self._display.intern_atom(state) for state in states]
         name = self._display.intern_atom("_NET_WM_STATE")
         window.change_property(name, Xatom.ATOM, 32, atoms)
@@ -164,7 +163,7 @@ class Screen:
         return owner.id if owner else 0
 
     def own(self, selection):
-        """Owns a selection, as the program does that it stands for, until the screen closes."""
+        """Owns a selection, in place of the program that it stands for, until the screen closes."""
         depth = self._display.screen().root_depth
         window = self._root.create_window(0, 0, 1, 1, 0, depth)
         window.set_selection_owner(self._display.intern_atom(selection), X.CurrentTime)
@@ -358,7 +357,7 @@ class Screen:
 
 
 def _end(server, number):
-    """Ends an X server, which does not notice a signal that comes right before it waits for requests."""
+    """Ends an X server; it misses a signal that comes just before it waits for requests."""
     while server.poll() is None:
         server.send_signal(number)
         with suppress(subprocess.TimeoutExpired):

@@ -32,9 +32,8 @@ def test_stop_and_start_of_a_component(shown):
     wait_until(lambda: not desktop.suite.processes("sender"), "the sender's end")
     assert menu.states() == {**ALL_RUNNING, "Sender": "stopped"}
     menu.choose("Sender", "Start")
-    wait_until(lambda: desktop.suite.processes("sender"), "the sender's start")
+    wait_until(lambda: programs(desktop, "start").count("td_sender") == 2, "the sender's start")
     assert menu.states() == ALL_RUNNING
-    assert programs(desktop, "start").count("td_sender") == 2
 
 
 def test_restart_of_a_component(shown):

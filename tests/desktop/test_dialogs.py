@@ -1,9 +1,13 @@
 """How the dialogs behave on a desktop."""
 
 import pytest
+from component_events import stops
+from console import STOPPED
 from deadline import wait_until
 from dialogs import Dialog, PortsDialog
 from screen import Rect
+from test_components import ALL_RUNNING
+from test_tray import FLOATING
 
 COVER, COVERED = 0x806040, (0x80, 0x60, 0x40)
 WARNING = "Could not change the ports"
@@ -165,3 +169,31 @@ def test_space_presses_the_button_that_has_the_focus(running):
         running.screen.press("Tab")
     dialog.answer("space")
     check_nothing_changed(running, before)
+
+
+@pytest.mark.parametrize("shown", ["tray", "bus"], indirect=True)
+def test_a_dialog_outlives_the_panel(shown):
+    desktop, menu = shown
+    menu.choose("Settings")
+    dialog = Dialog(desktop, "Tandrel Settings")
+    desktop.end_panels()
+    wait_until(lambda: FLOATING in desktop.menu_bar.windows().values(), "the floating icon")
+    assert desktop.screen.has_focus(dialog.window)
+    dialog.answer("Escape")
+    assert desktop.menu_bar.states() == ALL_RUNNING
+    assert desktop.quit() == 0
+
+
+def test_a_panels_menu_works_while_a_dialog_is_open(in_panel):
+    desktop, host = in_panel
+    icon = host.icon()
+    icon.choose("Settings")
+    dialog = Dialog(desktop, "Tandrel Settings")
+    icon.choose("Hub", "Stop")
+    wait_until(lambda: icon.states() == {**ALL_RUNNING, "Hub": "stopped"}, "the hub's end")
+    icon.choose("Settings")
+    assert [*desktop.menu_bar.windows()] == [dialog.window]
+    icon.choose("Quit")
+    assert desktop.run.wait() == 0
+    assert desktop.run.output.endswith(STOPPED) and desktop.errors() == []
+    assert stops(desktop.suite) == ["td_hub", "td_sender", "td_receiver"]

@@ -4,12 +4,13 @@ from signal import SIGCONT, SIGKILL, SIGTERM
 
 import pytest
 import system
-from component_events import KILL_DELAY, start_recording, stops
-from components import COMPONENTS, STOP_ORDER
+from component_events import start_recording, stops
+from components import STOP_ORDER
 from console import STOPPED, UNAVAILABLE
 from deadline import wait_until
 from dialogs import Dialog, PortsDialog
 from preload import preloaded
+from test_clipboard import copy_address, start_clipboard_manager
 
 GONE = b"Tandrel: the display is gone: quitting.\n"
 
@@ -29,17 +30,21 @@ def close_connection(desktop):
 LOSSES = pytest.mark.parametrize("lose", [end_server, kill_server, close_connection])
 
 
-def check_ended_like_quit(run, suite):
+def check_ended(run, suite):
     assert run.wait() == 0
     assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
-    assert run.errors.endswith(GONE) and run.errors.count(GONE) == 1
     assert not suite.processes()
+
+
+def check_ended_like_quit(run, suite):
+    check_ended(run, suite)
+    assert run.errors.endswith(GONE) and run.errors.count(GONE) == 1
 
 
 @LOSSES
 def test_the_loss_of_the_display_ends_the_run_like_quit(shown, lose):
     desktop, menu = shown
-    menu.states()  # it is there
+    menu.states()  # waits for it
     lose(desktop)
     check_ended_like_quit(desktop.run, desktop.suite)
     assert stops(desktop.suite) == STOP_ORDER
@@ -73,22 +78,34 @@ def test_the_loss_of_the_display_ends_the_run_whatever_is_open(running, lose, us
 
 
 @LOSSES
-def test_an_operation_returns_before_the_loss_ends_the_run(desktop, lose):
-    suite = desktop.suite
-    suite.set_behaviour("sender", "ignore-sigterm")
-    suite.record(*COMPONENTS)
-    desktop.start()
-    desktop.menu_bar.choose("All", "Restart")
-    ignored = wait_until(lambda: suite.events("ignored", "td_sender"), "the sender to go on")[0]
-    suite.set_behaviour("sender", "record=events.jsonl")  # the next one stops at once
+def test_an_operation_returns_before_the_loss_ends_the_run(slow_sender, shown, lose):
+    desktop, menu = shown
+    menu.choose("All", "Restart")
+    slow_sender.wait_until_asked()
     lose(desktop)
-    check_ended_like_quit(desktop.run, suite)
-    went_on = suite.events("stop", "td_receiver")[0]["time_ns"]
-    assert went_on - ignored["time_ns"] > KILL_DELAY // 2  # the sender's end was waited for
-    restarted = stops(suite)
-    assert restarted[:2] == ["td_receiver", "td_hub"]
-    # A component that has just been started may end before it records anything.
-    assert restarted[2:] == [name for name in STOP_ORDER if name in restarted[2:]]
+    check_ended_like_quit(desktop.run, desktop.suite)
+    slow_sender.check_stopped(restarted=True)
+
+
+@LOSSES
+def test_the_loss_of_the_display_does_not_disturb_quit(slow_sender, shown, lose):
+    desktop, menu = shown
+    menu.choose("Quit")
+    slow_sender.wait_until_asked()
+    lose(desktop)
+    check_ended(desktop.run, desktop.suite)
+    slow_sender.check_stopped()
+
+
+@LOSSES
+def test_the_loss_of_the_display_while_quit_hands_over_the_clipboard(running, lose):
+    start_clipboard_manager(running, "silent")
+    copy_address(running)
+    running.menu_bar.choose("Quit")
+    running.run.wait_for(STOPPED)
+    lose(running)
+    check_ended(running.run, running.suite)
+    assert stops(running.suite) == STOP_ORDER
 
 
 # The display is about to be opened; the application is being made; the icon is about to be shown.

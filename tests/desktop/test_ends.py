@@ -13,10 +13,14 @@ from preload import Gate, preloaded
 THREAD_STATUS, HANDLER_STATUS = 5, 6  # of preload.c
 
 
-def check_everything_stopped(desktop):
+def check_stopped_once(desktop):
     assert desktop.run.output.endswith(STOPPED) and desktop.run.output.count(STOPPED) == 1
-    assert stops(desktop.suite) == STOP_ORDER
     assert not desktop.suite.processes()
+
+
+def check_everything_stopped(desktop):
+    check_stopped_once(desktop)
+    assert stops(desktop.suite) == STOP_ORDER
 
 
 def open_one(desktop, use):
@@ -42,6 +46,23 @@ def test_an_exit_in_another_thread_stops_everything(recorded, use):
     gate.open()
     assert desktop.run.wait() == THREAD_STATUS
     check_everything_stopped(desktop)
+
+
+@pytest.mark.parametrize(("first", "status"), [("display", 0), ("thread", THREAD_STATUS)])
+def test_the_first_of_two_ends_gives_the_status(slow_sender, recorded, first, status):
+    desktop, gate = recorded, Gate(recorded.suite.folder)
+    desktop.change(gate.environment("TD_EXIT"))
+    desktop.start()
+    gate.wait_for_call()
+    ends = [desktop.screen.end, gate.open]
+    if first == "thread":
+        ends.reverse()
+    ends[0]()
+    slow_sender.wait_until_asked()
+    ends[1]()
+    assert desktop.run.wait() == status
+    check_stopped_once(desktop)
+    slow_sender.check_stopped()
 
 
 def test_an_exit_handler_of_a_plug_in_does_not_come_first(recorded):
@@ -83,7 +104,7 @@ def test_a_dialog_waits_for_a_window_manager_that_hangs(running):
 def test_a_dialog_can_be_used_while_the_window_manager_hangs(running):
     http, udp = running.suite.ports.free(), running.suite.ports.free()
     dialog = PortsDialog(running)
-    running.screen.suspend_manager()  # which clicks go through
+    running.screen.suspend_manager()  # clicks work without it
     for port in (http, udp):
         running.screen.press("Tab")
         running.screen.type(str(port))

@@ -1,6 +1,7 @@
 """scripts/run --menu-bar: what it prints, what a Ctrl-C does to it, and its status."""
 
 import shutil
+import socket
 from pathlib import Path
 
 import pytest
@@ -32,15 +33,19 @@ class Tree:
             )
 
     def run(self, *arguments, display="shown", programs=None, **options):
-        """Starts scripts/run on the screen of the desktop, on none, or on one that is not there;
-        with the suite's own programs from a folder, if it is given."""
+        """Starts scripts/run on the screen of the desktop, on its Wayland compositor alone, on none,
+        or on those that are not there; with the suite's own programs from a folder, if it is given."""
         environment = dict(self._desktop.screen.environment)
         if programs:
             environment["TANDREL_SUITE_DIR"] = str(programs)
         if display != "shown":
             del environment["DISPLAY"]
         if display == "not there":
-            environment["DISPLAY"] = ":nothing"
+            with socket.socket(socket.AF_UNIX) as left:
+                left.bind(f"{environment['XDG_RUNTIME_DIR']}/nothing")
+            environment.update(DISPLAY=":nothing", WAYLAND_DISPLAY="nothing")
+        if display == "wayland":
+            environment.update(WAYLAND_DISPLAY="wayland-test")
         program = self.folder / "scripts" / "run"
         return self._desktop.launch(
             *arguments, program=program, environment=environment, **options
@@ -136,6 +141,16 @@ def test_without_a_display_it_leaves_a_picture(desktop, tree, display):
     assert b"build/menu-bar.png" in run.output
     colours = {colour for _, colour in Image.open(tree.picture).convert("RGB").getcolors(1 << 20)}
     assert colours >= {TEAL, GREEN, RED}  # the icon, the hub and the sender
+
+
+def test_a_wayland_compositor_alone_is_a_display(desktop, tree, compositor):
+    host = desktop.host()
+    run = tree.run("--menu-bar", *desktop.suite.ports_options, display="wayland")
+    icon = host.icon()
+    run.wait_for(HOW_TO_QUIT)
+    icon.choose("Quit")
+    assert run.wait() == 0
+    assert run.output.endswith(STOPPED) and not tree.picture.exists()
 
 
 @pytest.fixture

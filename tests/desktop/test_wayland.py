@@ -1,44 +1,13 @@
 """A desktop with Wayland alone: the interface is shown there too, and ends with its compositor."""
 
-import subprocess
-from pathlib import Path
 from signal import SIGKILL, SIGTERM
 
 import pytest
 from component_events import stops
-from components import COMPONENTS, STOP_ORDER
+from components import STOP_ORDER
 from console import STOPPED
 from deadline import wait_until
-
-
-class Compositor:
-    """Weston without hardware, on a socket in the runtime folder of the desktop."""
-
-    def __init__(self, desktop):
-        environment = {**desktop.screen.environment}
-        del environment["DISPLAY"]
-        self.environment = {**environment, "WAYLAND_DISPLAY": "wayland-test"}
-        command = ["weston", "--backend=headless-backend.so", "--socket=wayland-test"]
-        self._process = subprocess.Popen(
-            [*command, "--no-config", "--idle-time=0"],
-            env=environment,
-            stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL,
-        )
-        socket = Path(environment["XDG_RUNTIME_DIR"], "wayland-test")
-        wait_until(socket.exists, "the compositor")
-
-    def end(self, number=SIGKILL):
-        self._process.send_signal(number)
-        self._process.wait()
-
-
-@pytest.fixture
-def compositor(desktop):
-    desktop.suite.record(*COMPONENTS)
-    compositor = Compositor(desktop)
-    yield compositor
-    compositor.end()
+from test_display_loss import GONE, check_ended
 
 
 def windows(desktop):
@@ -50,11 +19,9 @@ def start(desktop, compositor):
 
 
 def check_ended_like_quit(desktop):
-    assert desktop.run.wait() == 0
-    assert desktop.run.output.endswith(STOPPED) and desktop.run.output.count(STOPPED) == 1
-    assert desktop.run.errors.count(b"Tandrel: the display is gone: quitting.\n") == 1
+    check_ended(desktop.run, desktop.suite)
+    assert desktop.run.errors.count(GONE) == 1
     assert stops(desktop.suite) == STOP_ORDER
-    assert not desktop.suite.processes()
 
 
 ENDS = pytest.mark.parametrize("number", [SIGTERM, SIGKILL])
@@ -83,6 +50,31 @@ def test_the_end_of_the_compositor_ends_the_run_with_an_icon_on_the_bus(
     check_ended_like_quit(desktop)
 
 
+@ENDS
+def test_an_operation_returns_before_the_end_of_the_compositor_ends_the_run(
+    slow_sender, desktop, compositor, number
+):
+    host = desktop.host()
+    start(desktop, compositor)
+    host.icon().choose("All", "Restart")
+    slow_sender.wait_until_asked()
+    compositor.end(number)
+    check_ended(desktop.run, desktop.suite)
+    assert desktop.run.errors.count(GONE) == 1
+    slow_sender.check_stopped(restarted=True)
+
+
+@ENDS
+def test_the_end_of_the_compositor_does_not_disturb_quit(slow_sender, desktop, compositor, number):
+    host = desktop.host()
+    start(desktop, compositor)
+    host.icon().choose("Quit")
+    slow_sender.wait_until_asked()
+    compositor.end(number)
+    check_ended(desktop.run, desktop.suite)
+    slow_sender.check_stopped()
+
+
 def test_a_dialog_and_quit_of_an_icon_on_the_bus(desktop, compositor):
     host = desktop.host()
     start(desktop, compositor)
@@ -90,10 +82,10 @@ def test_a_dialog_and_quit_of_an_icon_on_the_bus(desktop, compositor):
     icon.choose("Settings")
     (dialog,) = wait_until(desktop.accessibility.windows, "the dialog")
     dialog.one("button", "Cancel").act()
-    wait_until(lambda: not windows(desktop), "the dialog to close")
+    wait_until(lambda: not desktop.accessibility.windows(), "the dialog to close")
     icon.choose("Quit")
     assert desktop.run.wait() == 0
-    assert desktop.run.output.endswith(STOPPED) and desktop.run.errors == b""
+    assert desktop.run.output.endswith(STOPPED) and desktop.errors() == []
 
 
 def test_a_left_click_in_the_panel_opens_the_dashboard(desktop, compositor):

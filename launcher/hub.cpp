@@ -1,8 +1,8 @@
 #include "hub.h"
 
-#include "host.h"
 #include "listening.h"
 #include "pause.h"
+#include "tools.h"
 
 #include <array>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "interface.h"
 #include "trial.h"
 
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "interface.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>

@@ -7,13 +7,15 @@
 #include "console.h"
 #include "descriptors.h"
 #include "directories.h"
-#include "host.h"
 #include "hub.h"
-#include "platform.h"
+#include "interface.h"
+#include "lan_address.h"
+#include "ports.h"
 #include "settings.h"
 #include "supervisor.h"
 #include "tdgui.h"
 #include "terminal.h"
+#include "tools.h"
 #include "version.h"
 
 #include <atomic>
@@ -111,10 +113,6 @@ void publish_ports(Ports ports) {
 
 // --- Settings -----------------------------------------------------------------------------------
 
-std::string settings_path() {
-  return td::config_dir() + "launcher.json";
-}
-
 // Two numbers in the order in which the file has them.
 // NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 void save_ports(std::uint16_t http, std::uint16_t udp) {
@@ -170,18 +168,11 @@ void ctl_restart(const std::string &name) {
 
 // The interface's signature. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 bool ctl_set_ports(int http, int udp, std::string &message) {
-  constexpr int lowest_unprivileged_port = 1024;
-  if (http < 1 || http > highest_port || udp < 1 || udp > highest_port) {
-    message = "Ports must be between 1 and 65535.";
-  } else if (http == udp) {
-    message = "The dashboard and control ports must be different.";
-  } else if (http < lowest_unprivileged_port || udp < lowest_unprivileged_port) {
-    message = "Ports below 1024 need administrator privileges; pick higher ones.";
-  } else if (!g_apply_ports) {
-    message = "Not ready yet — try again in a moment.";
-  } else {
+  const char *objection = check_ports(http, udp);
+  if (objection == nullptr && g_apply_ports) {
     return g_apply_ports(http, udp, message);
   }
+  message = objection != nullptr ? objection : "Not ready yet — try again in a moment.";
   return false;
 }
 

@@ -1,10 +1,7 @@
-/// What differs between the systems the launcher runs on. For each system platform_* implements it,
-/// and interface_* looks for the interface; the build chooses the files.
+/// What differs between the systems the launcher runs on. For each system a file platform_*.cpp
+/// implements it; the build chooses.
 #pragma once
 
-#include "tdgui.h"
-
-#include <atomic>
 #include <string>
 
 #include <sys/types.h>
@@ -48,18 +45,5 @@ std::string browser_command(const std::string &url);
 /// quotes, so it must hold no single quote, which would end the quoting and let the rest run as a
 /// command, and no NUL. Every other byte is passed on unchanged.
 std::string alert_command(const std::string &message);
-
-/// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.
-using RunFunction = void (*)(const tdgui::GuiConfig &config);
-
-/// Begins to look for the interface. `directory` is the launcher's own, ending in "/". Called once,
-/// by a run that has no terminal, before this process has a second thread: it may make a copy of
-/// it.
-void start_interface_search(const std::string &directory);
-
-/// Waits for the end of that search, for ten seconds at most and while `running`. Returns what runs
-/// the interface; null when none can be shown here, or it is not known whether. It may load
-/// libraries, and says on standard error, in one line, what is wrong.
-RunFunction find_interface(const std::string &directory, const std::atomic<bool> &running);
 
 } // namespace platform

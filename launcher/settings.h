@@ -22,6 +22,9 @@ Settings parse_settings(std::string_view bytes, bool open_browser);
 /// The text of the settings file: three keys, five lines, at most 71 bytes.
 std::string format_settings(const Settings &settings);
 
+/// The path of the settings file: "launcher.json" in td::config_dir(), which makes the folder.
+std::string settings_path();
+
 /// Reads the settings file at `path`. A missing, unreadable or empty one, or something that is no
 /// regular file, gives the defaults, with the preference `open_browser`.
 Settings read_settings(const std::string &path, bool open_browser);

@@ -1,7 +1,7 @@
 #include "end_of_test.h"
+#include "fake_tools.h"
 #include "hub.h"
 #include "listener.h"
-#include "tools.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-using Probe = Tools;
+using Probe = FakeTools;
 
 TEST_F(Probe, AsksCurl) {
   add("curl");
@@ -41,19 +41,19 @@ TEST_F(Probe, AsksNoProxy) {
 
 /// A hub that is a shell script, probed by a curl that is one too. It listens by its standard
 /// input.
-struct StartHub : Tools {
+struct StartHub : FakeTools {
   Listener listener;
   StandardInput input{listener.descriptor()};
   Child hub;
   std::atomic<bool> running{true};
 
   void SetUp() override {
-    Tools::SetUp();
+    FakeTools::SetUp();
     set_hub("exec /bin/sleep 1000");
   }
   void TearDown() override {
     stop(hub);
-    Tools::TearDown();
+    FakeTools::TearDown();
   }
   void set_hub(const std::string &script) {
     hub.path = folder.write("td_hub", "#!/bin/sh\n" + script + "\n", true);

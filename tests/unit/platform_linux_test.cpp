@@ -1,5 +1,6 @@
 #include "forbidden_call.h"
-#include "host.h"
+#include "interface.h"
+#include "lan_address.h"
 #include "own_process.h"
 #include "platform.h"
 #include "special_messages.h"

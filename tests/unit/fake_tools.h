@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 /// Leaves only the tools that a test adds on the PATH.
-struct Tools : testing::Test {
+struct FakeTools : testing::Test {
   TemporaryFolder folder;
   std::string path_before = std::getenv("PATH");
 

@@ -1,4 +1,4 @@
-#include "host.h"
+#include "fake_tools.h"
 #include "special_messages.h"
 #include "tools.h"
 
@@ -13,7 +13,7 @@ constexpr std::array messages_with_a_single_quote = {
     "a';touch pwned;'b", "'", "it's", "'$(touch pwned)'", "'\\''; touch pwned; '",
 };
 
-struct Alert : Tools {
+struct Alert : FakeTools {
   static std::string dialog(const std::string &message) {
     testing::internal::CaptureStderr();
     fatal_dialog(message);
@@ -91,10 +91,6 @@ TEST_F(Alert, WithoutAToolIsShownInTheTerminalOnly) {
 TEST_F(Alert, KeepsTheToolsOutputOffTheTerminal) {
   add("osascript", "echo noise; echo noise >&2\n");
   EXPECT_EQ(dialog("text"), "text\n");
-}
-
-TEST(LanIpv4, IsADottedQuad) {
-  EXPECT_THAT(td_lan_ipv4(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+"));
 }
 
 } // namespace

@@ -12,6 +12,12 @@
 
 namespace {
 
+/// The id of a user that no other copy of this test runs as: an orphan of the same user may be a
+/// descendant of any hub of that user, as far as the system tells.
+uid_t other_user() {
+  return 20000 + static_cast<uid_t>(getpid()) % 40000;
+}
+
 TEST_F(Listening, IsNotRuledOutWhenNobodyIsSeenToListen) {
   const Listener bound(false);
   EXPECT_FALSE(certainly_not_listening(getpid(), bound.port()));
@@ -52,12 +58,14 @@ TEST_F(Listening, IsRuledOutForAnotherUsersOrphan) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
   ASSERT_EQ(chmod(folder.path.c_str(), 0755) + chmod((folder.prefix() + "end").c_str(), 0644), 0);
-  start("exec < /dev/null; exec setpriv --reuid 65534 sh -c 'echo; exec " + wait_command + "'");
+  const uid_t user = other_user();
+  start("exec < /dev/null; exec setpriv --reuid " + std::to_string(user) + " sh -c 'echo; exec " +
+        wait_command + "'");
   start(other, leave_orphan("setsid") + "echo; exec " + wait_command);
   EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
     close(listener.descriptor());
     close(STDIN_FILENO);
-    return setuid(65534) == 0 && certainly_not_listening(child.pid, listener.port());
+    return setuid(user) == 0 && certainly_not_listening(child.pid, listener.port());
   }));
 }
 
@@ -74,11 +82,12 @@ TEST_F(Listening, IsNotRuledOutForAnOrphanWithMoreRightsThanItsUser) {
   const std::string hub = folder.write("hub", "exec 3<&0 </dev/null; ( setsid " + waiting + " " +
                                                   end + " <&3 >/dev/null 3<&- & )\n" +
                                                   "exec 3<&-; echo; exec " + wait_command);
-  start("exec setpriv --reuid 65534 sh " + hub);
+  const uid_t user = other_user();
+  start("exec setpriv --reuid " + std::to_string(user) + " sh " + hub);
   EXPECT_TRUE(holds_in_a_process_of_its_own([&] {
     close(listener.descriptor());
     close(STDIN_FILENO);
-    return setuid(65534) == 0 && !certainly_not_listening(child.pid, listener.port());
+    return setuid(user) == 0 && !certainly_not_listening(child.pid, listener.port());
   }));
 }
 

@@ -10,7 +10,7 @@ import pytest
 import system
 from component_events import kill, starts, stops, wait_for_components, wait_for_start
 from components import COMPONENTS, STOP_ORDER
-from console import READY, RESTARTING, STOPPED, UNAVAILABLE, restarts_until_left_stopped
+from console import RESTARTING, STOPPED, UNAVAILABLE, restarts_until_left_stopped
 from deadline import DEADLINE, wait_until
 from interface import Gate, install_interface
 

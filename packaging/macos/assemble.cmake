@@ -5,7 +5,8 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(programs ${LAUNCHER})
-foreach(name td_hub td_receiver td_sender td_align)
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/../programs suite)
+foreach(name IN LISTS suite)
   list(APPEND programs ${SUITE_DIR}/${name})
 endforeach()
 foreach(file ${programs} ${PLIST} ${ICON})

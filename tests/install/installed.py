@@ -4,13 +4,14 @@ import json
 import os
 import subprocess
 
+import components
 import psutil
 from components import COMPONENTS
 from console import READY
 from deadline import wait_until
 from run import Run
 
-PROGRAMS = ("launcher", "td_hub", "td_receiver", "td_sender", "td_align")
+PROGRAMS = ("launcher", *components.PROGRAMS)
 # What looks for a desktop or would show something on one.
 DESKTOP = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "XDG_DATA_HOME", "XDG_DATA_DIRS")
 

@@ -34,7 +34,8 @@ Those forms pass every argument straight through, so existing scripts and
 service units keep working. The individual binaries also still ship.
 """.encode()
 
-TITLE = b"\n\x1b[1mTandrel\x1b[0m \x1b[2m1.4.4+412\x1b[0m\n"
+VERSION = "1.4.4+412"  # a literal: reading the file VERSION would prove nothing
+TITLE = f"\n\x1b[1mTandrel\x1b[0m \x1b[2m{VERSION}\x1b[0m\n".encode()
 READY = "Ctrl-C here stops everything."  # the last line of a start-up
 STOPPED = b"\nTandrel: stopping...\nTandrel: stopped.\n"
 RESTARTING = "Tandrel: restarting the {}...\n"

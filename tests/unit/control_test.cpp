@@ -27,7 +27,7 @@ TEST(GuiConfig, IsFilledFromTheChildren) {
   children.push_back(make_child("/", "", {}));
   const tdgui::GuiConfig config = make_gui_config(children, "http://10.0.0.5:4466/");
   EXPECT_EQ(config.url, "http://10.0.0.5:4466/");
-  EXPECT_EQ(config.status, "Tandrel 1.4.4+412");
+  EXPECT_EQ(config.status, std::string("Tandrel ") + version);
   ASSERT_EQ(config.components.size(), 4U);
   EXPECT_EQ(config.components[0].name + config.components[0].label, "hubHub");
   EXPECT_EQ(config.components[1].name + config.components[1].label, "receiverReceiver");

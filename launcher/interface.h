@@ -13,13 +13,12 @@ namespace platform {
 using RunFunction = void (*)(const tdgui::GuiConfig &config);
 
 /// Begins to look for the interface. `directory` is the launcher's own, ending in "/". Called once,
-/// by a run that has no terminal, before this process has a second thread: it may make a copy of
-/// it.
+/// by a run that has no terminal, before this process has a second thread, because it may fork.
 void start_interface_search(const std::string &directory);
 
-/// Waits for the end of that search, for ten seconds at most and while `running`. Returns what runs
-/// the interface; null when none can be shown here, or it is not known whether. It may load
-/// libraries, and says on standard error, in one line, what is wrong.
+/// Waits for the end of that search, for ten seconds at most and only while `running`. Returns the
+/// function that runs the interface, or null if none can be shown or the search has no result. May
+/// load libraries. Reports a failure on standard error, in one line.
 RunFunction find_interface(const std::string &directory, const std::atomic<bool> &running);
 
 } // namespace platform

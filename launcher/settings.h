@@ -1,7 +1,7 @@
 /// The settings that the launcher remembers between runs, as text and in their file.
 ///
-/// The text looks like JSON and is written as JSON, but it is read by a keyword scan whose
-/// leniencies are part of the format: hand-edited files rely on them.
+/// The text looks like JSON and is written as JSON, but it is read by a keyword scan that is
+/// deliberately lenient: hand-edited files rely on it.
 #pragma once
 
 #include "ports.h"

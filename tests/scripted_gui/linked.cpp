@@ -1,4 +1,4 @@
-// The scripted interface as part of a launcher, in place of what the launcher has otherwise.
+// The scripted interface as part of a launcher, in place of the real one.
 
 #include "interface.h"
 #include "scripted.h"

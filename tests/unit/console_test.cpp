@@ -31,7 +31,7 @@ TEST(Console, TitleIsTheProductAndItsVersion) {
             "\n\x1b[1mTandrel\x1b[0m \x1b[2m1.2.3+45\x1b[0m\n");
 }
 
-TEST(Console, BannerSaysWhatWasAskedFor) {
+TEST(Console, BannerNamesTheRequestedComponents) {
   EXPECT_EQ(banner(true, true),
             std::string(address) + "  Running    : hub, receiver, sender\n" + end);
   EXPECT_EQ(banner(false, true), std::string(address) + "  Running    : hub, sender\n" + end);

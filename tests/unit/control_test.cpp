@@ -111,7 +111,7 @@ TEST_F(Control, StopMeansThatTheComponentIsNotWanted) {
   EXPECT_FALSE(ctl_is_running("sender"));
   EXPECT_FALSE(children[2].supervised);
   EXPECT_EQ(children[2].restarts, 4);
-  ctl_stop("receiver"); // idle: only the wish changes
+  ctl_stop("receiver"); // idle: only `supervised` changes
   EXPECT_FALSE(children[1].supervised);
 }
 
@@ -127,7 +127,7 @@ TEST_F(Control, RestartStopsWhateverRunsAndStarts) {
   EXPECT_EQ(children[0].restarts, 0);
 }
 
-TEST_F(Control, FailuresAreSaidOnStandardError) {
+TEST_F(Control, FailuresAreReportedOnStandardError) {
   std::filesystem::remove(children[2].path);
   testing::internal::CaptureStderr();
   ctl_start("sender");
@@ -139,7 +139,7 @@ TEST_F(Control, FailuresAreSaidOnStandardError) {
   EXPECT_TRUE(children[2].supervised);
 }
 
-TEST_F(Control, APortChangeWithoutAHubAimsEveryRecordAndStoresNothing) {
+TEST_F(Control, APortChangeWithoutAHubChangesAllArgumentsAndStoresNothing) {
   publish_ports({4466, 4465});
   std::filesystem::remove(children[0].path);
   for (Child &child : children) {

@@ -21,7 +21,7 @@ struct Alert : FakeTools {
   }
 };
 
-TEST(RunTool, TellsWhetherTheCommandSucceeded) {
+TEST(RunTool, ReturnsWhetherTheCommandSucceeded) {
   EXPECT_TRUE(run_tool("true"));
   EXPECT_FALSE(run_tool("exit 3"));
   EXPECT_FALSE(run_tool("kill -TERM $$"));
@@ -53,8 +53,8 @@ TEST(RunTool, DoesNotKeepASigintFromTheCaller) {
 TEST_F(Alert, GoesToOsascriptWithItsScriptEscaped) {
   add("osascript");
   EXPECT_EQ(dialog("a \"b\" \\c\n$d `e` é"), "a \"b\" \\c\n$d `e` é\n");
-  EXPECT_EQ(said("osascript"), "-e|display alert \"Tandrel\" message "
-                               "\"a \\\"b\\\" \\\\c\n$d `e` é\" as critical|");
+  EXPECT_EQ(output_of("osascript"), "-e|display alert \"Tandrel\" message "
+                                    "\"a \\\"b\\\" \\\\c\n$d `e` é\" as critical|");
 }
 
 TEST_F(Alert, GetsSpecialCharactersUnchanged) {
@@ -66,10 +66,10 @@ TEST_F(Alert, GetsSpecialCharactersUnchanged) {
       escaped += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
     }
     EXPECT_EQ(dialog(message), message + "\n");
-    EXPECT_EQ(said("osascript"),
+    EXPECT_EQ(output_of("osascript"),
               "-e|display alert \"Tandrel\" message \"" + escaped + "\" as critical|");
   }
-  EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+  EXPECT_EQ(output_of("touch"), "") << "a command in a message was run";
 }
 
 TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
@@ -79,8 +79,8 @@ TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
     for (const std::string message : messages_with_a_single_quote) {
       EXPECT_EQ(dialog(message), message + "\n");
     }
-    EXPECT_EQ(said(tool), "");
-    EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+    EXPECT_EQ(output_of(tool), "");
+    EXPECT_EQ(output_of("touch"), "") << "a command in a message was run";
   }
 }
 

@@ -37,7 +37,8 @@ template <typename Use> void in_foreground(Use use) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-/// Makes the keys that send signals work as in the mode `before`, or simply work if that is unknown.
+/// Makes the keys that send signals work as in the mode `before`, or simply work if that is
+/// unknown.
 void restore_signal_keys(int terminal, const std::optional<termios> &before) {
   termios mode{};
   if (tcgetattr(terminal, &mode) != 0) {

@@ -1,5 +1,5 @@
-# What distributions harden their programs with: code at random addresses, tables of addresses that
-# are bound at the start and read-only from then on, protected stacks, checked calls of the C library.
+# Hardening as distributions use it: code at random addresses, address tables that are filled at the
+# start and read-only from then on, protected stacks, checked calls of the C library.
 include(CheckPIESupported)
 check_pie_supported()
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -2,6 +2,7 @@
 // that moves the hub to other ports. References are counted by hand, and nothing made here is
 // released: the status item lives as long as the process, and the items of a menu are small.
 
+#include "bars.h"
 #include "tdgui.h"
 
 #include <algorithm>
@@ -83,19 +84,21 @@ std::string component_name(NSMenuItem *item) {
 // --- Icon ---------------------------------------------------------------------------------------
 
 NSImage *tdMenuBarIcon() { // NOLINT(readability-identifier-naming)
-  return [NSImage imageWithSize:NSMakeSize(18, 16)
-                        flipped:NO
-                 drawingHandler:^BOOL(NSRect) {
-                   static const NSRect bars[] = {
-                       {{0, 5.5}, {2, 5}}, {{4, 3}, {2, 10}},   {{8, 1}, {2, 14}},
-                       {{12, 3}, {2, 10}}, {{16, 5.5}, {2, 5}},
-                   };
-                   [[NSColor colorWithSRGBRed:0.3 green:0.79 blue:0.75 alpha:1.0] setFill];
-                   for (const NSRect &bar : bars) {
-                     [[NSBezierPath bezierPathWithRoundedRect:bar xRadius:1.0 yRadius:1.0] fill];
-                   }
-                   return YES;
-                 }];
+  return [NSImage
+       imageWithSize:NSMakeSize(tdgui::bars_width, tdgui::bars_height)
+             flipped:NO
+      drawingHandler:^BOOL(NSRect) {
+        [[NSColor colorWithSRGBRed:tdgui::bars_red
+                             green:tdgui::bars_green
+                              blue:tdgui::bars_blue
+                             alpha:1.0] setFill];
+        for (const tdgui::Bar &bar : tdgui::bars) {
+          [[NSBezierPath bezierPathWithRoundedRect:NSMakeRect(bar.x, bar.y, bar.width, bar.height)
+                                           xRadius:tdgui::bar_radius
+                                           yRadius:tdgui::bar_radius] fill];
+        }
+        return YES;
+      }];
 }
 
 // --- Attributed titles --------------------------------------------------------------------------

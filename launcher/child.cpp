@@ -21,7 +21,7 @@ constexpr int stop_attempts = 40;
 constexpr std::chrono::milliseconds stop_interval{100};
 constexpr int status_not_executed = 127;
 
-std::vector<char *> g_environment; // with the null at its end; empty: nothing is kept
+std::vector<char *> g_environment; // with its final null; empty: none is saved
 
 std::vector<char *> argument_vector(Child &child) {
   std::vector<char *> argv;
@@ -64,10 +64,11 @@ void detach_from_terminal() {
   setsid();
 }
 
-/// Ours end with the execution anyway; until then a signal would run our handler here and be lost.
+/// Executing a program removes handlers too, but a signal before that would run the launcher's
+/// handler in the new process and be lost.
 void remove_handler(int number) {
   if (signal(number, SIG_DFL) == SIG_IGN) {
-    signal(number, SIG_IGN); // drops what has arrived meanwhile: all signals are blocked
+    signal(number, SIG_IGN); // discards a signal that is pending: all signals are blocked
   }
 }
 
@@ -118,17 +119,17 @@ bool spawn(Child &child, SpawnMode mode) {
   const std::vector<char *> argv = argument_vector(child);
   char *const *environment = g_environment.empty() ? environ : g_environment.data();
   NewProcess process{child, argv.data(), environment, mode, getpid(), false, 0, {}};
-  const TerminalPlace place = child.quiet ? TerminalPlace::none : terminal_place();
+  const TerminalAccess terminal = child.quiet ? TerminalAccess::none : terminal_access();
   if (mode == SpawnMode::separate) {
     process.highest_descriptor = platform::highest_descriptor();
   } else {
-    process.ends_with_parent = place != TerminalPlace::foreground || is_ignored(SIGINT);
+    process.ends_with_parent = terminal != TerminalAccess::foreground || is_ignored(SIGINT);
   }
   if (child.terminal != nullptr) {
     child.terminal->remember_mode();
   }
-  // A quiet process has left the terminal's session by the time that its signals are unblocked.
-  const bool can_be_suspended = place != TerminalPlace::none;
+  // A quiet process leaves the terminal's session before its signals are unblocked.
+  const bool can_be_suspended = terminal != TerminalAccess::none;
   const pid_t pid = fork_with_signals_blocked(execute, &process, can_be_suspended, process.mask);
   if (pid < 0) {
     return false;
@@ -145,8 +146,8 @@ bool reap(Child &child) {
     return true;
   }
   int status = 0;
-  // 0: it still runs. A failure (ECHILD: it was reaped elsewhere) does not tell that it has ended,
-  // so it counts as running too.
+  // 0: it still runs. A failure (ECHILD: it was reaped elsewhere) does not mean that it has ended,
+  // so it counts as running, too.
   if (waitpid(child.pid, &status, WNOHANG) != child.pid) {
     return false;
   }
@@ -183,10 +184,10 @@ std::optional<int> wait_for_exit(Child &child) {
 
 pid_t fork_with_signals_blocked(void (*execute)(const void *argument), const void *argument,
                                 bool can_be_suspended, sigset_t &mask) {
-  // A signal that reached the new process before it has its own dispositions would run our handler
-  // there, perhaps on our memory, and be lost: a stop right after a start would then last until
-  // SIGKILL. So all signals stay blocked until the dispositions are set, here until the new process
-  // has executed or, where it is a copy, exists.
+  // A signal that reached the new process before it has its own signal actions would run the
+  // launcher's handler there, perhaps in the launcher's memory, and be lost: a stop right after a
+  // start would then end with SIGKILL. So all signals stay blocked there until then, and here until
+  // fork_to_execute() returns.
   sigset_t all;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &mask);

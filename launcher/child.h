@@ -26,8 +26,8 @@ struct Child {
   bool critical = false;         ///< giving up on this one ends the whole run
   bool quiet = false;            ///< standard streams on /dev/null, in a session of its own
   bool supervised = false;       ///< wanted running: watched and restarted
-  /// Told of the process's start and end; null when it leaves the terminal's mode alone or is to
-  /// leave its own there. Not owned.
+  /// The terminal that the process shares and whose mode is restored after it; null: nothing is
+  /// restored. Not owned.
   SharedTerminal *terminal = nullptr;
 
   Child() = default;
@@ -43,33 +43,32 @@ using Children = std::vector<Child>;
 
 /// What a new process shares with this one.
 enum class SpawnMode {
-  separate,     ///< of the descriptors 0, 1 and 2 only (on /dev/null for a quiet record)
-  pass_through, ///< all descriptors; and when this process ends, in whatever way, the new one is
-                ///< sent SIGTERM, where platform::end_with_parent() can do that. Not in a
-                ///< terminal's foreground: what ends this process there, Ctrl-C for one, reaches
-                ///< the new one too, which must be able to end in its own way. But there too when
-                ///< SIGINT is ignored here: that is how a shell without job control starts what
-                ///< runs in the background of a script
+  separate,     ///< only the descriptors 0, 1 and 2 (on /dev/null for a quiet record)
+  pass_through, ///< all descriptors. If platform::end_with_parent() can do that, the new process is
+                ///< also sent SIGTERM when this one ends, however it ends. Not in a terminal's
+                ///< foreground, where Ctrl-C reaches both and the new process must be free to end
+                ///< in its own way, unless SIGINT is ignored: then a shell without job control
+                ///< has started this process in the background of a script
 };
 
 /// Starts the process of an idle record: the executable at `path` itself (no PATH search), with
 /// SIGINT and SIGTERM at their defaults, every other disposition and the signal mask as they are
-/// here, and the environment that keep_environment() has kept, else the one of this process.
+/// here, and the environment that keep_environment() has saved, or else that of this process.
 ///
 /// True: a process exists and `pid` names it; whether the executable then ran is not known (if it
 /// could not, the process ends with status 127). False: `path` is not executable for this user or
 /// no process could be made; nothing was started and the record is unchanged.
 bool spawn(Child &child, SpawnMode mode = SpawnMode::separate);
 
-/// Keeps the environment as it is now for all that spawn() starts: a window system's libraries may
-/// change that of this process, even while another thread starts a component. Call it before
-/// either.
+/// Saves the current environment for every process that spawn() starts later. A window system's
+/// libraries may change the environment of this process, even while another thread starts a
+/// component. Call it before both.
 void keep_environment();
 
 /// Asks, without blocking, whether the record's process has ended, and reaps it if so.
 ///
 /// True: the record has no process now (`pid` is -1): it had none, or its process has ended and was
-/// reaped; how it ended is never kept. False: the process still runs, or could not be asked about.
+/// reaped; how it ended is not kept. False: the process still runs, or could not be asked about.
 bool reap(Child &child);
 
 /// Ends the record's process and reaps it; `pid` is -1 afterwards and nothing else has changed.
@@ -81,12 +80,12 @@ void stop(Child &child);
 /// wait. Returns the status word of waitpid(2); empty when the process could not be waited for.
 std::optional<int> wait_for_exit(Child &child);
 
-/// platform::fork_to_execute() with all signals blocked in the new process. `mask`, which `execute`
-/// is to set when the process has its own dispositions, is the mask as it was: it is set before the
-/// fork.
+/// Calls platform::fork_to_execute() so that all signals are blocked in the new process. Stores the
+/// previous signal mask in `mask` before the fork; `execute` restores it once the new process has
+/// its own signal actions.
 pid_t fork_with_signals_blocked(void (*execute)(const void *argument), const void *argument,
                                 bool can_be_suspended, sigset_t &mask);
 
-/// For a new process: SIGINT and SIGTERM to their defaults, the handlers of SIGHUP and SIGQUIT
-/// removed. Async-signal-safe.
+/// For a new process: sets SIGINT and SIGTERM to their defaults and removes the handlers of SIGHUP
+/// and SIGQUIT. Async-signal-safe.
 void restore_signal_actions();

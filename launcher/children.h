@@ -1,6 +1,5 @@
-/// The three components of an all-in-one run: which there are, their arguments, how they are found,
-/// in which order they stop. The list is in start order: hub, receiver, sender. Nothing here takes
-/// a lock.
+/// The three components of an all-in-one run: their records, arguments and stop order. The list is
+/// in start order: hub, receiver, sender. Nothing here takes a lock.
 #pragma once
 
 #include "child.h"
@@ -16,7 +15,7 @@ Child make_child(const std::string &directory, const std::string &name,
 
 /// The three records of a run, all idle. A component that `options` leaves out has a record too,
 /// not supervised, so that the menu can start it later. Those that are not quiet share `terminal`,
-/// which outlives them; null: the mode that they leave it in is of no interest.
+/// which must outlive them; null: its mode is not restored.
 Children make_children(const std::string &directory, const Options &options,
                        SharedTerminal *terminal = nullptr);
 

@@ -1,9 +1,9 @@
-/// What the launcher's arguments ask for.
+/// Parsing the launcher's arguments.
 #pragma once
 
 #include "settings.h"
 
-/// How the first argument alone decides the run.
+/// The kinds of run. The first argument alone decides.
 enum class Mode {
   help,         ///< print the usage text
   pass_through, ///< run one component with the further arguments
@@ -13,7 +13,7 @@ enum class Mode {
 /// Compares `argv[1]` whole and exactly; anything unknown, or nothing, is all_in_one.
 Mode choose_mode(int argc, const char *const *argv);
 
-/// What an all-in-one run was asked for.
+/// The options of an all-in-one run.
 struct Options {
   Ports ports;              ///< the low 16 bits of the numbers as typed; no range is checked
   bool open_browser;        ///< for this run only

@@ -1,4 +1,4 @@
-/// What an all-in-one run says on standard output while it starts.
+/// What an all-in-one run prints while it starts.
 #pragma once
 
 #include "command_line.h"
@@ -8,8 +8,9 @@
 /// The product's name and its version.
 void print_title(const char *version);
 
-/// Where the dashboard is, what runs (as asked for, whether or not it started) and how to end it.
+/// The dashboard's address, the components that were asked for (whether or not they started), and
+/// how to stop them.
 void print_banner(const std::string &url, const Options &options);
 
-/// That the components share the terminal.
+/// A note that the components share the terminal.
 void print_verbose_note();

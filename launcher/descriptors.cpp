@@ -18,7 +18,7 @@ constexpr int assumed_highest_descriptor = 65535;
 void open_closed_standard_streams() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) {
-      // Gets this number: it is the lowest free one.
+      // Gets this number, the lowest that is free.
       (void)open("/dev/null", O_RDWR);
     }
   }

@@ -7,7 +7,7 @@
 namespace td {
 
 /// The folder of the running launcher, by the path it was started by: a start through a link gives
-/// the link's folder. "./" when the system does not tell.
+/// the link's folder. "./" if the path is unknown.
 std::string executable_dir();
 
 /// The folder of an executable's path; "./" when the path has none.

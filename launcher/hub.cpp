@@ -1,8 +1,8 @@
 #include "hub.h"
 
-#include "host.h"
 #include "listening.h"
 #include "pause.h"
+#include "tools.h"
 
 #include <array>
 #include <chrono>
@@ -17,9 +17,10 @@ enum class ProbeOutcome { ready, silent, exited };
 
 /// Probes and polls the hub once.
 ProbeOutcome check_hub(Child &hub, std::uint16_t http_port) {
-  // Another copy's hub may have the port and answer in place of ours, which then ends by itself.
-  const bool answered = probe_hub(http_port) && !certainly_not_listening(hub.pid, http_port);
-  // Polled last: nothing of the above tells a hub that has ended from one that cannot be examined.
+  // The hub of another copy may have the port and answer; the one started here then ends by itself.
+  const bool answered = probe_hub(http_port) && !only_others_listen(hub.pid, http_port);
+  // Polled last, because the checks above cannot tell whether a hub has ended or cannot be
+  // examined.
   if (reap(hub)) {
     return ProbeOutcome::exited;
   }

@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
-/// What the hub is started for.
+/// Why the hub is started.
 enum class StartReason {
   start_up,    ///< the first probe comes at once, and the end of the run ends the wait
   port_change, ///< the first probe comes after 100 ms, and the wait goes on when the run ends
@@ -14,7 +14,7 @@ enum class StartReason {
 
 /// How a start of the hub ended.
 enum class HubStart {
-  ready,       ///< the hub runs and answers, as far as the system can tell who answers
+  ready,       ///< the hub runs, and what answers is not known to be another program
   not_spawned, ///< no process was started; the record is unchanged
   not_ready,   ///< the hub exited (its record is idle then), was silent for 100 attempts, or the
                ///< run ended; the caller stops what may still run

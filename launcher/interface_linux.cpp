@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "interface.h"
 #include "trial.h"
 
 #include <cerrno>
@@ -45,7 +45,8 @@ template <typename Function> Function find_function(void *module, const char *na
   return reinterpret_cast<Function>(found);
 }
 
-/// Returns the function that tells whether the interface can be shown; null after a message.
+/// Returns the module's function that checks whether the interface can be shown; null after a
+/// message.
 AvailableFunction load_module(const std::string &directory) {
   // The module stays loaded until the process ends.
   void *const module = dlopen(loadable_path(directory).c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -58,13 +59,13 @@ AvailableFunction load_module(const std::string &directory) {
   return g_module_run == nullptr ? nullptr : available;
 }
 
-/// What the trial does: a display may hang, and a toolkit ends the process where it has none.
+/// What the trial runs: a display may not answer, and a toolkit without one ends the process.
 int try_module(const void *directory) {
   const AvailableFunction available = load_module(*static_cast<const std::string *>(directory));
   return available != nullptr && available() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-/// Whether the trial has ended well. Where it has ended by exit, it has said itself what is wrong.
+/// Whether the trial has succeeded. If it failed with an exit status, it has printed the reason.
 bool has_succeeded(std::optional<int> status) {
   if (!status) {
     report_unavailable("the display does not answer");
@@ -85,7 +86,7 @@ namespace platform {
 
 void start_interface_search(const std::string &directory) {
   if (access((directory + "tdgui.so").c_str(), F_OK) != 0) {
-    return; // built without it: nothing to report
+    return; // built without it, which is no failure
   }
   g_trial = start_trial(try_module, &directory);
   if (g_trial == -1) {

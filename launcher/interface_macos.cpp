@@ -1,4 +1,4 @@
-#include "platform.h"
+#include "interface.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>
@@ -6,8 +6,9 @@
 namespace {
 
 /// Whether this process can reach the window server. Where it cannot, AppKit ends the process. The
-/// attributes of the security session would not do: they tell how the user logged in, so a login by
-/// ssh has none for graphics even while AppKit works there because its user is at the screen, too.
+/// attributes of the security session would be wrong: they depend on how the user logged in, so a
+/// login by ssh has none for graphics, although AppKit works there if its user is logged in at the
+/// screen, too.
 bool has_graphic_session() {
   const CFDictionaryRef session = CGSessionCopyCurrentDictionary();
   if (session == nullptr) {

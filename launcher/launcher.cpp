@@ -7,13 +7,15 @@
 #include "console.h"
 #include "descriptors.h"
 #include "directories.h"
-#include "host.h"
 #include "hub.h"
-#include "platform.h"
+#include "interface.h"
+#include "lan_address.h"
+#include "ports.h"
 #include "settings.h"
 #include "supervisor.h"
 #include "tdgui.h"
 #include "terminal.h"
+#include "tools.h"
 #include "version.h"
 
 #include <atomic>
@@ -46,7 +48,8 @@ std::atomic<bool> g_open_browser{true};
 std::mutex g_kids_mu;
 // The terminal of the records that share it, and guarded as they are.
 SharedTerminal g_terminal;
-// True once everything was stopped for good: nothing may be started any more. Guarded by g_kids_mu.
+// True once everything has been stopped for good: nothing may be started again. Guarded by
+// g_kids_mu.
 bool g_stopped = false;
 // How the control operations reach the child list: empty until start-up is complete.
 std::function<Child *(const std::string &name)> g_find_child;
@@ -79,8 +82,8 @@ void install_signal_handlers() {
   handle_signal(SIGINT, on_signal);
   handle_signal(SIGTERM, on_signal);
   signal(SIGPIPE, SIG_IGN);
-  // A closed terminal and Ctrl-\ end the run like Ctrl-C, unless the parent, as nohup does, asked
-  // for it to go on.
+  // A closed terminal and Ctrl-\ end the run like Ctrl-C, unless the parent had
+  // the signal ignored, as nohup does.
   handle_signal_unless_ignored(SIGHUP, on_signal);
   handle_signal_unless_ignored(SIGQUIT, on_signal);
   // At a limit on file sizes a write then fails, as on a full disk, instead of ending the process.
@@ -110,10 +113,6 @@ void publish_ports(Ports ports) {
 }
 
 // --- Settings -----------------------------------------------------------------------------------
-
-std::string settings_path() {
-  return td::config_dir() + "launcher.json";
-}
 
 // Two numbers in the order in which the file has them.
 // NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
@@ -170,18 +169,11 @@ void ctl_restart(const std::string &name) {
 
 // The interface's signature. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
 bool ctl_set_ports(int http, int udp, std::string &message) {
-  constexpr int lowest_unprivileged_port = 1024;
-  if (http < 1 || http > highest_port || udp < 1 || udp > highest_port) {
-    message = "Ports must be between 1 and 65535.";
-  } else if (http == udp) {
-    message = "The dashboard and control ports must be different.";
-  } else if (http < lowest_unprivileged_port || udp < lowest_unprivileged_port) {
-    message = "Ports below 1024 need administrator privileges; pick higher ones.";
-  } else if (!g_apply_ports) {
-    message = "Not ready yet — try again in a moment.";
-  } else {
+  const char *objection = check_ports(http, udp);
+  if (objection == nullptr && g_apply_ports) {
     return g_apply_ports(http, udp, message);
   }
+  message = objection != nullptr ? objection : "Not ready yet — try again in a moment.";
   return false;
 }
 
@@ -232,8 +224,7 @@ bool apply_ports(Children &children, Ports ports, std::string &message) {
   return true;
 }
 
-/// Lets the control operations reach the list. The menu's callbacks are plain functions, so they
-/// find it through a static pointer; main still owns it.
+/// Lets the control operations reach the list, which main owns.
 void install_controls(Children &children) {
   static Children *s_children = nullptr;
   s_children = &children;
@@ -246,8 +237,8 @@ void install_controls(Children &children) {
 
 // --- Start-up -----------------------------------------------------------------------------------
 
-/// Starts the hub and waits until it answers. On failure the user has been told why and nothing
-/// runs any more.
+/// Starts the hub and waits until it answers. On failure reports the reason and leaves nothing
+/// running.
 bool start_hub_or_report(Children &children) {
   Child &hub = children.front();
   const std::uint16_t port = current_ports().http;
@@ -269,8 +260,8 @@ bool start_hub_or_report(Children &children) {
   return false;
 }
 
-/// Starts the receiver and the sender, each unless an option left it out. The run goes on without
-/// one that cannot be started.
+/// Starts the receiver and the sender, unless an option left them out. The run goes on without one
+/// that cannot be started.
 void start_clients(Children &children) {
   for (auto child = std::next(children.begin()); child != children.end(); ++child) {
     if (child->supervised && !spawn(*child)) {
@@ -351,10 +342,10 @@ tdgui::GuiConfig make_gui_config(const Children &children, const std::string &ur
   return config;
 }
 
-/// Stops everything, once. It is also what remains to do when the interface ends the process by
-/// itself with exit(), from whatever thread, so all that it needs is static, made before it is
-/// registered and thus destroyed after it has run; main's list is still there then. A second caller
-/// waits until everything is stopped.
+/// Makes g_quit_hook stop everything, once; a second caller waits until that is done. It also runs
+/// at exit, because the interface may end the process with exit(), on any thread. So its state is
+/// static and initialised before the registration, which has it destroyed after the hook has run;
+/// main's list still exists then.
 void install_quit_hook(Children &children) {
   static std::atomic<bool> s_done{false};
   static std::mutex s_quit_mu;
@@ -370,19 +361,19 @@ void install_quit_hook(Children &children) {
   std::atexit(invoke_quit_hook);
 }
 
-/// Runs behind the menu-bar icon; where no icon can be shown, until a signal ends the run. A
-/// display may keep the search for the interface waiting, so the components are supervised first.
+/// Shows the menu-bar icon until Quit; if none can be shown, waits for a signal that ends the run.
+/// The supervisor starts before the search for the interface, which a slow display may delay.
 void run_without_terminal(const std::string &directory, Children &children,
                           const std::string &url) {
   // First of all, because a window system's libraries may end the process while they are loaded.
   install_quit_hook(children);
   platform::start_interface_search(directory);
   std::thread supervisor = start_supervisor(children);
-  // While the run ends by these signals, they are to cut the supervisor's pause short.
+  // As long as these signals end the run, they should interrupt the supervisor's pause.
   mask_ending_signals(SIG_BLOCK);
   const platform::RunFunction run_interface = platform::find_interface(directory, g_running);
-  // Once more: what is registered last runs first, and an exit handler of the libraries that were
-  // loaded meanwhile may never return.
+  // Registered again to run first: an exit handler of the libraries that were loaded meanwhile may
+  // never return.
   std::atexit(invoke_quit_hook);
   if (run_interface != nullptr && g_running) {
     mask_ending_signals(SIG_UNBLOCK);
@@ -393,15 +384,15 @@ void run_without_terminal(const std::string &directory, Children &children,
   invoke_quit_hook();
 }
 
-/// For a parent that closed standard streams or blocked signals, and for the components, which are
-/// to be given what the launcher was.
+/// Copes with a parent that closed standard streams or blocked signals, and saves the environment
+/// for the components.
 void take_over_inherited_state() {
   keep_environment();
   open_closed_standard_streams();
-  mask_ending_signals(SIG_UNBLOCK); // the components would have them blocked, too
+  mask_ending_signals(SIG_UNBLOCK); // the components would inherit the mask
 }
 
-/// To be asked at the start: a terminal that is closed later no longer answers that it is one.
+/// Asked at the start, because a terminal that has been closed no longer counts as one.
 bool has_terminal() {
   return isatty(STDIN_FILENO) != 0 || isatty(STDOUT_FILENO) != 0;
 }
@@ -432,7 +423,7 @@ int run_component(const std::string &directory, int argc, char **argv) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
-/// False: an argument is no option; the user has been told which.
+/// Returns false, after a message, if an argument is no option.
 bool parse_or_report(int argc, char **argv, Options &options) {
   const char *unknown = parse_options(argc, argv, options);
   if (unknown != nullptr) {

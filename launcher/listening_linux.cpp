@@ -39,8 +39,8 @@ bool for_each_listener(const char *table, std::uint16_t port, Visit visit) {
   if (file == nullptr) {
     return errno == ENOENT; // a system without IPv6
   }
-  // Read row by row: the kernel searches for no more than it is asked for, and after the listening
-  // sockets come the connections, in a hash table that may take it milliseconds.
+  // Read row by row: the kernel collects no more rows than are read, and after the listening
+  // sockets come the connections, whose hash table may take it milliseconds.
   std::array<char, row_length> buffer{};
   std::setvbuf(file, buffer.data(), _IOFBF, buffer.size());
   std::array<char, 512> line{};
@@ -78,15 +78,15 @@ Process examine(pid_t pid) {
   return process;
 }
 
-/// Whether /proc names the processes by the same numbers as this process does, and hides none.
+/// Whether /proc shows all processes, by the same ids as this process sees.
 bool shows_all_processes() {
   std::array<char, 32> self{};
   return readlink("/proc/self", self.data(), self.size() - 1) > 0 &&
          std::atoi(self.data()) == getpid() && !examine(1).has_ended;
 }
 
-/// Whether this user has started the process, or may have: root can start another user's. That is
-/// the real user, which a program with capabilities or set-user-ID keeps.
+/// Whether this user may have started the process: root can start one of another user. The real
+/// user counts, which a program with capabilities or set-user-ID keeps.
 bool may_be_of_this_user(pid_t pid) {
   unsigned user = getuid();
   if (std::FILE *file = std::fopen(("/proc/" + std::to_string(pid) + "/status").c_str(), "re")) {
@@ -100,10 +100,10 @@ bool may_be_of_this_user(pid_t pid) {
 
 using Processes = std::map<pid_t, Process>;
 
-/// The processes that may have been started by a descendant of `root` that has ended since. Their
-/// parent is the first process or an ancestor of `root` that adopts orphans. Neither they nor their
-/// session, unless it is that of `root`, are older than `root`: this tells them from another copy
-/// of the launcher that was started at the same time. Another user's process is none.
+/// The processes that a descendant of `root` may have started before it ended. Their parent is the
+/// first process or an ancestor of `root` that adopts orphans. They are not older than `root`, and
+/// neither is their session unless it is that of `root`: that excludes another copy of the launcher
+/// that was started at the same time. Processes of other users are excluded, too.
 std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
   const Process hub = all[root];
   std::set<pid_t> ancestors{1};
@@ -113,7 +113,7 @@ std::set<pid_t> possible_orphans(pid_t root, Processes &all) {
   std::set<pid_t> orphans;
   for (const auto &[pid, process] : all) {
     const auto leader = all.find(process.session);
-    // 0: the session's leader is outside of this container.
+    // 0: the session's leader is outside this container.
     const bool old_session =
         process.session == 0 || (leader != all.end() && leader->second.start < hub.start);
     if (process.start >= hub.start && ancestors.count(process.parent) != 0 &&
@@ -147,8 +147,8 @@ std::set<pid_t> process_tree(pid_t root) {
   return tree;
 }
 
-/// Whether it is certain that the process has none of the sockets open.
-bool is_ruled_out(pid_t pid, const Sockets &sockets) {
+/// Whether the process has none of the sockets open. False if that is not known.
+bool has_none_of(pid_t pid, const Sockets &sockets) {
   const std::string folder = "/proc/" + std::to_string(pid) + "/fd/";
   bool found = false;
   bool readable = true;
@@ -165,23 +165,23 @@ bool is_ruled_out(pid_t pid, const Sockets &sockets) {
 } // namespace
 
 // A process and a port. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
-bool certainly_not_listening(pid_t root, std::uint16_t port) {
+bool only_others_listen(pid_t root, std::uint16_t port) {
   Sockets sockets;
-  bool root_ruled_out = true;
+  bool root_has_none = true;
   // `root` alone first: where it listens itself, as usual, nothing more is read.
   const auto is_of_another = [&](const std::string &socket) {
     sockets.insert(socket);
-    root_ruled_out = is_ruled_out(root, {socket});
-    return root_ruled_out;
+    root_has_none = has_none_of(root, {socket});
+    return root_has_none;
   };
   const bool others_only =
-      for_each_listener("/proc/net/tcp", port, is_of_another) && root_ruled_out &&
-      for_each_listener("/proc/net/tcp6", port, is_of_another) && root_ruled_out;
-  // Without any listener to be seen, the answer came from where these tables do not show it.
+      for_each_listener("/proc/net/tcp", port, is_of_another) && root_has_none &&
+      for_each_listener("/proc/net/tcp6", port, is_of_another) && root_has_none;
+  // If no listener is visible, one that these tables do not show has answered.
   if (!others_only || sockets.empty() || !shows_all_processes() || examine(root).has_ended) {
     return false;
   }
   const std::set<pid_t> tree = process_tree(root);
   return !tree.empty() && std::all_of(tree.begin(), tree.end(),
-                                      [&](pid_t pid) { return is_ruled_out(pid, sockets); });
+                                      [&](pid_t pid) { return has_none_of(pid, sockets); });
 }

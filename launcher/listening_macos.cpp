@@ -50,9 +50,9 @@ bool has_ended(pid_t pid) {
   return info ? info->pbi_status == zombie : errno == ESRCH;
 }
 
-/// Whether it is certain that a child of launchd, which adopts all orphans, was not started by a
-/// descendant of `hub`: it is another user's, or older.
-bool is_no_orphan_of(const std::optional<proc_bsdinfo> &hub, pid_t pid) {
+/// Whether no descendant of `hub` can have started the process, a child of launchd, which adopts
+/// all orphans: it is older than `hub`, or another user's.
+bool cannot_be_orphan_of(const std::optional<proc_bsdinfo> &hub, pid_t pid) {
   const std::optional<proc_bsdinfo> process = examine(pid);
   return !hub || !process ||
          std::tie(process->pbi_start_tvsec, process->pbi_start_tvusec) <
@@ -67,7 +67,7 @@ std::optional<std::vector<pid_t>> process_tree(pid_t root) {
   }
   const std::optional<proc_bsdinfo> hub = examine(root);
   tree->erase(std::remove_if(tree->begin(), tree->end(),
-                             [&hub](pid_t pid) { return is_no_orphan_of(hub, pid); }),
+                             [&hub](pid_t pid) { return cannot_be_orphan_of(hub, pid); }),
               tree->end());
   tree->push_back(root);
   for (std::size_t i = 0; i < tree->size(); ++i) {
@@ -96,8 +96,8 @@ std::optional<bool> listens(pid_t pid, const proc_fdinfo &descriptor, std::uint1
          ntohs(static_cast<std::uint16_t>(tcp.tcpsi_ini.insi_lport)) == port;
 }
 
-/// Whether it is certain that the process does not listen on the port.
-bool is_ruled_out(pid_t pid, std::uint16_t port) {
+/// Whether the process does not listen on the port. False if that is not known.
+bool does_not_listen(pid_t pid, std::uint16_t port) {
   const auto descriptors = listed<proc_fdinfo>([pid](void *buffer, int bytes) {
     return proc_pidinfo(pid, PROC_PIDLISTFDS, 0, buffer, bytes);
   });
@@ -113,11 +113,11 @@ bool is_ruled_out(pid_t pid, std::uint16_t port) {
 } // namespace
 
 // A process and a port. NOLINTNEXTLINE(bugprone-easily-swappable-parameters)
-bool certainly_not_listening(pid_t root, std::uint16_t port) {
-  if (has_ended(root) || !is_ruled_out(root, port)) {
+bool only_others_listen(pid_t root, std::uint16_t port) {
+  if (has_ended(root) || !does_not_listen(root, port)) {
     return false;
   }
   const std::optional<std::vector<pid_t>> tree = process_tree(root);
   return tree && std::all_of(tree->begin(), tree->end(),
-                             [port](pid_t pid) { return is_ruled_out(pid, port); });
+                             [port](pid_t pid) { return does_not_listen(pid, port); });
 }

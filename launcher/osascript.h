@@ -1,4 +1,4 @@
-/// The alert by the scripting tool that every Mac has.
+/// An alert shown by osascript, which every Mac has.
 #pragma once
 
 #include <string>

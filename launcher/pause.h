@@ -10,5 +10,5 @@
 void pause_for(std::chrono::milliseconds length);
 
 /// Returns once `length` has passed, or at once when `running` is false or a signal handler on this
-/// thread clears it. When another thread clears it, that shows only after `length`.
+/// thread clears it. If another thread clears it, this returns only after `length`.
 void pause_while(const std::atomic<bool> &running, std::chrono::milliseconds length);

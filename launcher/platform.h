@@ -1,10 +1,7 @@
-/// What differs between the systems the launcher runs on. For each system platform_* implements it,
-/// and interface_* looks for the interface; the build chooses the files.
+/// What differs between the systems the launcher runs on. For each system a file platform_*.cpp
+/// implements it; the build chooses.
 #pragma once
 
-#include "tdgui.h"
-
-#include <atomic>
 #include <string>
 
 #include <sys/types.h>
@@ -12,17 +9,16 @@
 namespace platform {
 
 /// The path by which the running executable was started, as the system reports it: no links are
-/// followed and no dots removed. Empty when the system does not tell or the path is longer than
-/// 4095 bytes.
+/// followed and no dots removed. Empty if the path is unknown or longer than 4095 bytes.
 std::string executable_path();
 
 /// Makes a new process that calls `execute` with `argument`. `execute` must not return and may call
-/// only async-signal-safe functions, but everything in a copy of a process with a single thread.
+/// only async-signal-safe functions, or anything in a copy of a process with a single thread.
 /// Returns the id of the new process, -1 when none could be made.
 ///
 /// With `can_be_suspended` the new process is a copy of this one. Otherwise it may use this one's
-/// memory until it has executed a program or called _exit(), and this thread waits for that, deaf
-/// to every signal but SIGKILL: if Ctrl-Z suspended the new process meanwhile, both would hang.
+/// memory until it has executed a program or called _exit(), and this thread waits for that and
+/// reacts to no signal but SIGKILL: if Ctrl-Z suspended the new process meanwhile, both would hang.
 pid_t fork_to_execute(void (*execute)(const void *argument), const void *argument,
                       bool can_be_suspended);
 
@@ -34,8 +30,9 @@ int highest_descriptor();
 /// between fork and exec, with `last` from highest_descriptor() before the fork.
 void close_descriptors(int first, int last);
 
-/// Has this process sent the signal `number` when `parent`, which forked it, ends in whatever way,
-/// also when it has ended already. Nothing where the system cannot do that. Async-signal-safe.
+/// Arranges that this process gets the signal `number` when its parent process, `parent`, ends, or
+/// at once if it has already ended. Does nothing on a system that cannot do that.
+/// Async-signal-safe.
 void end_with_parent(pid_t parent, int number);
 
 /// The shell command that opens `url` in the default browser. `url` stands in double quotes and is
@@ -44,22 +41,9 @@ void end_with_parent(pid_t parent, int number);
 std::string browser_command(const std::string &url);
 
 /// The shell command that shows `message` in a critical alert headed "Tandrel" and ends when the
-/// alert is dismissed, at once where there is nothing to show one with. `message` stands in single
+/// alert is dismissed, or at once if there is no tool to show one. `message` stands in single
 /// quotes, so it must hold no single quote, which would end the quoting and let the rest run as a
 /// command, and no NUL. Every other byte is passed on unchanged.
 std::string alert_command(const std::string &message);
-
-/// Runs the menu-bar interface on the calling thread, which must be the main one: tdgui::run.
-using RunFunction = void (*)(const tdgui::GuiConfig &config);
-
-/// Begins to look for the interface. `directory` is the launcher's own, ending in "/". Called once,
-/// by a run that has no terminal, before this process has a second thread: it may make a copy of
-/// it.
-void start_interface_search(const std::string &directory);
-
-/// Waits for the end of that search, for ten seconds at most and while `running`. Returns what runs
-/// the interface; null when none can be shown here, or it is not known whether. It may load
-/// libraries, and says on standard error, in one line, what is wrong.
-RunFunction find_interface(const std::string &directory, const std::atomic<bool> &running);
 
 } // namespace platform

@@ -1,5 +1,7 @@
 #include "settings.h"
 
+#include "directories.h"
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -59,6 +61,10 @@ std::string format_settings(const Settings &settings) {
   return "{\n  \"http_port\": " + std::to_string(settings.ports.http) +
          ",\n  \"udp_port\": " + std::to_string(settings.ports.udp) +
          ",\n  \"open_browser\": " + (settings.open_browser ? "true" : "false") + "\n}\n";
+}
+
+std::string settings_path() {
+  return td::config_dir() + "launcher.json";
 }
 
 Settings read_settings(const std::string &path, bool open_browser) {

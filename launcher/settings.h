@@ -1,7 +1,7 @@
 /// The settings that the launcher remembers between runs, as text and in their file.
 ///
-/// The text looks like JSON and is written as JSON, but it is read by a keyword scan whose
-/// leniencies are part of the format: hand-edited files rely on them.
+/// The text looks like JSON and is written as JSON, but it is read by a keyword scan that is
+/// deliberately lenient: hand-edited files rely on it.
 #pragma once
 
 #include "ports.h"
@@ -21,6 +21,9 @@ Settings parse_settings(std::string_view bytes, bool open_browser);
 
 /// The text of the settings file: three keys, five lines, at most 71 bytes.
 std::string format_settings(const Settings &settings);
+
+/// The path of the settings file: "launcher.json" in td::config_dir(), which makes the folder.
+std::string settings_path();
 
 /// Reads the settings file at `path`. A missing, unreadable or empty one, or something that is no
 /// regular file, gives the defaults, with the preference `open_browser`.

@@ -19,8 +19,8 @@ int open_controlling_terminal() {
 }
 
 /// Calls `use` with the terminal's descriptor if this process is in the foreground there. All
-/// signals are blocked meanwhile: Ctrl-Z could otherwise hand the terminal to the shell between the
-/// look and the use, which would then stop this process by SIGTTOU.
+/// signals are blocked meanwhile: otherwise Ctrl-Z could hand the terminal to the shell between the
+/// check and the use, which would then stop this process by SIGTTOU.
 template <typename Use> void in_foreground(Use use) {
   sigset_t all;
   sigset_t before;
@@ -37,7 +37,8 @@ template <typename Use> void in_foreground(Use use) {
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-/// Lets the keys that send signals do so as they did in the mode `before`, if that is known.
+/// Makes the keys that send signals work as in the mode `before`, or simply work if that is
+/// unknown.
 void restore_signal_keys(int terminal, const std::optional<termios> &before) {
   termios mode{};
   if (tcgetattr(terminal, &mode) != 0) {
@@ -52,15 +53,15 @@ void restore_signal_keys(int terminal, const std::optional<termios> &before) {
 
 } // namespace
 
-TerminalPlace terminal_place() {
+TerminalAccess terminal_access() {
   const int terminal = open_controlling_terminal();
   if (terminal < 0) {
     // Any other error, such as too many open files, says nothing about the terminal.
-    return errno == ENXIO ? TerminalPlace::none : TerminalPlace::background;
+    return errno == ENXIO ? TerminalAccess::none : TerminalAccess::background;
   }
   const bool foreground = is_in_foreground(terminal);
   close(terminal);
-  return foreground ? TerminalPlace::foreground : TerminalPlace::background;
+  return foreground ? TerminalAccess::foreground : TerminalAccess::background;
 }
 
 SharedTerminal::~SharedTerminal() {

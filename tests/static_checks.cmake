@@ -1,7 +1,7 @@
 # The target "check": formatting and static analysis, run again only when something has changed.
 #
 # A Mac has other versions of the tools, which have other rules. What is the same on every system, the
-# formatting, the scripts and the style, is checked on Linux alone; so a Mac's clang-tidy only looks
+# formatting, the scripts, Python and the style, is checked on Linux alone; so a Mac's clang-tidy only looks
 # for errors.
 find_program(CLANG_TIDY clang-tidy REQUIRED)
 set(tidy ${CLANG_TIDY} --quiet -p ${CMAKE_BINARY_DIR})
@@ -11,6 +11,7 @@ if(APPLE)
 else()
   find_program(CLANG_FORMAT clang-format REQUIRED)
   find_program(SHELLCHECK shellcheck REQUIRED)
+  find_program(FLAKE8 flake8 REQUIRED)
 endif()
 
 file(GLOB_RECURSE formatted CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
@@ -22,6 +23,8 @@ file(GLOB scripts CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}
   ${PROJECT_SOURCE_DIR}/scripts/* ${PROJECT_SOURCE_DIR}/.ci/run ${PROJECT_SOURCE_DIR}/tests/gui/with_private_tmp
   ${PROJECT_SOURCE_DIR}/packaging/completions/*.bash
   ${PROJECT_SOURCE_DIR}/packaging/packages/debian/prerm)
+file(GLOB_RECURSE python CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/bench/*.py ${PROJECT_SOURCE_DIR}/packaging/*.py ${PROJECT_SOURCE_DIR}/tests/*.py)
 
 # What this system compiles: on Linux also the files for macOS, in tests/macos_stub.
 set(analysed ${formatted})
@@ -59,6 +62,7 @@ if(NOT APPLE)
   check_files(format FILES ${formatted_paths} DEPENDS ${PROJECT_SOURCE_DIR}/.clang-format
     COMMAND ${CLANG_FORMAT} --dry-run -Werror ${formatted})
   check_files(shell FILES ${scripts} COMMAND ${SHELLCHECK} ${scripts})
+  check_files(python FILES ${python} DEPENDS ${PROJECT_SOURCE_DIR}/.flake8 COMMAND ${FLAKE8} ${python})
 endif()
 foreach(source ${analysed})
   string(REPLACE "/" "_" name ${source})

@@ -1,5 +1,7 @@
 #include "qt/pictures.h"
 
+#include "bars.h"
+
 #include <QIconEngine>
 #include <QPainter>
 #include <algorithm>
@@ -48,7 +50,7 @@ private:
   Draw draw_;
 };
 
-constexpr QSizeF bars_size(18, 16);
+constexpr QSizeF bars_size(tdgui::bars_width, tdgui::bars_height);
 
 /// By how much the bars are enlarged in a square of `side` pixels. Whole and half scales keep their
 /// edges sharp.
@@ -59,15 +61,14 @@ double bars_scale(double side) {
 }
 
 void draw_bars(QPainter &painter, double side) {
-  static const QRectF bars[] = {
-      {0, 5.5, 2, 5}, {4, 3, 2, 10}, {8, 1, 2, 14}, {12, 3, 2, 10}, {16, 5.5, 2, 5}};
   const double scale = bars_scale(side);
   painter.translate(std::floor((side - bars_size.width() * scale) / 2),
                     std::floor((side - bars_size.height() * scale) / 2));
   painter.scale(scale, scale);
-  painter.setBrush(QColor::fromRgbF(0.3F, 0.79F, 0.75F));
-  for (const QRectF &bar : bars) {
-    painter.drawRoundedRect(bar, 1, 1);
+  painter.setBrush(QColor::fromRgbF(tdgui::bars_red, tdgui::bars_green, tdgui::bars_blue));
+  for (const tdgui::Bar &bar : tdgui::bars) {
+    painter.drawRoundedRect(QRectF(bar.x, bar.y, bar.width, bar.height), tdgui::bar_radius,
+                            tdgui::bar_radius);
   }
 }
 

@@ -1,19 +1,20 @@
 """The application's icon as pixels, PNG and SVG, with Python's standard library alone.
 
-The bars are the menu bar's: their table and their colour are read from its source. They stand on a
-dark tile with round corners, on which they are as clear in a light Dock as in a dark one.
+The bars are those of gui/bars.h. They stand on a dark tile with round corners, on which they are as
+clear in a light Dock as in a dark one.
 """
 
 import itertools
-import re
 import struct
 import zlib
 
-# The drawing's side in the units of the bars, whose 18 x 16 units are in its middle. As in their
-# table, y grows upwards.
+# As (x, y, width, height) with y upwards, and the parts of their colour, 0 to 1.
+BARS = ((0, 5.5, 2, 5), (4, 3, 2, 10), (8, 1, 2, 14), (12, 3, 2, 10), (16, 5.5, 2, 5))
+BAR_RADIUS = 1
+BAR_COLOUR = (0.3, 0.79, 0.75)
+# The drawing's side in the units of the bars, whose 18 x 16 units are in its middle.
 GRID = 32
 BARS_ORIGIN = (7, 8)
-BAR_RADIUS = 1
 TILE = (3, 3, 26, 26)
 TILE_RADIUS = 6
 TILE_COLOUR = (0.09, 0.20, 0.25)
@@ -21,23 +22,10 @@ TILE_COLOUR = (0.09, 0.20, 0.25)
 SUBROWS = 16  # rows of samples for each row of pixels
 
 
-def read_bars(path):
-    """The bars as (x, y, width, height) and their colour, three numbers from 0 to 1, of the
-    interface's source file."""
-    with open(path, encoding="utf-8") as file:
-        source = file.read()
-    table = re.search(r"NSRect bars\[\] = \{(.*?)\n *\};", source, re.DOTALL)
-    number = r"([0-9.]+)"
-    rect = rf"\{{\{{{number}, {number}\}}, \{{{number}, {number}\}}\}}"
-    bars = [tuple(map(float, bar)) for bar in re.findall(rect, table.group(1))]
-    colour = re.search(rf"colorWithSRGBRed:{number} green:{number} blue:{number} alpha:1.0", source)
-    return bars, tuple(map(float, colour.groups()))
-
-
-def placed(bars):
+def placed_bars():
     """The bars where they are in the drawing."""
     left, bottom = BARS_ORIGIN
-    return [(x + left, y + bottom, width, height) for x, y, width, height in bars]
+    return [(x + left, y + bottom, width, height) for x, y, width, height in BARS]
 
 
 def span(rect, radius, y):
@@ -70,10 +58,10 @@ def shift(size):
     return -0.5 if size == 16 else 0.0
 
 
-def draw(bars, bar_colour, size):
+def draw(size):
     """The icon's pixels from the top left, four bytes each: red, green, blue and opacity."""
-    bar_shapes = [(place, BAR_RADIUS) for place in placed(bars)]
-    pixel = pixel_drawer(bar_colour)
+    bar_shapes = [(place, BAR_RADIUS) for place in placed_bars()]
+    pixel = pixel_drawer()
     pixels = []
     for row in range(size):
         tile = row_coverage([(TILE, TILE_RADIUS)], size, row)
@@ -81,14 +69,14 @@ def draw(bars, bar_colour, size):
     return b"".join(pixels)
 
 
-def pixel_drawer(bar_colour):
+def pixel_drawer():
     """Makes the function from the coverages by the tile and by a bar to a pixel's four bytes."""
     known = {}
 
     def pixel(tile, bar):
         value = known.get((tile, bar))
         if value is None:
-            mixed = [t * (1 - bar) + b * bar for t, b in zip(TILE_COLOUR, bar_colour)]
+            mixed = [t * (1 - bar) + b * bar for t, b in zip(TILE_COLOUR, BAR_COLOUR)]
             value = bytes(int(part * 255 + 0.5) for part in (*mixed, tile))
             value = known[tile, bar] = value if value[3] else bytes(4)
         return value
@@ -116,7 +104,7 @@ def png(pixels, size):
     )
 
 
-def svg(bars, bar_colour):
+def svg():
     """The icon as a picture of any size."""
 
     def rect(place, radius, colour):
@@ -129,5 +117,5 @@ def svg(bars, bar_colour):
 
     head = f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {GRID} {GRID}">\n'
     shapes = [rect(TILE, TILE_RADIUS, TILE_COLOUR)]
-    shapes += [rect(place, BAR_RADIUS, bar_colour) for place in placed(bars)]
+    shapes += [rect(place, BAR_RADIUS, BAR_COLOUR) for place in placed_bars()]
     return head + "".join(shapes) + "</svg>\n"

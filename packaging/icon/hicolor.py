@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Draws the icon in the folders and sizes in which Linux desktops look for it.
 
-    hicolor.py gui/launcher_mac_gui.mm FOLDER SIZE...
+    hicolor.py FOLDER SIZE...
 """
 
 import sys
 from pathlib import Path
 
-from drawing import draw, png, read_bars, svg
+from drawing import draw, png, svg
 
 
 def write(folder, size, name, data):
@@ -17,12 +17,11 @@ def write(folder, size, name, data):
 
 
 def main():
-    source, folder, *sizes = sys.argv[1:]
-    bars, colour = read_bars(source)
+    folder, *sizes = sys.argv[1:]
     theme = Path(folder, "hicolor")
-    write(theme, "scalable", "tandrel.svg", svg(bars, colour).encode())
+    write(theme, "scalable", "tandrel.svg", svg().encode())
     for size in map(int, sizes):
-        write(theme, f"{size}x{size}", "tandrel.png", png(draw(bars, colour, size), size))
+        write(theme, f"{size}x{size}", "tandrel.png", png(draw(size), size))
 
 
 if __name__ == "__main__":

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
 """Draws the icon of an application for a Mac.
 
-    icns.py gui/launcher_mac_gui.mm Tandrel.icns
+    icns.py Tandrel.icns
 """
 
 import re
 import struct
 import sys
 
-from drawing import draw, png, read_bars
+from drawing import draw, png
 
 # Sizes in pixels by the entry's type; most serve one size in points at single or double resolution.
 PNG_ENTRIES = {
@@ -47,10 +47,10 @@ def copied_run(data):
     return b"".join(bytes((len(part) - 1,)) + part for part in parts)
 
 
-def icon_file(bars, colour):
+def icon_file():
     """The bytes of the .icns file."""
     sizes = {*PNG_ENTRIES.values(), *PACKED_ENTRIES.values()}
-    drawn = {size: draw(bars, colour, size) for size in sizes}
+    drawn = {size: draw(size) for size in sizes}
     entries = []
     for (colours, mask), size in PACKED_ENTRIES.items():
         red, green, blue, opacity = (drawn[size][channel::4] for channel in range(4))
@@ -63,9 +63,9 @@ def icon_file(bars, colour):
 
 
 def main():
-    source, icon = sys.argv[1:]
+    (icon,) = sys.argv[1:]
     with open(icon, "wb") as file:
-        file.write(icon_file(*read_bars(source)))
+        file.write(icon_file())
 
 
 if __name__ == "__main__":

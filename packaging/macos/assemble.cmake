@@ -1,11 +1,12 @@
 # cmake -DBUNDLE=... -DLAUNCHER=... -DSUITE_DIR=... -DPLIST=... -DICON=... -P assemble.cmake
 #
-# Makes the application bundle BUNDLE anew of the launcher, the suite's four programs in SUITE_DIR,
-# the Info.plist and the icon. It only copies, so it works on every system.
+# Makes the application bundle BUNDLE, replacing an old one, from the launcher, the suite's programs in
+# SUITE_DIR, the Info.plist and the icon. It only copies, so it works on every system.
 cmake_minimum_required(VERSION 3.25)
 
 set(programs ${LAUNCHER})
-foreach(name td_hub td_receiver td_sender td_align)
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/../programs suite)
+foreach(name IN LISTS suite)
   list(APPEND programs ${SUITE_DIR}/${name})
 endforeach()
 foreach(file ${programs} ${PLIST} ${ICON})
@@ -18,7 +19,7 @@ file(REMOVE_RECURSE ${BUNDLE})
 file(MAKE_DIRECTORY ${BUNDLE}/Contents/MacOS ${BUNDLE}/Contents/Resources)
 foreach(program ${programs})
   get_filename_component(name ${program} NAME)
-  # Also of a link this copies the file.
+  # Copies the file even if this is a link to it.
   file(COPY_FILE ${program} ${BUNDLE}/Contents/MacOS/${name})
 endforeach()
 file(COPY_FILE ${PLIST} ${BUNDLE}/Contents/Info.plist)

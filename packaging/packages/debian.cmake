@@ -1,4 +1,4 @@
-# The .deb packages. They have no Debian revision: they are made by the program's own tree.
+# The .deb packages. They have no Debian revision, because they are made from the program's own tree.
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${TANDREL_VERSION}+${release})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

@@ -31,7 +31,7 @@ set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
   ${icon_subfolders} /usr/share/man /usr/share/man/man1 /usr/share/systemd /usr/share/systemd/user
   /usr/share/zsh /usr/share/zsh/site-functions)
 
-# The same bytes each time, from the same programs and with SOURCE_DATE_EPOCH set.
+# The same programs give the same bytes each time if SOURCE_DATE_EPOCH is set.
 set(CPACK_RPM_SPEC_MORE_DEFINE
 "%define _build_id_links none
 %define __brp_compress %{nil}

@@ -1,6 +1,8 @@
 """What Tandrel.app holds."""
 
-PROGRAMS = ("launcher", "td_hub", "td_receiver", "td_sender", "td_align")
+import components
+
+PROGRAMS = ("launcher", *components.PROGRAMS)
 DATA = ("Contents/Info.plist", "Contents/PkgInfo", "Contents/Resources/Tandrel.icns")
 FILES = {*DATA, *(f"Contents/MacOS/{program}" for program in PROGRAMS)}
 # Signing a bundle adds these.

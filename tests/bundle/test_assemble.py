@@ -5,14 +5,13 @@ import shutil
 import subprocess
 
 import pytest
-
-SUITE = ("td_hub", "td_receiver", "td_sender", "td_align")
+from components import PROGRAMS
 
 
 @pytest.fixture
 def made_of(tmp_path):
     """What a bundle is made of, each file with its name as its text."""
-    for name in ("launcher", "Info.plist", "icon", *(f"suite/{name}" for name in SUITE)):
+    for name in ("launcher", "Info.plist", "icon", *(f"suite/{name}" for name in PROGRAMS)):
         path = tmp_path / name
         path.parent.mkdir(exist_ok=True)
         path.write_text(name)
@@ -39,9 +38,13 @@ def test_each_file_has_its_place(root, made_of):
     assert (contents / "Info.plist").read_text() == "Info.plist"
     assert (contents / "Resources/Tandrel.icns").read_text() == "icon"
     assert (contents / "MacOS/launcher").read_text() == "launcher"
-    for name in SUITE:
+    for name in PROGRAMS:
         assert (contents / "MacOS" / name).read_text() == f"suite/{name}"
         assert (contents / "MacOS" / name).stat().st_mode & 0o777 == 0o755
+
+
+def test_the_programs_are_the_launchers_components(root):
+    assert (root / "packaging/programs").read_text().split() == PROGRAMS
 
 
 def test_what_was_in_the_bundle_before_is_gone(root, made_of):
@@ -61,7 +64,7 @@ def test_of_a_link_to_a_program_the_bundle_gets_the_program(root, made_of):
     assert copy.read_text() == "suite/td_hub"
 
 
-@pytest.mark.parametrize("missing", [*(f"suite/{name}" for name in SUITE), "launcher", "icon"])
+@pytest.mark.parametrize("missing", [*(f"suite/{name}" for name in PROGRAMS), "launcher", "icon"])
 def test_without_one_of_the_files_there_is_no_bundle(root, made_of, missing):
     (made_of / missing).unlink()
     done = assemble(root, made_of)
@@ -132,4 +135,4 @@ def test_a_file_that_holds_no_version_is_refused(tree, tmp_path, version):
     command = ["cmake", "-S", tree, "-B", tmp_path / "build"]
     done = subprocess.run(command, capture_output=True, text=True)
     assert done.returncode != 0
-    assert "holds no version such as 1.4.4+412" in done.stderr
+    assert "holds no version such as 1.2.3+45" in done.stderr

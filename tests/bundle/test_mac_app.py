@@ -4,6 +4,7 @@ import os
 import shutil
 import subprocess
 
+import contents
 import pytest
 
 # Each call is a line: the tool's name and its arguments between tabs. What the tools make or print
@@ -18,7 +19,7 @@ uname*) echo "${SYSTEM:-Darwin}" ;;
 cmake*--preset*-DTANDREL_SUITE_DIR*) echo "-- Tandrel.app gets programs" ;;
 cmake*--build*)
   mkdir -p build/Tandrel.app/Contents/MacOS
-  for name in launcher td_hub td_receiver td_sender td_align; do
+  for name in launcher $(cat packaging/programs); do
     echo "$name" > "build/Tandrel.app/Contents/MacOS/$name"
   done ;;
 lipo*) echo "x86_64 arm64" ;;
@@ -164,14 +165,13 @@ def test_an_ad_hoc_signature_cannot_be_notarised(mac_app):
 def test_the_image_holds_the_application_and_a_link_to_the_folder_for_it(mac_app):
     assert mac_app.run().returncode == 0
     bundle = "build/image/Tandrel.app"
-    names = ("launcher", "td_align", "td_hub", "td_receiver", "td_sender")
     assert mac_app.image_file.read_text().splitlines() == [
         "build/image",
         "build/image/Applications",
         bundle,
         f"{bundle}/Contents",
         f"{bundle}/Contents/MacOS",
-        *(f"{bundle}/Contents/MacOS/{name}" for name in names),
+        *(f"{bundle}/Contents/MacOS/{name}" for name in sorted(contents.PROGRAMS)),
         "/Applications",
     ]
     assert not (mac_app.folder / "build/image").exists()

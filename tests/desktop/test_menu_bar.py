@@ -3,7 +3,7 @@
 import pytest
 from component_events import wait_for_start
 from components import COMPONENTS
-from console import LEFT_STOPPED
+from console import LEFT_STOPPED, VERSION
 from deadline import wait_until
 from test_components import ALL_RUNNING
 
@@ -18,7 +18,7 @@ def test_the_menu_opens_without_a_window_manager(running):
 def test_the_menu_tells_what_it_shows(running):
     menu = running.menu_bar.open()
     assert list(menu.rows) == [
-        "Tandrel 1.4.4+412",
+        f"Tandrel {VERSION}",
         running.dashboard_address(),
         "Open Dashboard",
         "Copy Dashboard Address",
@@ -29,7 +29,7 @@ def test_the_menu_tells_what_it_shows(running):
         "Quit Tandrel",
     ]
     disabled = [name for name, row in menu.rows.items() if "enabled" not in row.states]
-    assert disabled == ["Tandrel 1.4.4+412", running.dashboard_address()]
+    assert disabled == [f"Tandrel {VERSION}", running.dashboard_address()]
     checked = [name for name, row in menu.rows.items() if "checked" in row.states]
     assert checked == ["Open Dashboard at Launch"]
     menu.point_at("Hub")

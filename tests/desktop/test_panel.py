@@ -1,6 +1,7 @@
 """The icon in a panel on the session bus, which may start, end and hang at any time."""
 
 import pytest
+from console import VERSION
 from deadline import wait_until
 from host import PANEL
 from menu_bar import TEAL
@@ -35,7 +36,7 @@ def test_the_exported_menu_is_complete(in_panel):
     desktop, host = in_panel
     rows = host.icon().menu()
     assert [row.title for row in rows] == [
-        *["Tandrel 1.4.4+412", desktop.dashboard_address(), ""],
+        *[f"Tandrel {VERSION}", desktop.dashboard_address(), ""],
         *["Open Dashboard", "Copy Dashboard Address", ""],
         *["Hub   running", "Receiver   running", "Sender   running", ""],
         *["All Components", "", "", "Settings…", "Open Dashboard at Launch", "", ""],

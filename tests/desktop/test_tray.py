@@ -3,7 +3,6 @@
 from signal import SIGCONT, SIGSTOP
 
 import pytest
-from components import COMPONENTS
 from deadline import wait_until
 from menu_bar import TEAL
 from screen import FIXED_SIZE, Rect

@@ -1,4 +1,4 @@
-// What choosing an item does beyond what the menu's table says.
+// What choosing an item does, beyond the menu's table.
 
 #include "application.h"
 #include "interface.h"
@@ -101,13 +101,13 @@ TEST(Actions, NameTheComponentInUtf8) {
   });
 }
 
-TEST(Actions, AreNotFlaggedOffInTheMenuItself) {
+TEST(Actions, KeepTheirEnabledFlagInTheMenuItself) {
   tdgui::GuiConfig without = full_config();
   without.is_running = nullptr;
   without.open_browser_pref = nullptr;
   for (const tdgui::GuiConfig &config : {full_config(), without}) {
     run_interface(config, [](Interface interface) {
-      [interface.menu setAutoenablesItems:NO]; // this leaves the flags as they were set
+      [interface.menu setAutoenablesItems:NO]; // does not change the flags
       for (NSMenuItem *item : filled(interface)) {
         const bool caption = [interface.menu indexOfItem:item] < 2;
         EXPECT_TRUE([item isSeparatorItem] || [item isEnabled] == !caption)
@@ -147,7 +147,7 @@ TEST(Actions, ToggleFlipsThePreferenceAndTheNextOpeningShowsIt) {
   run_interface(full_config(), [](Interface interface) {
     NSString *title = @"Open Dashboard at Launch";
     EXPECT_EQ(calls_of(interface, title), Calls{"open_browser on"});
-    EXPECT_EQ([item_titled(interface.menu, title) state], 0); // not touched while it is open
+    EXPECT_EQ([item_titled(interface.menu, title) state], 0); // unchanged while it is open
     EXPECT_EQ(calls_of(interface, title), Calls{"open_browser off"});
     EXPECT_EQ([item_titled(interface.menu, title) state], 1);
     filled(interface);

@@ -1,19 +1,18 @@
-/// What the tests need that differs between AppKit and GNUstep: application_appkit.mm and
-/// application_gnustep.mm.
+/// What differs between AppKit and GNUstep: application_appkit.mm and application_gnustep.mm.
 #pragma once
 
 #import <AppKit/AppKit.h>
 
 namespace gui_test {
 
-/// Makes the shared application. Returns false where none can be made, after it has said why.
+/// Makes the shared application. Returns false, after a message, if none can be made.
 bool make_application();
 
 /// Makes `imp` the instance method of the class, which has or inherits one of that name; returns
-/// the implementation before.
+/// the previous implementation.
 IMP replace_method(Class cls, SEL selector, IMP imp);
 
-/// The image on a black ground, with so many pixels in a row and in a column for each point.
+/// The image on a black background, at a number of pixels per point.
 NSBitmapImageRep *drawn(NSImage *image, NSInteger pixels_per_point);
 
 } // namespace gui_test

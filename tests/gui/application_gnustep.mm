@@ -13,9 +13,9 @@ id do_nothing(id /*object*/, SEL /*selector*/) {
   return nil;
 }
 
-/// GNUstep's NSTask has a handler of SIGCHLD that waits for any child of the process. By it GNUstep
-/// starts tools at an application's start, and a server, which outlives the process, to tell other
-/// applications of this one.
+/// GNUstep's NSTask has a handler of SIGCHLD that waits for any child of the process. When an
+/// application starts, GNUstep uses it to start tools and a server that announces the application
+/// to others and outlives the process.
 void start_no_processes() {
   const IMP imp = reinterpret_cast<IMP>(do_nothing);
   Class task = object_getClass(objc_getClass("NSTask"));
@@ -27,7 +27,7 @@ void start_no_processes() {
 } // namespace
 
 bool make_application() {
-  // GNUstep's display code installs handlers of its own, which end the process.
+  // GNUstep's display code installs its own handlers, which end the process.
   struct sigaction interrupt = {}, terminate = {};
   sigaction(SIGINT, nullptr, &interrupt);
   sigaction(SIGTERM, nullptr, &terminate);
@@ -43,7 +43,7 @@ bool make_application() {
   return true;
 }
 
-/// Ends the process where there is nothing to replace, as in another version of GNUstep.
+/// Ends the process if there is nothing to replace, as in another version of GNUstep.
 IMP replace_method(Class cls, SEL selector, IMP imp) {
   Method method = class_getInstanceMethod(cls, selector);
   if (!method) {

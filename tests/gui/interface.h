@@ -27,20 +27,20 @@ struct Interface {
   CGFloat asked_length = 0; ///< of the status item
   /// -1 when none was set.
   NSApplicationActivationPolicy policy = static_cast<NSApplicationActivationPolicy>(-1);
-  std::vector<std::string> steps; ///< what run() did, in order, as seen from outside
+  std::vector<std::string> steps; ///< what run() did, in order
 };
 
 /// Calls tdgui::run with `config` and runs `body` in its event loop, which then ends.
 void run_interface(const tdgui::GuiConfig &config, const std::function<void(Interface)> &body);
 
-/// Has the delegate fill the menu, as when it opens, and returns the items.
+/// Lets the delegate fill the menu, as when it opens, and returns the items.
 std::vector<NSMenuItem *> filled(Interface interface);
 
 /// The first item with that title, plain or attributed; fails the test if there is none.
 NSMenuItem *item_titled(NSMenu *menu, NSString *title);
 
-/// Runs the event loop a few times in that mode, each time until an event ends the wait: the pulse,
-/// if nothing else.
+/// Runs the event loop a few times in that mode, each time until an event arrives, if only the
+/// pulse.
 void turn_loop(NSString *mode);
 
 /// Sends the item's action to its target.
@@ -61,8 +61,8 @@ private:
   NSTimer *timer_;
 };
 
-/// Has `answer` called with the panel of the next modal alert, in its modal loop; it must click a
-/// button there. The answers of several calls are used one after the other, one for each alert.
+/// Registers `answer` for the next modal alert: it is called in the modal loop with the alert's
+/// panel and must click a button there. Several answers are used in order, one for each alert.
 void when_alert_runs(const std::function<void(NSWindow *panel)> &answer);
 
 /// How many of these answers have not been called yet.

@@ -22,7 +22,7 @@ Clock::time_point g_alert_began; // the last one
 int g_answered_alerts;           // the value of g_alerts when the last one was answered
 IMP g_make_status_item, g_set_policy, g_run_modal, g_set_menu, g_run_application;
 
-/// When the menu is set, the icon must be complete, and the menu too, except for its items.
+/// When the menu is set, the icon must be complete, and so must the menu, except for its items.
 void set_menu(NSStatusItem *item, SEL selector, NSMenu *menu) {
   const bool finished_icon = [[item button] image] && [[item button] toolTip];
   const auto controller = static_cast<id<GuiTestController>>([menu delegate]);

@@ -1,4 +1,4 @@
-/// The menu as a list, to which the tests of every system's interface hold what that shows.
+/// The menu as a list, with which the tests of every system's interface compare theirs.
 #pragma once
 
 #include "record.h"
@@ -17,7 +17,7 @@ struct Item {
   bool enabled = true; ///< the flag that is set
   bool checked = false;
   std::vector<Item> submenu;
-  /// The callbacks that choosing it calls; none when that does something else or nothing at all.
+  /// The callbacks that choosing it calls; none if that does something else or nothing.
   std::optional<Calls> calls;
 };
 
@@ -27,12 +27,12 @@ inline const std::string separator_text = "---";
 /// been removed, and for the states in record().
 std::vector<Item> expected_menu(const tdgui::GuiConfig &config);
 
-/// One line for each item, those of a submenu below theirs: to compare menus and to see where they
-/// differ.
+/// One line for each item, a submenu's items below its own: for comparing menus and showing how
+/// they differ.
 std::vector<std::string> lines(const std::vector<Item> &menu);
 
-/// Has each enabled item chosen that calls callbacks, in the menu and its submenus, and expects its
-/// calls. `choose` gets the item's place in the menu and, if it is in a submenu, its place there.
+/// Chooses each enabled item that calls callbacks, in the menu and its submenus, and expects its
+/// calls. `choose` gets the item's index in the menu and, if it is in a submenu, its index there.
 void expect_calls(const std::vector<Item> &menu,
                   const std::function<void(std::vector<std::size_t> place)> &choose);
 

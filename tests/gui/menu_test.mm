@@ -20,7 +20,7 @@ struct Piece {
   NSFont *font;
 };
 
-// --- As the table has it ------------------------------------------------------------------------
+// --- According to the table ---------------------------------------------------------------------
 
 std::string name_of(NSColor *colour) {
   return [colour isEqual:[NSColor systemGreenColor]]    ? "green"
@@ -58,7 +58,7 @@ std::vector<Item> items_of(NSMenu *menu) {
   return items;
 }
 
-/// Fills the menu and expects that it shows and does what the table has for this config.
+/// Fills the menu and expects it to show and do what the table says for this config.
 void expect_menu(Interface interface, const tdgui::GuiConfig &config) {
   filled(interface);
   const std::vector<Item> expected = expected_menu(config);
@@ -69,7 +69,7 @@ void expect_menu(Interface interface, const tdgui::GuiConfig &config) {
   });
 }
 
-// --- What only AppKit's items have --------------------------------------------------------------
+// --- Only in AppKit's items ---------------------------------------------------------------------
 
 /// Expects the title to consist of exactly these pieces with exactly these attributes.
 void expect_title(NSMenuItem *item, const std::vector<Piece> &pieces) {

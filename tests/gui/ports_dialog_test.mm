@@ -173,13 +173,13 @@ TEST(PortsDialog, UnchangedPortsCallNothing) {
   EXPECT_EQ(calls_after(full_config(), {@"8080abc", @"+8081"}), Calls{});
 }
 
-TEST(PortsDialog, AChangeOfOneOrBothHandsOverBoth) {
+TEST(PortsDialog, AChangeOfOneOrBothPassesBoth) {
   EXPECT_EQ(calls_after(full_config(), {@"9000", nil}), Calls{"set_ports 9000 8081 ''"});
   EXPECT_EQ(calls_after(full_config(), {nil, @"9001"}), Calls{"set_ports 8080 9001 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"9000", @"9001"}), Calls{"set_ports 9000 9001 ''"});
 }
 
-TEST(PortsDialog, WhatIsNoPortGoesToTheCallbackAsWell) {
+TEST(PortsDialog, InvalidPortsGoToTheCallback) {
   EXPECT_EQ(calls_after(full_config(), {@"abc", nil}), Calls{"set_ports 0 8081 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"", @"x"}), Calls{"set_ports 0 0 ''"});
   EXPECT_EQ(calls_after(full_config(), {@"-5", @"70000"}), Calls{"set_ports -5 70000 ''"});

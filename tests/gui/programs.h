@@ -1,4 +1,4 @@
-/// Programs that tests have run in place of the desktop's.
+/// Programs that run in place of the desktop's.
 #pragma once
 
 #include <cstdlib>
@@ -19,7 +19,7 @@ inline std::string contents(const std::string &path) {
   return text.str();
 }
 
-/// A private folder; its destructor removes it with all that is in it.
+/// A private folder; its destructor removes it with everything in it.
 class Folder {
 public:
   Folder() {

@@ -27,18 +27,17 @@ struct Record {
 Record &record();
 
 /// Resets the record. Returns three components, and every callback except quit_fallback; the
-/// callbacks use record() and fail the test when they are called on another thread than the main
-/// one.
+/// callbacks use record() and fail the test if they are called on any thread but the main one.
 tdgui::GuiConfig recorded_config();
 
-/// Removes the callbacks that the bits of `dropped`, 0 to 127, stand for.
+/// Removes the callbacks for which a bit of `dropped`, 0 to 127, is set.
 void drop_callbacks(tdgui::GuiConfig &config, unsigned dropped);
 
 /// An is_running that records the name it was asked for.
 bool note_question(const std::string &name);
 
-/// The names that opening the menu asks note_question for: the header up to the first component
-/// that does not run, then each row.
+/// The names with which opening the menu calls note_question: for the header up to the first
+/// component that does not run, then for each row.
 Calls expected_questions();
 
 /// Sets which components run, by the lowest three bits.

@@ -1,5 +1,5 @@
-// What only GNUstep says of the icon: its bars are the same upside down, and AppKit's image no
-// longer tells.
+// Whether the icon is flipped. Its bars are the same upside down, and only GNUstep's image can be
+// asked.
 
 #include "interface.h"
 

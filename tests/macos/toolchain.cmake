@@ -33,12 +33,11 @@ set(CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES
   ${_headers}/libc/include/any-macos-any)
 set(CMAKE_OBJCXX_STANDARD_INCLUDE_DIRECTORIES ${CMAKE_CXX_STANDARD_INCLUDE_DIRECTORIES})
 
-set(_warnings "-Wall -Wextra -Wpedantic -Wunguarded-availability -Werror")
 # The package's libc++ is told by macros how it was built: here as Apple builds it. Its annotations
 # of what is newer than the oldest macOS stay on, as the macro that turns them off is not defined.
 set(_libcxx "-D_LIBCPP_ABI_VERSION=1 -D_LIBCPP_ABI_NAMESPACE=__1")
 set(CMAKE_CXX_FLAGS_INIT
-  "--target=${CMAKE_OSX_ARCHITECTURES}-apple-macos -nostdinc -nostdinc++ ${_libcxx} ${_warnings}")
+  "--target=${CMAKE_OSX_ARCHITECTURES}-apple-macos -nostdinc -nostdinc++ ${_libcxx}")
 set(CMAKE_OBJCXX_FLAGS_INIT ${CMAKE_CXX_FLAGS_INIT})
 # The version is that of Apple's linker whose options are used. An ARM program is signed by default.
 set(CMAKE_EXE_LINKER_FLAGS_INIT

@@ -1,6 +1,7 @@
-// What platform_macos.cpp and interface_macos.cpp do, with functions in place of macOS's that
-// answer as a test wants.
+// platform_macos.cpp and interface_macos.cpp, with functions in place of macOS's that return what a
+// test wants.
 
+#include "interface.h"
 #include "platform.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
-// The scripted interface as part of a launcher, in place of what the launcher has otherwise.
+// The scripted interface as part of a launcher, in place of the real one.
 
-#include "platform.h"
+#include "interface.h"
 #include "scripted.h"
 
 void platform::start_interface_search(const std::string & /*directory*/) {

@@ -1,10 +1,10 @@
 // A menu-bar interface without a menu bar: a test sends the callbacks to call over a socket.
 //
 // The interface is available when TD_SCRIPTED_GUI names a listening local socket.
-// TD_SCRIPTED_GUI_MODE may say otherwise: "unavailable"; or "exit-unanswered", which ends the
-// process with status 5 instead of an answer to whether the interface is available; or
-// "exit-early", which does it when the interface is to be run; or "no-threads", which keeps the
-// launcher that is linked with the interface from starting any thread. TD_SCRIPTED_GUI_SEARCH and
+// TD_SCRIPTED_GUI_MODE may change that: "unavailable"; or "exit-unanswered", which ends the process
+// with status 5 when it is asked whether the interface is available; or "exit-early", which ends it
+// so when the interface is run; or "no-threads", which keeps the launcher that is linked with the
+// interface from starting any thread. TD_SCRIPTED_GUI_SEARCH and
 // TD_SCRIPTED_GUI_EXIT may each name a FIFO. With all signals blocked, the answer to whether the
 // interface is available, and an exit handler, registered when the interface is loaded, wait
 // until someone opens it for writing. Commands and answers are lines; every answer is a JSON

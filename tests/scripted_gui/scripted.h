@@ -5,7 +5,7 @@
 
 namespace scripted {
 
-/// Does to the launcher's process what a test wants before the interface is looked for.
+/// Prepares the launcher's process as the test wants, before the interface is looked for.
 void prepare();
 
 /// What the libraries of an interface do when they are loaded.
@@ -14,7 +14,7 @@ void load();
 /// Whether the test that has started the launcher wants the interface to be shown.
 bool is_available();
 
-/// In place of tdgui::run: does what the test asks for, until it has enough.
+/// In place of tdgui::run: does what the test asks for, until the test ends it.
 void run(const tdgui::GuiConfig &gui);
 
 /// Ends the process with a message about `what` and errno.

@@ -1,6 +1,6 @@
 """The external tools: their command lines, and the effect of their output and exit statuses.
 
-How each kind of message is quoted is also tested by tests/unit/host_test.cpp and platform_test.cpp.
+How each kind of message is quoted is also tested by tests/unit/tools_test.cpp and platform_test.cpp.
 """
 
 import os

@@ -10,7 +10,7 @@ namespace {
 
 TEST(Spawn, QuietHasDevNullForItsStreams) {
   const TemporaryFolder folder;
-  // The streams are asked about before the script redirects anything.
+  // The streams are read before the script redirects anything.
   const std::string script = folder.write(
       "ask", "#!/bin/sh\nfor d in 0 1 2; do [ /proc/$$/fd/$d -ef /dev/null ] || exit 9; done\n",
       true);

@@ -18,7 +18,7 @@
 
 namespace {
 
-/// The signal that ended the process of the record; 0 when none did.
+/// The signal that ended the record's process; 0 if none did.
 int ending_signal(Child child) {
   const int status = status_of(std::move(child)); // a Mac's macro takes its address
   return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
@@ -94,8 +94,8 @@ TEST(Spawn, LeavesTheSignalMaskAsItWas) {
   }
 }
 
-/// Starts a process that waits, and expects it to lead a group and a session of its own where it is
-/// quiet, and otherwise to be in ours. Where these come from outside our PID namespace, they are 0.
+/// Starts a process that waits, and expects it to lead a group and a session of its own if it is
+/// quiet, and otherwise to be in this one's, which are 0 if they are outside this PID namespace.
 void expect_group_and_session(bool quiet) {
   const TemporaryFolder folder;
   const std::string ready = folder.prefix() + "ready";
@@ -150,7 +150,7 @@ TEST(Reap, IsTrueForAnIdleRecord) {
   EXPECT_TRUE(reap(child));
 }
 
-TEST(Reap, TellsRunningFromEnded) {
+TEST(Reap, DistinguishesRunningFromEnded) {
   Child child = shell("read -r line < /dev/null; exec sleep 1000");
   ASSERT_TRUE(spawn(child));
   const pid_t pid = child.pid;
@@ -163,7 +163,7 @@ TEST(Reap, TellsRunningFromEnded) {
   EXPECT_FALSE(exists(pid));
 }
 
-TEST(Reap, TakesAFailedPollForRunning) {
+TEST(Reap, CountsAFailedPollAsRunning) {
   Child child = make("/usr/bin/true");
   ASSERT_TRUE(spawn(child));
   const pid_t pid = child.pid;

@@ -1,4 +1,4 @@
-/// The end of a test, for the processes that it starts.
+/// Tells the processes that a test starts when the test ends.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-/// Comes when this is destroyed. `path` is a new file in a folder that outlives it.
+/// The test ends when this is destroyed. `path` is a new file in a folder that outlives it.
 class EndOfTest {
 public:
   explicit EndOfTest(std::string path) : path_(std::move(path)) {
@@ -23,7 +23,7 @@ public:
     close(writer_);
   }
 
-  /// A shell command that ends at the end of the test, when nobody can write to its file any more.
+  /// A shell command that ends with the test, when its file has no writer any more.
   [[nodiscard]] std::string wait_command() const { return "/bin/cat " + path_; }
 
 private:

@@ -1,4 +1,4 @@
-/// Calls of the system that fail, as on another kernel or with too little of something.
+/// System calls that fail, as on another kernel or when a resource is exhausted.
 #pragma once
 
 #include <array>

@@ -1,7 +1,7 @@
 #include "end_of_test.h"
+#include "fake_tools.h"
 #include "hub.h"
 #include "listener.h"
-#include "tools.h"
 
 #include <algorithm>
 #include <chrono>
@@ -13,14 +13,14 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-using Probe = Tools;
+using Probe = FakeTools;
 
 TEST_F(Probe, AsksCurl) {
   add("curl");
   EXPECT_TRUE(probe_hub(65535));
-  EXPECT_EQ(said("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:65535/api/health|");
+  EXPECT_EQ(output_of("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:65535/api/health|");
   EXPECT_TRUE(probe_hub(0));
-  EXPECT_EQ(said("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:0/api/health|");
+  EXPECT_EQ(output_of("curl"), "-s|-m|2|-o|/dev/null|http://127.0.0.1:0/api/health|");
 }
 
 TEST_F(Probe, FailsAsCurlDoes) {
@@ -29,7 +29,7 @@ TEST_F(Probe, FailsAsCurlDoes) {
 }
 
 TEST_F(Probe, WithoutCurlFails) {
-  testing::internal::CaptureStderr(); // the shell's complaint
+  testing::internal::CaptureStderr(); // the shell's error message
   EXPECT_FALSE(probe_hub(4466));
   testing::internal::GetCapturedStderr();
 }
@@ -39,21 +39,21 @@ TEST_F(Probe, AsksNoProxy) {
   EXPECT_TRUE(probe_hub(4466));
 }
 
-/// A hub that is a shell script, probed by a curl that is one too. It listens by its standard
-/// input.
-struct StartHub : Tools {
+/// A hub that is a shell script, probed by a curl that is one, too. Its standard input is the
+/// listening socket.
+struct StartHub : FakeTools {
   Listener listener;
   StandardInput input{listener.descriptor()};
   Child hub;
   std::atomic<bool> running{true};
 
   void SetUp() override {
-    Tools::SetUp();
+    FakeTools::SetUp();
     set_hub("exec /bin/sleep 1000");
   }
   void TearDown() override {
     stop(hub);
-    Tools::TearDown();
+    FakeTools::TearDown();
   }
   void set_hub(const std::string &script) {
     hub.path = folder.write("td_hub", "#!/bin/sh\n" + script + "\n", true);
@@ -106,7 +106,7 @@ TEST_F(StartHub, EndsWithTheHub) {
   EXPECT_EQ(hub.pid, -1);
 }
 
-TEST_F(StartHub, DoesNotBelieveAnAnswerWhenTheHubHasExited) {
+TEST_F(StartHub, RejectsAnAnswerWhenTheHubHasExited) {
   const std::string pid_file = folder.prefix() + "pid";
   set_hub("echo $$ > " + pid_file + "; exec /bin/sleep 1000");
   // The probe succeeds, but only once the hub has exited.
@@ -117,14 +117,14 @@ TEST_F(StartHub, DoesNotBelieveAnAnswerWhenTheHubHasExited) {
   EXPECT_EQ(hub.pid, -1);
 }
 
-TEST_F(StartHub, DoesNotBelieveAnotherProgramsAnswer) {
-  set_hub("exec < /dev/null; exec /bin/sleep 1000"); // the port is the test's alone
+TEST_F(StartHub, RejectsAnotherProgramsAnswer) {
+  set_hub("exec < /dev/null; exec /bin/sleep 1000"); // only the test has the port
   answer_from_probe(1);
   EXPECT_EQ(start(StartReason::start_up), HubStart::not_ready);
   EXPECT_EQ(probes(), 100);
 }
 
-TEST_F(StartHub, BelievesAHubThatAScriptStarted) {
+TEST_F(StartHub, AcceptsAHubThatAScriptStarted) {
   const EndOfTest end(folder.prefix() + "end");
   set_hub("exec 3<&0 </dev/null; " + end.wait_command() + " <&3 3<&- & exec 3<&-; wait");
   answer_from_probe(1);

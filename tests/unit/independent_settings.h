@@ -1,5 +1,5 @@
-/// The rules of the settings file a second time, for the tests to compare with: over bytes and with
-/// std::from_chars, where the launcher uses C strings and std::strtol. And texts to try both on.
+/// A second implementation of the settings file's rules to compare the launcher's with: this one
+/// uses bytes and std::from_chars, that one C strings and std::strtol. And texts to try both on.
 #pragma once
 
 #include "settings.h"
@@ -47,7 +47,7 @@ inline Settings read_independently(std::string_view bytes, bool open_browser) {
   return settings;
 }
 
-/// Random texts made of what the rules look at; the same ones in every run.
+/// Random texts made of the parts that the rules depend on; the same ones in every run.
 class RandomSettingsTexts {
 public:
   std::string next() {
@@ -74,7 +74,7 @@ private:
     if (below(2) == 0) {
       return std::to_string(static_cast<std::int64_t>(below(210'001)) - 70'000);
     }
-    // Up to 22 digits: also what no 64 bits hold.
+    // Up to 22 digits, more than 64 bits can hold.
     std::string digits = below(2) == 0 ? "-" : "";
     for (std::uint64_t left = below(22) + 1; left > 0; --left) {
       digits += static_cast<char>('0' + below(10));

@@ -1,10 +1,10 @@
-#include "host.h"
+#include "lan_address.h"
 
 #include <deque>
 #include <string>
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
@@ -101,6 +101,10 @@ TEST(ChooseLanIpv4, SkipsWhatIsDownOrNoIpv4) {
   EXPECT_EQ(InterfaceList().add_ipv6("fd00::1").choice(), "127.0.0.1");
   EXPECT_EQ(InterfaceList().add_ipv6("fd00::1").add_without_address().add("10.1.2.3").choice(),
             "10.1.2.3");
+}
+
+TEST(LanIpv4, IsADottedQuad) {
+  EXPECT_THAT(td_lan_ipv4(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+"));
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-/// A listening socket for tests, and the way to hand it to a component.
+/// A listening socket for tests, and how to give it to a component.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-/// A process for tests of certainly_not_listening().
+/// A process for tests of only_others_listen().
 #pragma once
 
 #include "child.h"
@@ -11,14 +11,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-/// A process that runs until the test is over. So does what it starts, if it waits with
+/// A process that runs until the test is over, as does what it starts, if that waits with
 /// `wait_command`.
-struct Listening : testing::Test {
+struct OnlyOthersListen : testing::Test {
   TemporaryFolder folder;
   EndOfTest end_of_test{folder.prefix() + "end"};
   std::string wait_command = end_of_test.wait_command();
-  /// Has a script hand its standard input to an orphan, in a session of its own if `start` is
-  /// "setsid".
+  /// Lines of a script that give its standard input to an orphan, which has a session of its own if
+  /// `start` is "setsid".
   [[nodiscard]] std::string leave_orphan(const std::string &start = "") const {
     return "exec 3<&0 </dev/null\n( " + start + " " + wait_command +
            " <&3 >/dev/null 3<&- & )\nexec 3<&-\n";
@@ -31,7 +31,7 @@ struct Listening : testing::Test {
     stop(other);
   }
 
-  /// Starts a shell, which has what is standard input here, and waits until its script has said so.
+  /// Starts a shell, which inherits standard input, and waits until its script has printed a line.
   void start(const std::string &script) { start(child, script); }
   static void start(Child &child, const std::string &script) {
     std::array<int, 2> ready{};

@@ -11,27 +11,27 @@
 
 namespace {
 
-TEST_F(Listening, IsSeenInTheProcessItself) {
+TEST_F(OnlyOthersListen, NotWhenTheProcessItselfDoes) {
   const Listener listener;
-  EXPECT_FALSE(certainly_not_listening(getpid(), listener.port()));
+  EXPECT_FALSE(only_others_listen(getpid(), listener.port()));
 }
 
-TEST_F(Listening, IsRuledOutForAProcessWithoutTheSocket) {
+TEST_F(OnlyOthersListen, WhenTheProcessDoesNotHaveTheSocket) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
   start("exec < /dev/null; echo; exec " + wait_command);
-  EXPECT_TRUE(certainly_not_listening(child.pid, listener.port()));
+  EXPECT_TRUE(only_others_listen(child.pid, listener.port()));
 }
 
-TEST_F(Listening, IsRuledOutForAProcessThatListensOnAnotherPort) {
+TEST_F(OnlyOthersListen, WhenTheProcessListensOnAnotherPort) {
   const Listener listener;
   const Listener other;
   const StandardInput input(other.descriptor());
   start("echo; exec " + wait_command);
-  EXPECT_TRUE(certainly_not_listening(child.pid, listener.port()));
+  EXPECT_TRUE(only_others_listen(child.pid, listener.port()));
 }
 
-TEST_F(Listening, IsSeenInAGrandchild) {
+TEST_F(OnlyOthersListen, NotWhenAGrandchildDoes) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
   start("exec 3<&0 </dev/null\n"
@@ -39,33 +39,33 @@ TEST_F(Listening, IsSeenInAGrandchild) {
         wait_command +
         " <&3 >/dev/null 3<&- & exec 3<&-; wait ) &\n"
         "exec 3<&-; echo; wait");
-  EXPECT_FALSE(certainly_not_listening(child.pid, listener.port()));
+  EXPECT_FALSE(only_others_listen(child.pid, listener.port()));
 }
 
-TEST_F(Listening, IsSeenInADescendantWhoseParentHasEnded) {
+TEST_F(OnlyOthersListen, NotWhenAnOrphanedDescendantDoes) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
   start(leave_orphan() + "echo; exec " + wait_command);
-  EXPECT_FALSE(certainly_not_listening(child.pid, listener.port()));
+  EXPECT_FALSE(only_others_listen(child.pid, listener.port()));
 }
 
-TEST_F(Listening, IsRuledOutForAProcessYoungerThanTheOrphanThatListens) {
+TEST_F(OnlyOthersListen, WhenAnOrphanDoesThatIsOlderThanTheProcess) {
   const Listener listener;
   {
     const StandardInput input(listener.descriptor());
     start(other, leave_orphan() + "echo; exec " + wait_command);
   }
-  bool ruled_out = false;
-  // The first ones may be as old, as far as the system tells.
-  for (int i = 0; i < 1000 && !ruled_out; ++i) {
+  bool known = false;
+  // The system counts time in ticks: the first ones may have the same age as the orphan.
+  for (int i = 0; i < 1000 && !known; ++i) {
     stop(child);
     start("exec < /dev/null; echo; exec " + wait_command);
-    ruled_out = certainly_not_listening(child.pid, listener.port());
+    known = only_others_listen(child.pid, listener.port());
   }
-  EXPECT_TRUE(ruled_out);
+  EXPECT_TRUE(known);
 }
 
-TEST_F(Listening, IsSeenOnBothProtocolsAtOnce) {
+TEST_F(OnlyOthersListen, NotWhenTheProcessListensOnBothProtocols) {
   const int socket6 = socket(AF_INET6, SOCK_STREAM, 0);
   sockaddr_in6 address{};
   address.sin6_family = AF_INET6;
@@ -78,11 +78,11 @@ TEST_F(Listening, IsSeenOnBothProtocolsAtOnce) {
   }
   ASSERT_EQ(listen(socket6, 1), 0);
   ASSERT_EQ(getsockname(socket6, reinterpret_cast<sockaddr *>(&address), &size), 0);
-  EXPECT_FALSE(certainly_not_listening(getpid(), ntohs(address.sin6_port)));
+  EXPECT_FALSE(only_others_listen(getpid(), ntohs(address.sin6_port)));
   close(socket6);
 }
 
-TEST_F(Listening, IsSeenInOneOfSeveralProgramsThatShareThePort) {
+TEST_F(OnlyOthersListen, NotWhenTheProcessSharesThePort) {
   std::array<int, 2> sockets{};
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -101,30 +101,31 @@ TEST_F(Listening, IsSeenInOneOfSeveralProgramsThatShareThePort) {
     start("echo; exec " + wait_command);
   }
   close(sockets[1]);
-  EXPECT_FALSE(certainly_not_listening(child.pid, ntohs(address.sin_port)));
+  EXPECT_FALSE(only_others_listen(child.pid, ntohs(address.sin_port)));
   close(sockets[0]);
 }
 
-TEST_F(Listening, IsNotRuledOutForAProcessThatHasEnded) {
+TEST_F(OnlyOthersListen, IsUnknownOnceTheProcessHasEnded) {
   const Listener listener;
   const StandardInput input(listener.descriptor());
   start("echo");
   siginfo_t info{};
   ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child.pid), &info, WEXITED | WNOWAIT), 0);
-  EXPECT_FALSE(certainly_not_listening(child.pid, listener.port()));
+  EXPECT_FALSE(only_others_listen(child.pid, listener.port()));
   const pid_t pid = child.pid;
   EXPECT_TRUE(reap(child));
-  EXPECT_FALSE(certainly_not_listening(pid, listener.port()));
+  EXPECT_FALSE(only_others_listen(pid, listener.port()));
 }
 
-TEST_F(Listening, IsNotRuledOutForAProcessThatCannotBeExamined) {
+TEST_F(OnlyOthersListen, IsUnknownWhenTheProcessCannotBeExamined) {
   const Listener listener;
   const pid_t parent = getpid();
   const pid_t asker = fork();
-  if (asker == 0) { // the first process of the system is another user's, or root asks as nobody
+  if (asker ==
+      0) { // about the system's first process, which is another user's; root asks as nobody
     const bool root = getuid() == 0;
     const bool prepared = !root || setuid(65534) == 0;
-    _exit(prepared && !certainly_not_listening(root ? parent : 1, listener.port()) ? 0 : 1);
+    _exit(prepared && !only_others_listen(root ? parent : 1, listener.port()) ? 0 : 1);
   }
   int status = -1;
   ASSERT_EQ(waitpid(asker, &status, 0), asker);

@@ -20,7 +20,8 @@ template <typename Check> bool holds_in_a_process_of_its_own(Check check) {
   return status == 0;
 }
 
-/// Closes what is open above a descriptor, one of them above a limit that was lowered later.
+/// Whether platform::close_descriptors() closes what is open above a descriptor, including one
+/// above a limit that was lowered later.
 inline bool closes_descriptors() {
   const int kept = open("/dev/null", O_RDONLY);
   const int low = fcntl(kept, F_DUPFD, kept + 1);

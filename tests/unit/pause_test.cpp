@@ -13,7 +13,7 @@ using std::chrono::milliseconds;
 
 std::atomic<bool> s_running{true};
 
-/// Sends this thread SIGUSR1 without a break until it is told to stop or gives up after 5 s.
+/// Sends this thread SIGUSR1 continuously until it is stopped, for 5 s at most.
 struct Flood {
   std::atomic<bool> over{false};
   std::atomic<bool> gave_up{false};
@@ -47,7 +47,7 @@ struct Flood {
   }
 };
 
-TEST(Pause, LastsAsLongAsItSays) {
+TEST(Pause, LastsItsLength) {
   const auto before = Clock::now();
   pause_for(milliseconds(100));
   EXPECT_GE(Clock::now() - before, milliseconds(100));
@@ -67,7 +67,7 @@ TEST(Pause, IsNeitherCutShortNorStretchedByAFloodOfSignals) {
   EXPECT_FALSE(flood.gave_up);
 }
 
-TEST(PauseWhile, LastsAsLongAsItSaysWhenNothingHappens) {
+TEST(PauseWhile, LastsItsLengthWhenNothingHappens) {
   const std::atomic<bool> running{true};
   const auto before = Clock::now();
   pause_while(running, milliseconds(100));

@@ -1,5 +1,6 @@
 #include "forbidden_call.h"
-#include "host.h"
+#include "interface.h"
+#include "lan_address.h"
 #include "own_process.h"
 #include "platform.h"
 #include "special_messages.h"
@@ -65,7 +66,7 @@ TEST(Platform, EndsWithItsParent) {
   close(alive[0]);
 }
 
-/// Runs the commands with recording tools alone on the PATH: each writes its name and arguments.
+/// Runs the commands with only recording tools on the PATH: each writes its name and arguments.
 struct PathTools : testing::Test {
   TemporaryFolder folder;
   std::string path_before = std::getenv("PATH");
@@ -74,31 +75,32 @@ struct PathTools : testing::Test {
   void TearDown() override { setenv("PATH", path_before.c_str(), 1); }
   void add(const std::string &tool) const {
     (void)folder.write(
-        tool, "#!/bin/sh\nprintf '%s|' \"${0##*/}\" \"$@\" > " + folder.prefix() + "said\n", true);
+        tool, "#!/bin/sh\nprintf '%s|' \"${0##*/}\" \"$@\" > " + folder.prefix() + "output\n",
+        true);
   }
   /// What the tool that the command ran has written; the command's background jobs are waited for.
-  [[nodiscard]] std::string said_by(const std::string &command) const {
-    std::filesystem::remove(folder.path / "said");
+  [[nodiscard]] std::string output_of(const std::string &command) const {
+    std::filesystem::remove(folder.path / "output");
     EXPECT_EQ(system((command + "\nwait").c_str()), 0);
-    return folder.read("said");
+    return folder.read("output");
   }
 };
 
 TEST_F(PathTools, BrowserOpensWithOpenElseWithXdgOpen) {
   const std::string command = platform::browser_command("http://10.0.0.5:4466/");
   add("xdg-open");
-  EXPECT_EQ(said_by(command), "xdg-open|http://10.0.0.5:4466/|");
+  EXPECT_EQ(output_of(command), "xdg-open|http://10.0.0.5:4466/|");
   add("open");
-  EXPECT_EQ(said_by(command), "open|http://10.0.0.5:4466/|");
+  EXPECT_EQ(output_of(command), "open|http://10.0.0.5:4466/|");
 }
 
 TEST_F(PathTools, BrowserOpensInASessionOfItsOwnWhereThatCanBeMade) {
   const std::string command = platform::browser_command("http://10.0.0.5:4466/");
   add("setsid");
-  EXPECT_EQ(said_by(command), "setsid|xdg-open|http://10.0.0.5:4466/|");
+  EXPECT_EQ(output_of(command), "setsid|xdg-open|http://10.0.0.5:4466/|");
 }
 
-/// kdialog takes a backslash and the character after it for one character.
+/// kdialog reads a backslash and the character after it as one character.
 std::string as_kdialog_reads_it(const std::string &text) {
   std::string read;
   for (auto c = text.begin(); c != text.end(); ++c) {
@@ -115,45 +117,45 @@ TEST_F(PathTools, AlertTakesTheFirstToolFoundAndHandsItTheWholeMessage) {
   const auto expect_alerts_by = [this](const std::string &tool, const std::string &options) {
     add(tool);
     for (const std::string message : special_messages) {
-      std::string said = said_by(platform::alert_command(message));
+      std::string output = output_of(platform::alert_command(message));
       if (tool == "kdialog") {
-        said = as_kdialog_reads_it(said);
+        output = as_kdialog_reads_it(output);
       }
-      EXPECT_EQ(said, tool + "|" + options + message + "|");
+      EXPECT_EQ(output, tool + "|" + options + message + "|");
     }
   };
   (void)folder.write("touch", "#!/bin/sh\n: > " + folder.prefix() + "touched\n", true);
-  EXPECT_EQ(said_by(platform::alert_command("text")), "");
+  EXPECT_EQ(output_of(platform::alert_command("text")), "");
   expect_alerts_by("xmessage", "-title|Tandrel|-center|");
   expect_alerts_by("kdialog", "--title|Tandrel|--error|");
   expect_alerts_by("zenity", "--error|--title|Tandrel|--no-markup|--text|");
   add("osascript");
-  EXPECT_THAT(said_by(platform::alert_command("text")),
+  EXPECT_THAT(output_of(platform::alert_command("text")),
               testing::StartsWith("osascript|-e|display alert"));
   EXPECT_FALSE(std::filesystem::exists(folder.path / "touched"))
       << "a command in a message was run";
 }
 
 TEST_F(PathTools, AlertHasAUtf8LocaleWhateverTheUsersIs) {
-  (void)folder.write("zenity",
-                     "#!/bin/sh\necho \"$LC_ALL|$LC_CTYPE\" > " + folder.prefix() + "said\n", true);
+  (void)folder.write(
+      "zenity", "#!/bin/sh\necho \"$LC_ALL|$LC_CTYPE\" > " + folder.prefix() + "output\n", true);
   setenv("LC_ALL", "C", 1);
-  EXPECT_EQ(said_by(platform::alert_command("text")), "|C.UTF-8\n");
+  EXPECT_EQ(output_of(platform::alert_command("text")), "|C.UTF-8\n");
   unsetenv("LC_ALL");
 }
 
-TEST(LanIpv4, IsLoopbackWhenTheSystemDoesNotAnswer) {
+TEST(LanIpv4, IsLoopbackWhenTheInterfacesCannotBeListed) {
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-  const rlimit none{0, limit.rlim_max}; // and so no socket to ask by
+  const rlimit none{0, limit.rlim_max}; // so the system cannot be asked
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
   const std::string address = td_lan_ipv4();
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
   EXPECT_EQ(address, "127.0.0.1");
 }
 
-/// What is said on standard error when there is no interface in the folder.
-std::string said_without_interface(const TemporaryFolder &folder) {
+/// The message on standard error if the folder has no interface.
+std::string message_without_interface(const TemporaryFolder &folder) {
   testing::internal::CaptureStderr();
   platform::start_interface_search(folder.prefix());
   EXPECT_EQ(platform::find_interface(folder.prefix(), true), nullptr);
@@ -162,9 +164,9 @@ std::string said_without_interface(const TemporaryFolder &folder) {
 
 TEST(Platform, WithoutAModuleThereIsNoInterface) {
   const TemporaryFolder folder;
-  EXPECT_EQ(said_without_interface(folder), "");
+  EXPECT_EQ(message_without_interface(folder), "");
   (void)folder.write("tdgui.so", "not a library");
-  EXPECT_THAT(said_without_interface(folder),
+  EXPECT_THAT(message_without_interface(folder),
               testing::StartsWith("Tandrel: the menu-bar interface is not available: "));
 }
 
@@ -173,8 +175,9 @@ TEST(Platform, WithoutProcessesThereIsNoInterface) {
   (void)folder.write("tdgui.so", "");
   EXPECT_TRUE(holds_in_a_process_of_its_own([&folder] {
     return forbid_call(SYS_clone, EAGAIN) &&
-           said_without_interface(folder) == "Tandrel: the menu-bar interface is not available: " +
-                                                 std::string(std::strerror(EAGAIN)) + ".\n";
+           message_without_interface(folder) ==
+               "Tandrel: the menu-bar interface is not available: " +
+                   std::string(std::strerror(EAGAIN)) + ".\n";
   }));
 }
 

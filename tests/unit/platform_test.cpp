@@ -11,7 +11,7 @@ TEST(Platform, ClosesDescriptors) {
   EXPECT_TRUE(holds_in_a_process_of_its_own(closes_descriptors));
 }
 
-TEST(Platform, ANewProcessThatIsSuspendedHoldsNobodyUp) {
+TEST(Platform, ASuspendedNewProcessBlocksNobody) {
   const auto suspend = [](const void * /*argument*/) {
     kill(getpid(), SIGSTOP);
     _exit(7);

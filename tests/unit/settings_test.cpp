@@ -13,7 +13,7 @@ namespace {
 
 using std::string_literals::operator""s;
 
-/// Settings in a form that a failing test shows: "HTTP UDP open" or "HTTP UDP closed".
+/// Settings as text, for the messages of failing tests: "HTTP UDP open" or "HTTP UDP closed".
 std::string shown(const Settings &settings) {
   return std::to_string(settings.ports.http) + " " + std::to_string(settings.ports.udp) +
          (settings.open_browser ? " open" : " closed");
@@ -34,7 +34,7 @@ std::string blanks_then(std::size_t count, const std::string &entry) {
   return std::string(count, ' ') + entry;
 }
 
-TEST(ParseSettings, DefaultsWhereNothingIsSaid) {
+TEST(ParseSettings, GivesTheDefaultsForMissingSettings) {
   EXPECT_EQ(read_as(""), "4466 4465 open");
   EXPECT_EQ(read_as("{}"), "4466 4465 open");
   EXPECT_EQ(read_as("{}\n"), "4466 4465 open");
@@ -150,7 +150,7 @@ TEST(ParseSettings, ReadsRandomTextsAsTheIndependentReaderDoes) {
     with_port += settings.find("4466 4465 ") == 0 ? 0 : 1;
     with_preference += settings.find("closed") == std::string::npos ? 0 : 1;
   }
-  // The texts say something: they are not all read as the defaults.
+  // Not all texts are read as the defaults.
   EXPECT_GT(with_port, 1000);
   EXPECT_GT(with_preference, 200);
 }
@@ -213,7 +213,7 @@ TEST(SettingsFile, ThatIsNoRegularFileIsNeitherReadNorWritten) {
   close(reader);
 }
 
-TEST(SettingsFile, ThatCannotBeWrittenIsPassedOver) {
+TEST(SettingsFile, ThatCannotBeWrittenIsIgnored) {
   const TemporaryFolder folder;
   write_settings(folder.prefix() + "no/such/folder/launcher.json", {});
   EXPECT_TRUE(std::filesystem::is_empty(folder.path));

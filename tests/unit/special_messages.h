@@ -1,5 +1,5 @@
-/// Messages whose characters mean something to a shell, to a script in double quotes or to a
-/// terminal.
+/// Messages with characters that are special to a shell, in a double-quoted string of a script or
+/// to a terminal.
 #pragma once
 
 #include <array>

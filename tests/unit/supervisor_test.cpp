@@ -38,7 +38,7 @@ struct Supervisor : testing::Test {
     const std::string text = folder.read(name);
     return std::count(text.begin(), text.end(), '\n');
   }
-  /// Runs the supervisor until it returns and gives what it said.
+  /// Runs the supervisor until it returns and returns what it printed.
   std::string run() {
     testing::internal::CaptureStderr();
     supervise(children, mutex, running);
@@ -65,13 +65,13 @@ TEST_F(Supervisor, GivesUpOnTheSixthExitAndACriticalOneEndsTheRun) {
   hub.critical = true;
   ASSERT_TRUE(spawn(hub));
   const auto before = Clock::now();
-  const std::string said = run();
+  const std::string output = run();
   EXPECT_GE(Clock::now() - before, milliseconds(6 * 400 + 5 * 500));
   std::string expected;
   for (int i = 0; i < restart_limit; ++i) {
     expected += "Tandrel: restarting the hub...\n";
   }
-  EXPECT_EQ(said, expected + "Tandrel: the hub keeps exiting; leaving it stopped.\n");
+  EXPECT_EQ(output, expected + "Tandrel: the hub keeps exiting; leaving it stopped.\n");
   EXPECT_EQ(starts("hub"), 6);
   EXPECT_EQ(hub.pid, -1);
   EXPECT_EQ(hub.restarts, 1000);
@@ -91,20 +91,20 @@ TEST_F(Supervisor, EndsTheVisitWhenTheCriticalOneIsGivenUp) {
   EXPECT_NE(children[1].pid, -1) << "not polled any more";
 }
 
-TEST_F(Supervisor, DoesNotTryAgainWhatCouldNotBeStarted) {
+TEST_F(Supervisor, DoesNotRetryWhatCouldNotBeStarted) {
   children.reserve(2);
   Child &receiver = add("receiver", "");
   receiver.path = folder.write("td_receiver", "#!/bin/sh\n", true);
   ASSERT_TRUE(spawn(receiver));
   std::filesystem::remove(receiver.path);
-  Child &hub = add_exiting("hub"); // ends the test when it is given up on
+  Child &hub = add_exiting("hub"); // the test ends when it is left stopped
   hub.critical = true;
   hub.restarts = restart_limit - 2;
   ASSERT_TRUE(spawn(hub));
-  const std::string said = run();
-  EXPECT_THAT(said, testing::StartsWith("Tandrel: restarting the receiver...\n"
-                                        "Tandrel: could not restart the receiver\n"));
-  EXPECT_THAT(said.substr(said.find("hub")), testing::Not(testing::HasSubstr("receiver")));
+  const std::string output = run();
+  EXPECT_THAT(output, testing::StartsWith("Tandrel: restarting the receiver...\n"
+                                          "Tandrel: could not restart the receiver\n"));
+  EXPECT_THAT(output.substr(output.find("hub")), testing::Not(testing::HasSubstr("receiver")));
   EXPECT_EQ(receiver.pid, -1);
   EXPECT_EQ(receiver.restarts, 1);
 }
@@ -128,7 +128,7 @@ TEST_F(Supervisor, HoldsTheLockThroughARestartWithItsPause) {
   const std::string fifo = folder.prefix() + "restarted";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   Child &child = add("sender", "echo > " + fifo + "; exec sleep 1000");
-  child.pid = fork(); // the exit to be noticed
+  child.pid = fork(); // the exit that the supervisor notices
   if (child.pid == 0) {
     _exit(0);
   }

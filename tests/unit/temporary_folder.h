@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-/// Exists for as long as this object; removed with all it holds.
+/// Exists as long as this object, and is removed with everything in it.
 struct TemporaryFolder {
   std::filesystem::path path;
 

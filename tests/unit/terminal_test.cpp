@@ -11,10 +11,10 @@
 
 namespace {
 
-/// A terminal that controls this process, which leads a session of its own, and is its standard
-/// input. The end of the process closes it.
+/// The controlling terminal and the standard input of this process, which leads a session of its
+/// own. It is closed when the process ends.
 struct Terminal {
-  int screen = -1; // what a terminal's window holds
+  int screen = -1; // the other end, as a terminal's window has it
   int device = -1;
 
   Terminal() {
@@ -35,7 +35,7 @@ struct Terminal {
 
   void set_mode(const termios &mode) const { tcsetattr(device, TCSANOW, &mode); }
 
-  /// As a program that draws, and reads every key, sets it; some keys do nothing else either.
+  /// As set by a program that draws and reads every key, with some special keys turned off, too.
   void make_raw() const {
     termios raw = mode();
     raw.c_lflag &= ~static_cast<tcflag_t>(ISIG | ICANON | ECHO);
@@ -65,7 +65,7 @@ template <typename Check> bool holds_at_a_terminal(Check check) {
   });
 }
 
-/// Runs `check` in the background of the terminal; false also when it was suspended there.
+/// Runs `check` in the background of the terminal; also false if it was suspended there.
 template <typename Check> bool holds_in_the_background(Check check) {
   const pid_t pid = fork();
   if (pid == 0) {
@@ -103,21 +103,21 @@ void start_user(SharedTerminal &shared) {
   shared.add_user();
 }
 
-TEST(TerminalPlace, IsThatOfTheProcessGroup) {
+TEST(TerminalAccess, IsThatOfTheProcessGroup) {
   EXPECT_TRUE(holds_in_a_process_of_its_own([] {
     setsid();
-    return terminal_place() == TerminalPlace::none;
+    return terminal_access() == TerminalAccess::none;
   }));
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal & /*terminal*/) {
-    return terminal_place() == TerminalPlace::foreground &&
-           holds_in_the_background([] { return terminal_place() == TerminalPlace::background; });
+    return terminal_access() == TerminalAccess::foreground &&
+           holds_in_the_background([] { return terminal_access() == TerminalAccess::background; });
   }));
 }
 
-TEST(TerminalPlace, IsNotTakenForNoneWhenTheSystemDoesNotTell) {
+TEST(TerminalAccess, IsBackgroundWhenTheTerminalCannotBeOpened) {
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal & /*terminal*/) {
     const rlimit none{0, 0};
-    return setrlimit(RLIMIT_NOFILE, &none) == 0 && terminal_place() == TerminalPlace::background;
+    return setrlimit(RLIMIT_NOFILE, &none) == 0 && terminal_access() == TerminalAccess::background;
   }));
 }
 
@@ -127,7 +127,7 @@ TEST(SharedTerminal, ItsKeysWorkAfterOneOfItsUsersAndItsModeIsBackAfterTheLast) 
     SharedTerminal shared;
     start_user(shared);
     terminal.make_raw();
-    start_user(shared); // does not take this for the mode to come back to
+    start_user(shared); // must not save this mode
     shared.remove_user();
     termios expected = before;
     expected.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
@@ -139,7 +139,7 @@ TEST(SharedTerminal, ItsKeysWorkAfterOneOfItsUsersAndItsModeIsBackAfterTheLast) 
   }));
 }
 
-TEST(SharedTerminal, RemembersTheModeThatWasBeforeTheFirstUser) {
+TEST(SharedTerminal, SavesTheModeBeforeTheFirstUser) {
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal &terminal) {
     const termios before = terminal.mode();
     SharedTerminal shared;
@@ -186,7 +186,7 @@ TEST(SharedTerminal, IsTheControllingOneWhenTheInputIsNone) {
   }));
 }
 
-TEST(SharedTerminal, IsLeftAloneInTheBackground) {
+TEST(SharedTerminal, IsUnchangedInTheBackground) {
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal &terminal) {
     auto shared = std::make_unique<SharedTerminal>();
     start_user(*shared);
@@ -201,7 +201,7 @@ TEST(SharedTerminal, IsLeftAloneInTheBackground) {
   }));
 }
 
-TEST(SharedTerminal, RemembersNoModeOfTheBackground) {
+TEST(SharedTerminal, SavesNoModeInTheBackground) {
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal &terminal) {
     (void)signal(SIGTTOU, SIG_IGN); // the test itself changes the mode
     const termios before = terminal.mode();
@@ -231,10 +231,10 @@ TEST(SharedTerminal, KeysThatSentNoSignalsBeforeSendNoneAfterwards) {
   }));
 }
 
-TEST(SharedTerminal, AModeThatCouldNotBeRememberedIsNotMadeUp) {
+TEST(SharedTerminal, AModeThatCouldNotBeSavedIsNotRestored) {
   EXPECT_TRUE(holds_at_a_terminal([](const Terminal &terminal) {
     SharedTerminal shared;
-    shared.add_user(); // as one that was started in the background
+    shared.add_user(); // as if started in the background
     terminal.make_raw();
     termios expected = terminal.mode();
     expected.c_lflag |= ISIG;
@@ -253,7 +253,7 @@ TEST(SharedTerminal, MayBeGone) {
     close(terminal.screen);
     shared.remove_user();
     start_user(shared);
-    return terminal_place() == TerminalPlace::none;
+    return terminal_access() == TerminalAccess::none;
   }));
 }
 

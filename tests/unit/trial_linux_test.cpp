@@ -54,7 +54,7 @@ TEST(Trial, EndsBySignalsOfItsOwn) {
   EXPECT_EQ(WTERMSIG(status), SIGKILL);
 }
 
-TEST(Trial, RunsNoExitHandlerOfItsParentWhicheverWayItEnds) {
+TEST(Trial, RunsNoExitHandlerOfItsParentHoweverItEnds) {
   static std::array<int, 2> s_pipe{};
   ASSERT_EQ(pipe(s_pipe.data()), 0);
   EXPECT_TRUE(holds_in_a_process_of_its_own([] {
@@ -107,14 +107,14 @@ TEST(Trial, IsKilledAtTheLimitWhenItIsSuspended) {
   EXPECT_EQ(status_of(suspend, nullptr, milliseconds(100)), -1);
 }
 
-TEST(Trial, IsKilledWhenNothingIsToRunAnyMore) {
+TEST(Trial, IsKilledWhenTheRunEnds) {
   const std::atomic<bool> off{false};
   const auto before = steady_clock::now();
   EXPECT_EQ(status_of(wait_for_ever, nullptr, ample, off), -1);
   EXPECT_LT(steady_clock::now() - before, ample);
 }
 
-TEST(Trial, IsSeenToEndAtOnce) {
+TEST(Trial, EndIsNoticedAtOnce) {
   constexpr int count = 20;
   const auto before = steady_clock::now();
   for (int i = 0; i < count; ++i) {
@@ -123,7 +123,7 @@ TEST(Trial, IsSeenToEndAtOnce) {
   EXPECT_LT(steady_clock::now() - before, count * milliseconds(75)) << "each took a whole pause";
 }
 
-TEST(Trial, IsSeenToEndOnAnOldKernelToo) {
+TEST(Trial, EndIsNoticedOnAnOldKernelToo) {
   EXPECT_TRUE(holds_in_a_process_of_its_own([] {
     return forbid_call(SYS_pidfd_open, ENOSYS) &&
            status_of([](const void * /*argument*/) { return usleep(2000); }) == 0;

@@ -1,5 +1,5 @@
-# Read by cpack before it packs what was installed for the packages: what a .deb has elsewhere than
-# other systems have it, has compressed, or has in addition.
+# Read by cpack before it packs what was installed: moves, compresses and adds what a .deb has
+# differently.
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
 endif()
@@ -13,7 +13,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
   set(share ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr/share)
-  # Whatever permissions the sources have: in an archive of git's a group may write.
+  # Regardless of the sources' permissions: in an archive made by git, the group may write.
   file(COPY ${CPACK_TANDREL_COPYRIGHT} ${CPACK_TANDREL_CHANGELOG}
     DESTINATION ${share}/doc/${package} NO_SOURCE_PERMISSIONS)
   file(COPY ${CPACK_TANDREL_OVERRIDES}/${package}

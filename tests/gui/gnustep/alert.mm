@@ -3,7 +3,7 @@
 
 #import <AppKit/AppKit.h>
 
-/// What every NSAlert is.
+/// The class of every NSAlert.
 @interface TDAlert : NSAlert {
   NSView *_accessoryView;
 }
@@ -14,7 +14,7 @@ namespace {
 
 constexpr CGFloat panel_width = 400, margin = 20, part_height = 40;
 
-/// Adds the part below those that are there already.
+/// Adds the part below the existing ones.
 void add_part(NSView *content, NSView *part) {
   const CGFloat top = [[content subviews] count] > 0
                           ? NSMinY([[[content subviews] lastObject] frame])

@@ -1,5 +1,5 @@
-// A Mac's colours of states and of secondary text. GNUstep's are the same as other colours, black
-// for one, which a test could not tell apart.
+// A Mac's colours of states and of secondary text. GNUstep's equal other colours, such as black, so
+// a test could not distinguish them.
 
 #import <AppKit/AppKit.h>
 

@@ -43,6 +43,6 @@ target_compile_options(tdgui_appkit INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${_o
 target_compile_definitions(tdgui_appkit INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${_definitions}>")
 # The blocks runtime comes first: libgnustep-base has an older one, which never copies clang's
 # blocks.
-target_link_libraries(tdgui_appkit INTERFACE
+target_link_libraries(tdgui_appkit INTERFACE tandrel_build
   ${TDGUI_BLOCKS_LIBRARY} ${TDGUI_GUI_LIBRARY} ${TDGUI_BASE_LIBRARY} "${_libobjc.so}")
 file(GLOB TDGUI_GNUSTEP_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/*.mm")

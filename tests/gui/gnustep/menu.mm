@@ -2,8 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
-/// What every NSMenuItem is but a separator: GNUstep's keeps only the text of an attributed title,
-/// and its getter returns nil.
+/// The class of every NSMenuItem but a separator: GNUstep's keeps only the text of an attributed
+/// title, and its getter returns nil.
 @interface TDMenuItem : NSMenuItem {
   NSAttributedString *_attributedTitle;
 }
@@ -54,8 +54,8 @@
 
 @implementation NSMenu (TDUpdate)
 
-/// GNUstep has the delegate update a menu again after every change of one of its items: for one
-/// that rebuilds its menu, thousands of times. AppKit's does it when the menu opens.
+/// GNUstep lets the delegate update a menu after every change of an item: thousands of times if it
+/// rebuilds the menu. AppKit does so when the menu opens.
 - (void)_updateMenuWithDelegate {
 }
 

@@ -57,7 +57,7 @@
 
 @implementation NSPasteboard (TDGeneral)
 
-/// There are no others: a text field would use one for what is selected in it.
+/// There are no others; a text field would use one for its selection.
 + (NSPasteboard *)pasteboardWithName:(NSString *)name {
   static id general = [[TDPasteboard alloc] init];
   return [name isEqualToString:NSGeneralPboard] ? general : nil;

@@ -1,4 +1,4 @@
-#include "host.h"
+#include "fake_tools.h"
 #include "special_messages.h"
 #include "tools.h"
 
@@ -13,7 +13,7 @@ constexpr std::array messages_with_a_single_quote = {
     "a';touch pwned;'b", "'", "it's", "'$(touch pwned)'", "'\\''; touch pwned; '",
 };
 
-struct Alert : Tools {
+struct Alert : FakeTools {
   static std::string dialog(const std::string &message) {
     testing::internal::CaptureStderr();
     fatal_dialog(message);
@@ -21,7 +21,7 @@ struct Alert : Tools {
   }
 };
 
-TEST(RunTool, TellsWhetherTheCommandSucceeded) {
+TEST(RunTool, ReturnsWhetherTheCommandSucceeded) {
   EXPECT_TRUE(run_tool("true"));
   EXPECT_FALSE(run_tool("exit 3"));
   EXPECT_FALSE(run_tool("kill -TERM $$"));
@@ -53,8 +53,8 @@ TEST(RunTool, DoesNotKeepASigintFromTheCaller) {
 TEST_F(Alert, GoesToOsascriptWithItsScriptEscaped) {
   add("osascript");
   EXPECT_EQ(dialog("a \"b\" \\c\n$d `e` é"), "a \"b\" \\c\n$d `e` é\n");
-  EXPECT_EQ(said("osascript"), "-e|display alert \"Tandrel\" message "
-                               "\"a \\\"b\\\" \\\\c\n$d `e` é\" as critical|");
+  EXPECT_EQ(output_of("osascript"), "-e|display alert \"Tandrel\" message "
+                                    "\"a \\\"b\\\" \\\\c\n$d `e` é\" as critical|");
 }
 
 TEST_F(Alert, GetsSpecialCharactersUnchanged) {
@@ -66,10 +66,10 @@ TEST_F(Alert, GetsSpecialCharactersUnchanged) {
       escaped += c == '"' || c == '\\' ? std::string{'\\', c} : std::string{c};
     }
     EXPECT_EQ(dialog(message), message + "\n");
-    EXPECT_EQ(said("osascript"),
+    EXPECT_EQ(output_of("osascript"),
               "-e|display alert \"Tandrel\" message \"" + escaped + "\" as critical|");
   }
-  EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+  EXPECT_EQ(output_of("touch"), "") << "a command in a message was run";
 }
 
 TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
@@ -79,8 +79,8 @@ TEST_F(Alert, WithASingleQuoteIsShownInTheTerminalOnly) {
     for (const std::string message : messages_with_a_single_quote) {
       EXPECT_EQ(dialog(message), message + "\n");
     }
-    EXPECT_EQ(said(tool), "");
-    EXPECT_EQ(said("touch"), "") << "a command in a message was run";
+    EXPECT_EQ(output_of(tool), "");
+    EXPECT_EQ(output_of("touch"), "") << "a command in a message was run";
   }
 }
 
@@ -91,10 +91,6 @@ TEST_F(Alert, WithoutAToolIsShownInTheTerminalOnly) {
 TEST_F(Alert, KeepsTheToolsOutputOffTheTerminal) {
   add("osascript", "echo noise; echo noise >&2\n");
   EXPECT_EQ(dialog("text"), "text\n");
-}
-
-TEST(LanIpv4, IsADottedQuad) {
-  EXPECT_THAT(td_lan_ipv4(), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+\\.[0-9]+"));
 }
 
 } // namespace

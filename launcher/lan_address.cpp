@@ -1,11 +1,7 @@
-#include "host.h"
-
-#include "child.h"
-#include "platform.h"
+#include "lan_address.h"
 
 #include <array>
 #include <cstdint>
-#include <cstdio>
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -36,19 +32,6 @@ const in_addr *usable_ipv4(const ifaddrs &entry) {
 }
 
 } // namespace
-
-bool run_tool(const std::string &command, const std::vector<std::string> &variables) {
-  Child shell;
-  shell.name = "sh";
-  shell.path = "/bin/sh";
-  shell.args = {"-c", command};
-  if (!variables.empty()) {
-    shell.args.insert(shell.args.begin(), shell.path);
-    shell.args.insert(shell.args.begin(), variables.begin(), variables.end());
-    shell.path = "/usr/bin/env";
-  }
-  return spawn(shell) && wait_for_exit(shell) == 0;
-}
 
 std::string choose_lan_ipv4(const ifaddrs *list) {
   std::string private_address;
@@ -81,16 +64,4 @@ std::string td_lan_ipv4() {
   std::string address = choose_lan_ipv4(list);
   freeifaddrs(list);
   return address;
-}
-
-void open_browser(const std::string &url) {
-  run_tool(platform::browser_command(url));
-}
-
-void fatal_dialog(const std::string &message) {
-  std::fprintf(stderr, "%s\n", message.c_str());
-  if (message.find('\'') != std::string::npos) {
-    return;
-  }
-  run_tool(platform::alert_command(message));
 }

@@ -1,4 +1,4 @@
-/// Programs that stand in for the outside tools of the launcher.
+/// Scripts in place of the outside tools that the launcher runs.
 #pragma once
 
 #include "temporary_folder.h"
@@ -8,8 +8,8 @@
 
 #include <gtest/gtest.h>
 
-/// Leaves only the tools that a test adds on the PATH.
-struct Tools : testing::Test {
+/// Has only the tools on the PATH that the test adds.
+struct FakeTools : testing::Test {
   TemporaryFolder folder;
   std::string path_before = std::getenv("PATH");
 
@@ -19,11 +19,11 @@ struct Tools : testing::Test {
   /// Adds a tool that writes its arguments, each ended by "|", and then runs the script `then`.
   void add(const std::string &name, const std::string &then = "") const {
     (void)folder.write(
-        name, "#!/bin/sh\nprintf '%s|' \"$@\" > " + folder.prefix() + name + ".said\n" + then,
+        name, "#!/bin/sh\nprintf '%s|' \"$@\" > " + folder.prefix() + name + ".output\n" + then,
         true);
   }
-  /// What the tool has written; empty when it did not run.
-  [[nodiscard]] std::string said(const std::string &name) const {
-    return folder.read(name + ".said");
+  /// What the tool has written; empty if it did not run.
+  [[nodiscard]] std::string output_of(const std::string &name) const {
+    return folder.read(name + ".output");
   }
 };

@@ -64,7 +64,11 @@ void StatusIcon::show_in(bool panel) {
     QObject::connect(in_tray_.get(), &QSystemTrayIcon::activated, this,
                      &StatusIcon::tray_icon_clicked);
   } else if (!panel && desktop_.has_chosen_bus()) {
-    in_tray_.reset(); // LXQt does not show the same one again
+    in_tray_.reset(); // LXQt does not show the same one again, nor the menus that it has exported
+    menu_.setPlatformMenu(nullptr);
+    for (QMenu *submenu : menu_.findChildren<QMenu *>()) {
+      submenu->setPlatformMenu(nullptr);
+    }
   }
   if (in_tray_) { // kept for X's tray: Qt 6.8 may put a new one on the bus
     in_tray_->setVisible(panel);

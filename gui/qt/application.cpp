@@ -23,9 +23,7 @@ std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
 std::string g_reason;                  // why the display does not work: the first message about it
 
 void (*g_quit)() = nullptr;
-
-constexpr pid_t nobody = 0;
-std::atomic<pid_t> g_ending_thread{getpid()}; // nobody: the first that ends the process is to quit
+std::atomic<pid_t> g_ending_thread{getpid()}; // 0: the first that calls exit() is to quit
 
 /// Any thread may notice that the display is gone; exit() destroys what the main one uses.
 [[noreturn]] void end_process() {
@@ -34,17 +32,6 @@ std::atomic<pid_t> g_ending_thread{getpid()}; // nobody: the first that ends the
     pause();
   }
   std::exit(EXIT_FAILURE);
-}
-
-/// Whether this thread is the first that ends the process. If another one is, it waits for ever:
-/// the status is the first one's, and what is left is for that one.
-bool is_first_to_end() {
-  pid_t first = nobody;
-  const bool is_first = g_ending_thread.compare_exchange_strong(first, gettid());
-  while (!is_first && first != gettid()) {
-    pause();
-  }
-  return is_first;
 }
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
@@ -73,7 +60,11 @@ void handle_exit(int status, void * /*unused*/) {
   if (g_is_trial) {
     _exit(EXIT_FAILURE);
   }
-  if (!is_first_to_end()) {
+  pid_t first = 0;
+  if (!g_ending_thread.compare_exchange_strong(first, gettid())) {
+    while (first != gettid()) { // the status is the first one's, and what is left is for that one
+      pause();
+    }
     return;
   }
   if (status == EXIT_FAILURE && !g_is_fatal) {
@@ -109,13 +100,13 @@ bool has_session_bus() {
   return answer.type() == QDBusMessage::ReplyMessage;
 }
 
-/// X first, which lets a program place its windows; the user may have chosen another platform.
 void construct_application() {
-  static char name[] = "tandrel", option[] = "-platform", platforms[] = "xcb;wayland",
-              without_x[] = "wayland";
-  static char *arguments[] = {
-      name, option, qEnvironmentVariableIsEmpty("DISPLAY") ? without_x : platforms, nullptr};
-  static int count = qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") ? 3 : 1;
+  static char name[] = "tandrel", *arguments[] = {name, nullptr};
+  static int count = 1;
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) { // X lets a program place its windows
+    setenv("QT_QPA_PLATFORM", qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland" : "xcb;wayland",
+           1);
+  }
   auto *const application = new QApplication(count, arguments);
   QDBusConnection::sessionBus(); // now: with its thread and in this environment
   g_application = application;
@@ -182,7 +173,7 @@ void make_application(bool in_trial) {
 void quit_at_exit(void (*quit)()) {
   g_quit = quit;
   pid_t main_thread = getpid();
-  g_ending_thread.compare_exchange_strong(main_thread, nobody);
+  g_ending_thread.compare_exchange_strong(main_thread, 0);
   on_exit(handle_exit, nullptr);
 }
 

@@ -3,13 +3,12 @@
 
 namespace td {
 
-/// Makes the application, once: loads the toolkit's plug-ins and opens the display. Threads made
-/// meanwhile have all signals blocked; the environment (but for DBUS_FATAL_WARNINGS) and this
-/// thread's signal mask are afterwards as they were, no program is started, no file is left, and no
-/// session manager learns of this process. A session bus is used, but not `in_trial`, when it
-/// answers within a second. Where the display does not work, says why on standard error, in one
-/// line, and ends the process: by exit(EXIT_FAILURE), but `in_trial` by _exit(EXIT_FAILURE), so
-/// that nothing of the parent's runs in a process made for it. Main thread only.
+/// Makes the application, once: loads the toolkit's plug-ins and opens the display. Its threads
+/// have all signals blocked; the environment (but for DBUS_FATAL_WARNINGS) and this thread's signal
+/// mask are kept, no program is started, no file is left, and no session manager learns of it. A
+/// session bus is used when it answers within a second, but not `in_trial`. Where the display does
+/// not work, says why in one line on standard error and ends the process: by exit(EXIT_FAILURE),
+/// but `in_trial` by _exit(EXIT_FAILURE), without the parent's exit handlers. Main thread only.
 void make_application(bool in_trial = false);
 
 /// From now on `quit`, unless it is null, is called when the process ends by exit(), on the thread

@@ -129,7 +129,7 @@ bool raise_dialog() {
   if (!g_dialog || !g_dialog->isVisible()) {
     return false;
   }
-  g_dialog->showNormal(); // it may have been minimised
+  g_dialog->setWindowState(Qt::WindowNoState); // unlike showNormal() it moves nothing in Qt 6.8
   g_dialog->raise();
   g_dialog->activateWindow();
   return true;

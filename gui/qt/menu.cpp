@@ -2,7 +2,6 @@
 
 #include "qt/pictures.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QClipboard>
 #include <QKeyEvent>
@@ -12,10 +11,6 @@ namespace {
 
 using tdgui::Component;
 using tdgui::GuiConfig;
-
-/// The last choice, until no other waits: what a panel sends while one takes long waits, and the
-/// same one again is then not done again, unless it is a switch.
-const QAction *g_chosen = nullptr;
 
 /// A text of the launcher's: "&" would mark the next letter.
 QString shown_text(const std::string &text) {
@@ -43,12 +38,7 @@ QAction *add_item(QMenu &menu, const char *text, const Action &action, const cha
   QAction *item = menu.addAction(text);
   item->setShortcut(QKeySequence(keys));
   item->setShortcutVisibleInContextMenu(true);
-  QObject::connect(item, &QAction::triggered, item, [item, action] {
-    if (g_chosen != item || item->isCheckable()) {
-      action();
-      g_chosen = item;
-    }
-  });
+  QObject::connect(item, &QAction::triggered, item, action);
   return item;
 }
 
@@ -186,8 +176,6 @@ void fill_menu(QMenu &menu, const GuiConfig &config, const Commands &commands) {
   menu.addSeparator();
   add_item(menu, "Quit Tandrel", commands.quit, "Ctrl+Q");
   new ShortcutKeys(menu);
-  QObject::connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, &menu,
-                   [] { g_chosen = nullptr; });
   // After a choice too: not every panel tells that it opens the menu.
   QObject::connect(&menu, &QMenu::triggered, &menu, &QMenu::aboutToShow, Qt::QueuedConnection);
 }

@@ -84,7 +84,11 @@ void StatusIcon::follow_panels() {
     }
     in_panel = in_panel && (embedding_.isActive() || desktop_.is_embedded(window_in_tray()));
   } else if (!in_panel) {
-    in_panel_.reset(); // LXQt does not show the same one again
+    in_panel_.reset(); // LXQt does not show the same one again, nor the menus that it has exported
+    menu_.setPlatformMenu(nullptr);
+    for (QMenu *submenu : menu_.findChildren<QMenu *>()) {
+      submenu->setPlatformMenu(nullptr);
+    }
   }
   setVisible(!in_panel);
 }

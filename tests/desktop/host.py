@@ -63,6 +63,11 @@ class Item:
         _, (_, _, rows) = self._call(path, MENU, "GetLayout", "(iias)", 0, -1, [])
         return [Row(*row) for row in rows]
 
+    def numbers(self):
+        """Those by which the panel names the rows of the menu and of its submenus."""
+        rows = self.menu()
+        return [row.number for row in [*rows, *(inner for row in rows for inner in row.rows)]]
+
     def choose(self, *titles):
         """Opens the menu and chooses an item, of a row's submenu if there is a second title."""
         rows = self.menu()

@@ -124,6 +124,7 @@ def test_a_click_on_the_icon_raises_the_dialog(running, kind):
     wait_until(lambda: screen.image(dialog.rect).pixel(x, y) != COVERED, "the dialog")
     wait_until(lambda: screen.has_focus(dialog.window), "the focus")
     assert running.accessibility.menus() == []
+    assert running.menu_bar.windows()[dialog.window] == dialog.rect
     dialog.answer("Escape")
 
 

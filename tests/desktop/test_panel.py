@@ -75,6 +75,18 @@ def test_the_icon_moves_into_each_panel_that_starts_and_floats_when_it_ends(runn
     assert running.menu_bar.states() == ALL_RUNNING
 
 
+def test_each_panel_gets_a_menu_of_its_own(running):
+    """Else the second one's copy would be empty where LXQt's plug-in exports it."""
+    seen = set()
+    for _ in range(3):
+        host = running.host()
+        numbers = set(wait_until_in(host, running).numbers())
+        assert len(numbers) > 18 and not numbers & seen
+        seen |= numbers
+        host.die()
+        wait_until_at(running, FLOATING)
+
+
 def test_the_service_alone_is_no_panel(running):
     host = running.host(takes_icons=False)
     host.wait_until_asked(PANEL)

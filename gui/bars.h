@@ -3,12 +3,8 @@
 
 namespace tdgui {
 
-struct Bar {
-  double x, y, width, height;
-};
-
-/// In units of which the picture is 18 wide and 16 high.
-constexpr Bar bars[] = {
+/// Each one's x, y, width and height, in units of which the picture is 18 wide and 16 high.
+constexpr double bars[][4] = {
     {0, 5.5, 2, 5}, {4, 3, 2, 10}, {8, 1, 2, 14}, {12, 3, 2, 10}, {16, 5.5, 2, 5},
 };
 constexpr double bars_width = 18, bars_height = 16, bar_radius = 1;

@@ -84,21 +84,20 @@ std::string component_name(NSMenuItem *item) {
 // --- Icon ---------------------------------------------------------------------------------------
 
 NSImage *tdMenuBarIcon() { // NOLINT(readability-identifier-naming)
-  return [NSImage
-       imageWithSize:NSMakeSize(tdgui::bars_width, tdgui::bars_height)
-             flipped:NO
-      drawingHandler:^BOOL(NSRect) {
-        [[NSColor colorWithSRGBRed:tdgui::bars_red
-                             green:tdgui::bars_green
-                              blue:tdgui::bars_blue
-                             alpha:1.0] setFill];
-        for (const tdgui::Bar &bar : tdgui::bars) {
-          [[NSBezierPath bezierPathWithRoundedRect:NSMakeRect(bar.x, bar.y, bar.width, bar.height)
-                                           xRadius:tdgui::bar_radius
-                                           yRadius:tdgui::bar_radius] fill];
-        }
-        return YES;
-      }];
+  return [NSImage imageWithSize:NSMakeSize(tdgui::bars_width, tdgui::bars_height)
+                        flipped:NO
+                 drawingHandler:^BOOL(NSRect) {
+                   [[NSColor colorWithSRGBRed:tdgui::bars_red
+                                        green:tdgui::bars_green
+                                         blue:tdgui::bars_blue
+                                        alpha:1.0] setFill];
+                   for (const auto &[x, y, width, height] : tdgui::bars) {
+                     [[NSBezierPath bezierPathWithRoundedRect:NSMakeRect(x, y, width, height)
+                                                      xRadius:tdgui::bar_radius
+                                                      yRadius:tdgui::bar_radius] fill];
+                   }
+                   return YES;
+                 }];
 }
 
 // --- Attributed titles --------------------------------------------------------------------------

@@ -45,7 +45,6 @@ struct GuiConfig {
   bool (*open_browser_pref)() = nullptr;
   /// Stores that preference.
   void (*set_open_browser_pref)(bool open) = nullptr;
-
   /// Used as `quit` only when `quit` is null.
   void (*quit_fallback)() = nullptr;
 };

@@ -80,8 +80,8 @@ void handle_exit(int status, void * /*unused*/) {
   std::exit(status); // goes on with those handlers
 }
 
-/// Without an address the bus's library would start a bus, which outlives this process. With a bus
-/// that is stopped each of Qt's questions would take 25 seconds.
+/// Without an address libdbus would start a bus that outlives this process; when the bus is stopped
+/// each of Qt's questions would take 25 seconds.
 bool has_session_bus() {
   QString address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
   if (address.isEmpty()) {
@@ -90,31 +90,17 @@ bool has_session_bus() {
   if (address.contains("autolaunch:")) {
     return false;
   }
-  constexpr int timeout = 1000; // ms
   const QString bus = "org.freedesktop.DBus";
   const QDBusMessage hello =
       QDBusMessage::createMethodCall(bus, "/org/freedesktop/DBus", bus, "Hello");
   const QDBusMessage answer =
-      QDBusConnection::connectToPeer(address, "trial").call(hello, QDBus::Block, timeout);
+      QDBusConnection::connectToPeer(address, "trial").call(hello, QDBus::Block, 1000); // ms
   QDBusConnection::disconnectFromPeer("trial");
   return answer.type() == QDBusMessage::ReplyMessage;
 }
 
+/// Plug-ins change it: they remove the token of the program's start, or set the pointer's theme.
 void construct_application() {
-  static char name[] = "tandrel", *arguments[] = {name, nullptr};
-  static int count = 1;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) { // X lets a program place its windows
-    setenv("QT_QPA_PLATFORM", qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland" : "xcb;wayland",
-           1);
-  }
-  auto *const application = new QApplication(count, arguments);
-  QDBusConnection::sessionBus(); // now: with its thread and in this environment
-  g_application = application;
-}
-
-/// Plug-ins change the environment: some remove the token of the program's start, others set the
-/// theme of the pointer.
-void construct_in_own_environment() {
   static auto &kept = *new std::vector<char *>; // never destroyed: it stays the environment
   for (char **entry = environ; *entry != nullptr; ++entry) {
     kept.push_back(*entry);
@@ -130,7 +116,15 @@ void construct_in_own_environment() {
     setenv("XDG_RUNTIME_DIR", "/dev/null/none", 1); // else Qt makes a folder and leaves it, below
     setenv("TMPDIR", "/dev/null", 1);               // this one where it cannot make that
   }
-  construct_application();
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) { // X lets a program place its windows
+    setenv("QT_QPA_PLATFORM", qEnvironmentVariableIsEmpty("DISPLAY") ? "wayland" : "xcb;wayland",
+           1);
+  }
+  static char name[] = "tandrel", *arguments[] = {name, nullptr};
+  static int count = 1;
+  auto *const application = new QApplication(count, arguments);
+  QDBusConnection::sessionBus(); // now: with its thread and in this environment
+  g_application = application;
   environ = kept.data();
 }
 
@@ -162,7 +156,7 @@ void make_application(bool in_trial) {
   sigset_t all, mask;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &mask);
-  construct_in_own_environment();
+  construct_application();
   pthread_sigmask(SIG_SETMASK, &mask, nullptr);
   g_is_trial = false;
   exit_when_display_is_lost();

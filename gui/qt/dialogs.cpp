@@ -47,9 +47,8 @@ void add_buttons(QDialog &dialog, QLayout &layout, const QStringList &texts) {
   layout.addWidget(box);
 }
 
-/// Not shown yet; the first button is the default one, the second, if there is one, cancels; `form`
-/// may be null. No control has the focus until Tab or a click gives it one, so that a key pressed
-/// by accident does not change a field.
+/// The first button is the default one, a second one cancels; `form` may be null. No control has
+/// the focus until Tab or a click gives it one: a key pressed by accident changes no field.
 QDialog *make_dialog(const QIcon &icon, const QString &title, const QString &text,
                      const QStringList &buttons, QLayout *form = nullptr) {
   auto *dialog = new QDialog;

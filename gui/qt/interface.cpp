@@ -16,8 +16,7 @@
 
 namespace {
 
-/// By the desktop's own command, which does not become a child of this process and inherits no
-/// descriptor but the null device.
+/// By the desktop's command, not as a child of this process and with no descriptor of it.
 void open_address(const std::string &address) {
   close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC); // at the execution of any program
   const char *script =
@@ -46,7 +45,7 @@ void run(const GuiConfig &config) {
       QCoreApplication::exit();
     };
     QMenu menu;
-    td::fill_menu(menu, copy, {open_dashboard, [&copy] { td::open_settings(copy); }, quit});
+    td::fill_menu(menu, copy, open_dashboard, quit);
     const td::StatusIcon icon(menu, open_dashboard);
     QMetaObject::invokeMethod(
         qApp, [&copy] { td::quit_at_exit(copy.quit); }, Qt::QueuedConnection);
@@ -64,9 +63,9 @@ void run(const GuiConfig &config) {
 
 } // namespace tdgui
 
-/// Whether the interface can be shown; false where no display is named. Where that does not work,
-/// says why in one line on standard error and ends the process by _exit(): so call it in a process
-/// made for that, which ends by _exit(). It may wait for the display. Main thread only.
+/// Whether the interface can be shown; false where no display is named. Waits for the display;
+/// where that does not work, as td::make_application(true). For a process made to ask this, which
+/// ends by _exit(). Main thread only.
 extern "C" bool tdgui_available() noexcept {
   if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
       qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {

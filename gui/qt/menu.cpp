@@ -1,5 +1,6 @@
 #include "qt/menu.h"
 
+#include "qt/dialogs.h"
 #include "qt/pictures.h"
 
 #include <QApplication>
@@ -154,12 +155,13 @@ private:
 
 namespace td {
 
-void fill_menu(QMenu &menu, const GuiConfig &config, const Commands &commands) {
+void fill_menu(QMenu &menu, const GuiConfig &config, const std::function<void()> &open_dashboard,
+               const std::function<void()> &quit) {
   menu.setSeparatorsCollapsible(false); // two together put more space around what they separate
   add_header(menu, config);
   add_caption(menu, config.url);
   menu.addSeparator();
-  add_item(menu, "Open Dashboard", commands.open_dashboard, "Ctrl+O");
+  add_item(menu, "Open Dashboard", open_dashboard, "Ctrl+O");
   const auto copy = [&config] { qApp->clipboard()->setText(QString::fromStdString(config.url)); };
   add_item(menu, "Copy Dashboard Address", copy, "Ctrl+C");
   menu.addSeparator();
@@ -170,11 +172,12 @@ void fill_menu(QMenu &menu, const GuiConfig &config, const Commands &commands) {
   add_all_components(menu, config);
   menu.addSeparator();
   menu.addSeparator();
-  add_item(menu, "Settings…", commands.open_settings, "Ctrl+,");
+  add_item(
+      menu, "Settings…", [&config] { td::open_settings(config); }, "Ctrl+,");
   add_open_at_launch(menu, config);
   menu.addSeparator();
   menu.addSeparator();
-  add_item(menu, "Quit Tandrel", commands.quit, "Ctrl+Q");
+  add_item(menu, "Quit Tandrel", quit, "Ctrl+Q");
   new ShortcutKeys(menu);
   // After a choice too: not every panel tells that it opens the menu.
   QObject::connect(&menu, &QMenu::triggered, &menu, &QMenu::aboutToShow, Qt::QueuedConnection);

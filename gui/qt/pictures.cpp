@@ -50,25 +50,21 @@ private:
   Draw draw_;
 };
 
-constexpr QSizeF bars_size(tdgui::bars_width, tdgui::bars_height);
-
-/// By how much the bars are enlarged in a square of `side` pixels. Whole and half scales keep their
-/// edges sharp.
+/// Of the bars in a square of `side` pixels. Whole and half scales keep their edges sharp.
 double bars_scale(double side) {
   constexpr double filled_part = 0.85, smallest_margin = 1;
-  const double scale = std::floor(side * filled_part / bars_size.width() * 2) / 2;
-  return scale >= 1 ? scale : std::min(1.0, (side - 2 * smallest_margin) / bars_size.width());
+  const double scale = std::floor(side * filled_part / tdgui::bars_width * 2) / 2;
+  return scale >= 1 ? scale : std::min(1.0, (side - 2 * smallest_margin) / tdgui::bars_width);
 }
 
 void draw_bars(QPainter &painter, double side) {
   const double scale = bars_scale(side);
-  painter.translate(std::floor((side - bars_size.width() * scale) / 2),
-                    std::floor((side - bars_size.height() * scale) / 2));
+  painter.translate(std::floor((side - tdgui::bars_width * scale) / 2),
+                    std::floor((side - tdgui::bars_height * scale) / 2));
   painter.scale(scale, scale);
   painter.setBrush(QColor::fromRgbF(tdgui::bars_red, tdgui::bars_green, tdgui::bars_blue));
-  for (const tdgui::Bar &bar : tdgui::bars) {
-    painter.drawRoundedRect(QRectF(bar.x, bar.y, bar.width, bar.height), tdgui::bar_radius,
-                            tdgui::bar_radius);
+  for (const auto &[x, y, width, height] : tdgui::bars) {
+    painter.drawRoundedRect(QRectF(x, y, width, height), tdgui::bar_radius, tdgui::bar_radius);
   }
 }
 

@@ -20,12 +20,6 @@ bool may_place_windows() {
   return !QGuiApplication::platformName().startsWith("wayland");
 }
 
-Qt::WindowFlags window_kind() {
-  return may_place_windows() ? Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
-                                   Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint
-                             : Qt::Window;
-}
-
 /// Qt's window for the icon in X's tray; 0 where there is none.
 xcb_window_t window_in_tray() {
   for (const QWidget *window : QApplication::topLevelWidgets()) {
@@ -55,7 +49,10 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
                    raise();
                  }
                }) {
-  setWindowFlags(window_kind());
+  if (may_place_windows()) {
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                   Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint);
+  }
   embedding_.setSingleShot(true);
   embedding_.callOnTimeout([this] { follow_panels(); });
   setAttribute(Qt::WA_ShowWithoutActivating);
@@ -93,8 +90,8 @@ void StatusIcon::follow_panels() {
   setVisible(!in_panel);
 }
 
-/// Does not where Qt finds no panel, as it may just have gone. Qt 6.8 uses the bus also where that
-/// has only the service that icons register at.
+/// Makes none where Qt finds no panel: it may just have gone. To Qt 6.8 the service that icons
+/// register at is one.
 void StatusIcon::make_panel_icon() {
   if (desktop_.is_bus_silent() || !QSystemTrayIcon::isSystemTrayAvailable()) {
     return;
@@ -128,18 +125,18 @@ void StatusIcon::open_menu(QRect icon) {
 }
 
 void StatusIcon::watch_screen(QScreen *screen) {
-  QObject::disconnect(work_area_);
   if (screen != nullptr) {
-    work_area_ = QObject::connect(screen, &QScreen::availableGeometryChanged, this,
-                                  [this, screen] { place(*screen); });
-    place(*screen);
+    QObject::connect(screen, &QScreen::availableGeometryChanged, this, &StatusIcon::place,
+                     Qt::UniqueConnection);
+    place();
   }
 }
 
 /// All of it on the screen, also where the work area is smaller than the icon or none.
-void StatusIcon::place(const QScreen &screen) {
-  const QRect usable = screen.availableGeometry();
-  const QRect area = usable.isEmpty() ? screen.geometry() : usable;
+void StatusIcon::place() {
+  const QScreen *screen = QGuiApplication::primaryScreen();
+  const QRect usable = screen->availableGeometry();
+  const QRect area = usable.isEmpty() ? screen->geometry() : usable;
   move(std::max(area.left(), area.right() + 1 - side - margin), area.top() + margin);
 }
 

@@ -12,11 +12,11 @@
 
 namespace td {
 
-/// Shows the icon as soon as it is known whether there is a panel. Qt decides at the first one
-/// whether it uses the bus or X's tray, and from then on only panels of that kind count. A left
-/// click opens the menu, or brings the open dialog to the front. This button is the floating icon:
-/// a small window in front of others, at the top right of the primary monitor beside the desktop's
-/// bars. Where a program may not place windows it is an ordinary one. Main thread only.
+/// Shows the icon once it is known whether there is a panel. At the first one Qt decides for the
+/// bus or for X's tray, and from then on only panels of that kind count. A left click opens the
+/// menu, or raises the open dialog. This button is the floating icon: a window in front of others
+/// at the top right of the primary monitor's work area, or an ordinary one where a program may not
+/// place it. Main thread only.
 class StatusIcon : public QAbstractButton {
 public:
   /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
@@ -36,14 +36,13 @@ private:
   void tray_icon_clicked(QSystemTrayIcon::ActivationReason reason);
   void open_menu(QRect icon);
   void watch_screen(QScreen *screen);
-  void place(const QScreen &screen);
+  void place();
 
   QMenu &menu_;
   std::function<void()> open_dashboard_;
   Kind kind_ = Kind::undecided; // of panel; decided by Qt at the first one that is seen
   std::unique_ptr<QSystemTrayIcon> in_panel_;
   QTimer embedding_; // runs while a tray has time to take the icon
-  QMetaObject::Connection work_area_;
   Desktop desktop_;
 };
 

@@ -8,10 +8,10 @@ from console import STOPPED
 from deadline import wait_until
 from dialogs import Dialog
 from gi.repository import GLib
-from host import ITEM, MENU, PROPERTIES
+from host import ITEM, MENU, PANEL, PROPERTIES
 from hostile import NO_DATA, WHOLE_MENU, Caller, RefusingHost, clicked
 from test_components import ALL_RUNNING
-from test_panel import HAS_PANEL, wait_until_in
+from test_panel import wait_until_in
 from test_tray import FLOATING, wait_until_at
 
 FLOOD = 5000
@@ -116,9 +116,10 @@ def test_a_choice_of_a_program_that_has_gone_is_still_one(in_panel, caller):
 
 def test_a_flood_of_choices_restarts_one_after_the_other_and_quit_still_works(in_panel, caller):
     desktop, _ = in_panel
-    caller.send(*flood(clicked(caller.row("Hub", "Restart"))))
+    restart = clicked(caller.row("Hub", "Restart"))
+    caller.send(*[restart] * 10)
     check_quits(desktop, caller)
-    assert hub_starts(desktop) >= 2
+    assert hub_starts(desktop) == 11
     check_never_two_hubs(desktop)
 
 
@@ -142,29 +143,9 @@ def busy(in_panel, caller):
     caller.call(*clicked(caller.row("Sender", "Restart")))
     desktop.suite.wait_for_restart("sender", before)
     wait_for_start(desktop.suite, "sender", 2)
-    caller.known = {title: caller.row(*title) for title in [("Hub", "Restart"), ("Open Dash",)]}
     caller.call(*clicked(caller.row("Sender", "Stop")))
     wait_until(lambda: desktop.suite.events("ignored"), "the sender's signal")
     return desktop
-
-
-def test_what_is_chosen_again_while_it_waits_is_done_once(busy, caller):
-    before = len(busy.suite.calls("open"))
-    for row in caller.known.values():
-        caller.send(*[clicked(row)] * 500)
-    assert busy.suite.processes("sender")  # still being stopped
-    wait_until(lambda: len(busy.suite.calls("open")) > before, "the dashboard")
-    check_quits(busy, caller, STOP_ORDER[1:])
-    assert hub_starts(busy) == 2
-    assert len(busy.suite.calls("open")) == before + 1
-
-
-def test_what_is_chosen_again_later_is_done_again(in_panel, caller):
-    desktop, _ = in_panel
-    for count in (2, 3):
-        assert caller.call(*clicked(caller.row("Hub", "Restart"))) == ()
-        wait_for_start(desktop.suite, "hub", count)
-    check_never_two_hubs(desktop)
 
 
 def test_the_preference_is_switched_by_each_choice(in_panel, caller):
@@ -217,9 +198,9 @@ def test_two_panels_that_announce_themselves_twice_show_one_icon(in_panel):
 
 
 def test_the_icon_needs_no_name_of_its_own_on_the_bus(desktop):
-    host = desktop.host(silent_at=[HAS_PANEL])
+    host = desktop.host(silent_at=[PANEL])
     run = desktop.launch(*desktop.suite.ports_options)
-    host.wait_until_asked(HAS_PANEL)
+    host.wait_until_asked(PANEL)
     thief, bus = connect(desktop.bus.address), "org.freedesktop.DBus"
     for number in range(1, 10):
         name = GLib.Variant("(su)", (f"{ITEM}-{run.pid}-{number}", 4))

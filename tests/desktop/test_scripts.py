@@ -25,7 +25,8 @@ class Tree:
         self.folder = desktop.suite.folder.parent
         self.steps = self.folder / "steps"
         self.picture = desktop.suite.folder / "menu-bar.png"
-        (self.folder / "tests").symlink_to(TREE / "tests")
+        for name in ("tests", "packaging"):
+            (self.folder / name).symlink_to(TREE / name)
         shutil.copytree(TREE / "scripts", self.folder / "scripts")
         for name in ("bootstrap", "build"):
             desktop.suite.script(

@@ -15,9 +15,9 @@ PLACE = (300, 600)  # of the icon
 class Tray:
     """Owns the selection of a screen's tray from the start, until `die`.
 
-    It shows each icon that asks, `size` pixels wide and high, unless `embeds` is false, then `embed`
-    shows the last one: as a program of its own it does so while the test waits for something else. `colour` is its window's. With
-    `alpha` it asks for icons that have an alpha channel; what it shows then is not composed, only
+    It shows each icon that asks, `size` pixels wide and high; if `embeds` is false, only `embed` shows
+    the last one. As a program of its own it does so while the test waits for something else. `colour`
+    is its window's. With `alpha` it asks for icons that have an alpha channel; what it shows then is not composed, only
     kept. A `saved` icon stays when the tray dies. `number` is the screen's, on a display with several.
     """
 

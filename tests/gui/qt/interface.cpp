@@ -82,7 +82,6 @@ QAction *item_titled(const Interface &interface, const QString &text, const QStr
 Calls calls_of(const Interface &interface, const QString &text, const QString &submenu_of) {
   open_menu(interface);
   interface.menu->hide();
-  QCoreApplication::processEvents(); // a choice made before it no longer counts as one that waits
   record().calls.clear();
   if (QAction *item = item_titled(interface, text, submenu_of)) {
     item->trigger();

@@ -41,7 +41,7 @@ def interface(root):
 @pytest.fixture(scope="module")
 def bars(interface):
     """The interface's bars: (x, y, width, height) each."""
-    table = re.search(r" bars\[\] = \{(.*?)\};", interface, re.DOTALL).group(1)
+    table = re.search(r" bars\[\]\[4\] = \{(.*?)\};", interface, re.DOTALL).group(1)
     found = re.findall(r"\{(.*?)\}", table)
     assert len(found) == 5
     return [tuple(map(float, bar.split(","))) for bar in found]

@@ -202,6 +202,6 @@ def test_on_another_system_the_script_says_what_it_takes(mac_app):
     done = mac_app.run(SYSTEM="Linux")
     assert done.returncode == 1
     assert done.stderr.endswith(
-        "mac-app: an application is made, signed and packed with the tools of a Mac\n"
+        "mac-app: making the application needs a Mac\n"
     )
     assert mac_app.calls(*TOOLS) == [("uname",)]

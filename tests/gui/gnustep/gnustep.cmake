@@ -39,10 +39,12 @@ set(_options -fobjc-runtime=gcc -fblocks -fexceptions -fobjc-exceptions
   -Wno-objc-protocol-method-implementation "-idirafter${_include}")
 set(_definitions GNUSTEP GNUSTEP_BASE_LIBRARY=1 GNU_GUI_LIBRARY=1 GNU_RUNTIME=1
   _NATIVE_OBJC_EXCEPTIONS)
-target_compile_options(tdgui_appkit INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${_options}>")
+# After the warnings that they take back.
+add_library(tdgui_gnustep INTERFACE)
+target_compile_options(tdgui_gnustep INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${_options}>")
 target_compile_definitions(tdgui_appkit INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${_definitions}>")
 # The blocks runtime comes first: libgnustep-base has an older one, which never copies clang's
 # blocks.
-target_link_libraries(tdgui_appkit INTERFACE tandrel_build
+target_link_libraries(tdgui_appkit INTERFACE tandrel_build tdgui_gnustep
   ${TDGUI_BLOCKS_LIBRARY} ${TDGUI_GUI_LIBRARY} ${TDGUI_BASE_LIBRARY} "${_libobjc.so}")
 file(GLOB TDGUI_GNUSTEP_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_LIST_DIR}/*.mm")

@@ -135,8 +135,7 @@ bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qint
   if ((kind == XCB_CLIENT_MESSAGE && announcement->type == atoms_[manager] &&
        announcement->data.data32[1] == atoms_[tray_selection]) ||
       (kind == XCB_DESTROY_NOTIFY && destroyed->window == tray_) || kind == XCB_REPARENT_NOTIFY) {
-    QMetaObject::invokeMethod(
-        this, [this] { find_tray(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &Desktop::find_tray, Qt::QueuedConnection);
   } else if (kind == XCB_PROPERTY_NOTIFY &&
              (property->atom == atoms_[active_window] || property->atom == atoms_[stacking])) {
     const auto rise = [this, root = property->window] {

@@ -47,8 +47,8 @@ void run(const GuiConfig &config) {
     QMenu menu;
     td::fill_menu(menu, copy, open_dashboard, quit);
     const td::StatusIcon icon(menu, open_dashboard);
-    QMetaObject::invokeMethod(
-        qApp, [&copy] { td::quit_at_exit(copy.quit); }, Qt::QueuedConnection);
+    const auto register_again = [&copy] { td::quit_at_exit(copy.quit); };
+    QMetaObject::invokeMethod(qApp, register_again, Qt::QueuedConnection);
     QApplication::exec();
     td::close_dialog();
   }

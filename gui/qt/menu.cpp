@@ -172,8 +172,8 @@ void fill_menu(QMenu &menu, const GuiConfig &config, const std::function<void()>
   add_all_components(menu, config);
   menu.addSeparator();
   menu.addSeparator();
-  add_item(
-      menu, "Settings…", [&config] { td::open_settings(config); }, "Ctrl+,");
+  const auto settings = [&config] { open_settings(config); };
+  add_item(menu, "Settings…", settings, "Ctrl+,");
   add_open_at_launch(menu, config);
   menu.addSeparator();
   menu.addSeparator();

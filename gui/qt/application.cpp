@@ -22,8 +22,8 @@ bool g_is_trial = false;               // see make_application
 std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
 std::string g_reason;                  // why the display does not work: the first message about it
 
-void (*g_quit)() = nullptr;
-std::atomic<pid_t> g_ending_thread{getpid()}; // 0: the first that calls exit() is to quit
+std::atomic<void (*)()> g_quit{nullptr};
+std::atomic<pid_t> g_ending_thread{-1}; // -1: none is to quit; 0: the first that calls exit()
 
 /// Any thread may notice that the display is gone; exit() destroys what the main one uses.
 [[noreturn]] void end_process() {
@@ -62,7 +62,7 @@ void handle_exit(int status, void * /*unused*/) {
   }
   pid_t first = 0;
   if (!g_ending_thread.compare_exchange_strong(first, gettid())) {
-    while (first != gettid()) { // the status is the first one's, and what is left is for that one
+    while (first > 0 && first != gettid()) { // the status and what is left are the first one's
       pause();
     }
     return;
@@ -71,10 +71,11 @@ void handle_exit(int status, void * /*unused*/) {
     std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
     status = EXIT_SUCCESS;
   }
-  if (g_quit != nullptr) {
-    g_quit();
+  void (*const quit)() = g_quit;
+  if (quit != nullptr) {
+    quit();
   }
-  if (gettid() != getpid()) {
+  if (quit != nullptr && gettid() != getpid()) {
     _exit(status); // the main thread still uses what the handlers that are left destroy
   }
   std::exit(status); // goes on with those handlers
@@ -166,8 +167,8 @@ void make_application(bool in_trial) {
 
 void quit_at_exit(void (*quit)()) {
   g_quit = quit;
-  pid_t main_thread = getpid();
-  g_ending_thread.compare_exchange_strong(main_thread, 0);
+  pid_t none = -1;
+  g_ending_thread.compare_exchange_strong(none, 0);
   on_exit(handle_exit, nullptr);
 }
 

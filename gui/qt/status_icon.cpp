@@ -80,7 +80,7 @@ void StatusIcon::follow_panels() {
       in_panel_->setVisible(in_panel);
     }
     in_panel = in_panel && (embedding_.isActive() || desktop_.is_embedded(window_in_tray()));
-  } else if (!in_panel) {
+  } else if (in_panel_ && !in_panel) {
     in_panel_.reset(); // LXQt does not show the same one again, nor the menus that it has exported
     menu_.setPlatformMenu(nullptr);
     for (QMenu *submenu : menu_.findChildren<QMenu *>()) {

@@ -117,7 +117,7 @@ class Desktop:
         """What the launcher has written on standard error, in lines, but for what Qt says of screen
         readers: that they ask about what has just closed, or that their bus has ended."""
         lines = self.run.errors.decode().splitlines()
-        return [line for line in lines if not re.search("[Aa]ccessib|QSpi", line)]
+        return [line for line in lines if not re.search("[Aa]ccessib|QSpi|contacting registry", line)]
 
     def pids(self):
         """The process ids of hub, receiver and sender."""

@@ -1,5 +1,7 @@
 """What programs show, asked as screen readers do (AT-SPI), on a bus of the tests' own."""
 
+from contextlib import suppress
+
 from bus import call, connect
 from gi.repository import Gio, GLib
 from screen import Rect
@@ -156,8 +158,9 @@ class Accessibility:
         self._shown.add(part)
 
     def _note_focused(self, part, is_focused):
-        if is_focused and (part.role, part.name) not in self._focused[-1:]:
-            self._focused.append((part.role, part.name))
+        with suppress(GLib.Error):  # what has gone since then
+            if is_focused and (part.role, part.name) not in self._focused[-1:]:
+                self._focused.append((part.role, part.name))
 
     def call(self, *question):
         """Calls a method of a program's; returns its result: the only one, or all."""

@@ -145,5 +145,5 @@ def test_a_screen_reader_can_do_what_the_mouse_can(running):
 
 
 def test_the_icon_has_a_title_in_a_tray(running):
-    window = running.docked().asked()
+    window = running.docked().icon()
     assert running.screen.property(window, "_NET_WM_NAME") == b"Tandrel"

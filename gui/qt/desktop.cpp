@@ -75,7 +75,8 @@ void Desktop::ask_bus() {
     call->deleteLater();
     const bool has_host = reply.isValid() && reply.value().variant().toBool();
     const bool is_silent = reply.error().type() == QDBusError::NoReply;
-    bus_ = has_host ? Bus::with_host : is_silent ? Bus::silent : Bus::without_host;
+    const Bus without = is_silent ? Bus::silent : Bus::without_host;
+    bus_ = has_host ? Bus::with_host : without;
     panels_();
     if (is_silent) {
       bus_changed_.start(); // it may still answer

@@ -1,5 +1,3 @@
-// One run of the interface with Qt, and the two functions of the module.
-
 #include "qt/application.h"
 #include "qt/dialogs.h"
 #include "qt/menu.h"

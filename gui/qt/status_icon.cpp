@@ -103,7 +103,8 @@ void StatusIcon::make_panel_icon() {
                    &StatusIcon::tray_icon_clicked);
   in_panel_->show();
   embedding_.start(embedding_time);
-  kind_ = window_in_tray() != XCB_NONE ? Kind::tray : desktop_.has_host() ? Kind::bus : kind_;
+  const Kind without_tray = desktop_.has_host() ? Kind::bus : kind_;
+  kind_ = window_in_tray() != XCB_NONE ? Kind::tray : without_tray;
 }
 
 void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {

@@ -1,4 +1,4 @@
-"""What supervisors cost that have nothing to do, all of them side by side."""
+"""What idle supervisors cost, all of them side by side."""
 
 import subprocess
 import tempfile

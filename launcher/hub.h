@@ -17,7 +17,7 @@ enum class HubStart {
   ready,       ///< the hub runs, and what answers is not known to be another program
   not_spawned, ///< no process was started; the record is unchanged
   not_ready,   ///< the hub exited (its record is idle then), was silent for 100 attempts, or the
-               ///< run ended; the caller stops what may still run
+               ///< run ended; it may still run
 };
 
 /// Starts the idle record `hub` and probes it until it answers on `http_port`, at most 100 times,

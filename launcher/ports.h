@@ -10,6 +10,6 @@ struct Ports {
   std::uint16_t udp = 4465;  ///< hub control
 };
 
-/// Why the user cannot have these ports, as a text to show; null when nothing speaks against them.
-/// Whether they are free is not asked.
+/// Why the user cannot have these ports, as a text to show; null if they are acceptable. Does
+/// not check whether they are free.
 const char *check_ports(int http, int udp);

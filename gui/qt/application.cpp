@@ -44,7 +44,7 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
              !text.startsWith("Detected locale")) { // for another one Qt takes a variant in UTF-8
     g_reason = text.section('\n', 0, 0).toStdString();
   }
-  // A start fails when the display has gone that worked at the trial.
+  // A start fails when a display that worked in the trial has gone.
   g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_application != nullptr);
   if (type == QtFatalMsg || is_lost) {
     end_process(); // else Qt would abort() or _exit()
@@ -100,7 +100,7 @@ bool has_session_bus() {
   return answer.type() == QDBusMessage::ReplyMessage;
 }
 
-/// Plug-ins change it: they remove the token of the program's start, or set the pointer's theme.
+/// Keeps the environment: plug-ins remove the token of the start, or set the pointer's theme.
 void construct_application() {
   static auto &kept = *new std::vector<char *>; // never destroyed: it stays the environment
   for (char **entry = environ; *entry != nullptr; ++entry) {

@@ -107,7 +107,7 @@ void Desktop::find_tray() {
   const Owned<xcb_get_selection_owner_reply_t> reply(
       xcb_get_selection_owner_reply(connection_, cookie, nullptr));
   tray_ = reply ? reply->owner : XCB_NONE;
-  // The server tells when it is destroyed; it may be already.
+  // Asks the server to report the tray's end, which may have come already.
   const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   const auto watch =
       xcb_change_window_attributes_checked(connection_, tray_, XCB_CW_EVENT_MASK, &events);
@@ -125,7 +125,7 @@ bool Desktop::is_embedded(xcb_window_t window) const {
   return tree && tree->parent != tree->root;
 }
 
-/// Lets Qt handle the event first.
+/// Only queues work, so that Qt handles the event first.
 bool Desktop::nativeEventFilter(const QByteArray & /*type*/, void *message, qintptr * /*result*/) {
   const auto *event = static_cast<const xcb_generic_event_t *>(message);
   const auto *announcement = static_cast<const xcb_client_message_event_t *>(message);

@@ -13,12 +13,12 @@ namespace {
 using tdgui::Component;
 using tdgui::GuiConfig;
 
-/// A text of the launcher's: "&" would mark the next letter.
+/// A text from the launcher: "&" would mark the next letter.
 QString shown_text(const std::string &text) {
   return QString::fromStdString(text).replace('&', "&&");
 }
 
-/// Calls it now and each time the menu is about to open.
+/// Calls `update` now and each time the menu is about to open.
 template <typename Update> void keep_updated(QMenu &menu, Update update) {
   update();
   QObject::connect(&menu, &QMenu::aboutToShow, &menu, [&menu, update] {
@@ -43,13 +43,13 @@ QAction *add_item(QMenu &menu, const char *text, const Action &action, const cha
   return item;
 }
 
-/// Shows it whatever the user prefers for other menus.
+/// Shows the dot even where menus hide icons.
 void set_dot(QAction &item, QColor colour) {
   item.setIconVisibleInMenu(true);
   item.setIcon(td::state_dot(colour));
 }
 
-/// Without is_running it counts all components as running.
+/// If `is_running` is null, it counts all components as running.
 void add_header(QMenu &menu, const GuiConfig &config) {
   QAction *header = add_caption(menu, config.status);
   QFont font = menu.font();
@@ -65,7 +65,7 @@ void add_header(QMenu &menu, const GuiConfig &config) {
   });
 }
 
-/// Without is_running it shows the component as stopped.
+/// If `is_running` is null, it shows the component as stopped.
 void add_component_row(QMenu &menu, const GuiConfig &config, const Component &component) {
   QMenu *submenu = menu.addMenu(QString());
   const auto add = [&](const char *text, auto callback) {

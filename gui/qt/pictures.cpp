@@ -39,7 +39,7 @@ public:
     return pixmap;
   }
 
-  /// Those that panels ask for: what the bus gets is one picture of each.
+  /// The sizes that panels ask for: one picture of each goes over the bus.
   QList<QSize> availableSizes(QIcon::Mode /*mode*/, QIcon::State /*state*/) override {
     return {{16, 16}, {22, 22}, {24, 24}, {32, 32}, {48, 48}, {64, 64}};
   }
@@ -50,7 +50,7 @@ private:
   Draw draw_;
 };
 
-/// Of the bars in a square of `side` pixels. Whole and half scales keep their edges sharp.
+/// The scale of the bars in a square of `side` pixels. Whole and half ones keep edges sharp.
 double bars_scale(double side) {
   constexpr double filled_part = 0.85, smallest_margin = 1;
   const double scale = std::floor(side * filled_part / tdgui::bars_width * 2) / 2;

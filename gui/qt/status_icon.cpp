@@ -111,7 +111,7 @@ void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
   if (reason != QSystemTrayIcon::Trigger) {
     return; // Qt itself opens the menu at a right click
   }
-  const QRect icon = in_panel_->geometry(); // on the bus nobody tells
+  const QRect icon = in_panel_->geometry(); // empty on the bus, which does not say
   if (may_place_windows()) {
     open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
   } else if (!raise_dialog()) {

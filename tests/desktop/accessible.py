@@ -2,7 +2,7 @@
 
 from contextlib import suppress
 
-from bus import call, connect
+from bus import call, connect, dispatch
 from gi.repository import Gio, GLib
 from screen import Rect
 
@@ -176,19 +176,14 @@ class Accessibility:
         windows = [window for program in self.programs() for window in program.children]
         return [window for window in windows if window.is_showing()]
 
-    @staticmethod
-    def _hear():
-        while GLib.MainContext.default().iteration(False):
-            pass
-
     def focused(self):
         """Role and name of all that was told to have got the focus, in order."""
-        self._hear()
+        dispatch()
         return self._focused
 
     def menus(self):
         """The open menus and submenus."""
-        self._hear()
+        dispatch()
         return [part for part in self._shown if part.is_showing() and part.role == "menu"]
 
     def close(self):

@@ -5,7 +5,7 @@ from pathlib import Path
 from signal import SIGCONT, SIGKILL, SIGSTOP
 
 from deadline import DEADLINE
-from gi.repository import Gio
+from gi.repository import Gio, GLib
 
 CONFIGURATION = """<busconfig>
   <type>session</type>
@@ -38,6 +38,12 @@ def call(connection, owner, path, interface, method, arguments=None):
         owner, path, interface, method, arguments, None,
         Gio.DBusCallFlags.NONE, int(DEADLINE * 1000), None,
     ).unpack()  # fmt: skip
+
+
+def dispatch():
+    """Handles the signals and the answers that have come."""
+    while GLib.MainContext.default().iteration(False):
+        pass
 
 
 class Bus:

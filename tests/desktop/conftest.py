@@ -9,7 +9,7 @@ import pytest
 # The desktop tests share the support modules of the system tests.
 sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 
-from component_events import KILL_DELAY, stops  # noqa: E402
+from component_events import KILL_DELAY, stops, wait_for_start  # noqa: E402
 from components import COMPONENTS, STOP_ORDER  # noqa: E402
 from compositor import Compositor  # noqa: E402
 from deadline import wait_until  # noqa: E402
@@ -107,3 +107,17 @@ def in_panel(desktop):
     if desktop.run.process.poll() is None:
         host.icon().choose("Quit")
         assert desktop.run.wait() == 0
+
+
+@pytest.fixture
+def busy(in_panel):
+    """A launcher in a panel that has just begun to stop a sender for which it waits 4 seconds."""
+    desktop, host = in_panel
+    desktop.suite.set_behaviour("sender", "ignore-sigterm record=events.jsonl")
+    before = desktop.suite.process("sender").pid
+    host.icon().choose("Sender", "Restart")
+    desktop.suite.wait_for_restart("sender", before)
+    wait_for_start(desktop.suite, "sender", 2)
+    host.icon().choose("Sender", "Stop")
+    wait_until(lambda: desktop.suite.events("ignored"), "the sender's signal")
+    return desktop

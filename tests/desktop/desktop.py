@@ -11,7 +11,7 @@ import inherited_signals
 import psutil
 import suite as suite_module
 from components import COMPONENTS
-from console import READY
+from console import READY, STOPPED
 from deadline import DEADLINE, wait_until
 from accessible import Accessibility
 from bus import Bus
@@ -25,6 +25,12 @@ inherited_signals.handle_ignored()
 
 # Variables of the user's own session and preferences, which are kept from the tests.
 SESSION = re.compile("(AT_SPI|DBUS|DESKTOP|GDK|GTK|KDE|QT|SESSION|WAYLAND|XDG|XAUTHORITY).*")
+
+
+def check_stopped_once(run, suite):
+    """Checks that a run that has ended said once that it stopped, and has left no component."""
+    assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
+    assert not suite.processes()
 
 
 class Desktop:

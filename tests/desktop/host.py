@@ -24,6 +24,10 @@ INTERFACE = f"""<node><interface name="{WATCHER}">
 </interface></node>"""
 
 
+NO_DATA = GLib.Variant("s", "")
+WHOLE_MENU = ("GetLayout", "(iias)", 0, -1, [])  # a call: method, type and arguments
+
+
 class Row:
     """A row of the exported menu; a separator has no title."""
 
@@ -34,6 +38,19 @@ class Row:
         self.enabled = properties.get("enabled", True)
         self.checked = properties.get("toggle-state") == 1
         self.rows = [Row(*row) for row in rows]
+
+
+def find_row(rows, *titles):
+    """A row by how its title begins; with a second title, the one in that row's submenu."""
+    for title in titles:
+        found = next(row for row in rows if row.title.startswith(title))
+        rows = found.rows
+    return found
+
+
+def clicked(row):
+    """The call that tells the program of a click on a row."""
+    return "Event", "(isvu)", row.number, "clicked", NO_DATA, 0
 
 
 class Item:
@@ -60,7 +77,7 @@ class Item:
         """Opens the exported menu and reads its rows."""
         path = self.get("Menu")
         self._call(path, MENU, "AboutToShow", "(i)", 0)
-        _, (_, _, rows) = self._call(path, MENU, "GetLayout", "(iias)", 0, -1, [])
+        _, (_, _, rows) = self._call(path, MENU, *WHOLE_MENU)
         return [Row(*row) for row in rows]
 
     def numbers(self):
@@ -70,12 +87,8 @@ class Item:
 
     def choose(self, *titles):
         """Opens the menu and chooses an item, of a row's submenu if there is a second title."""
-        rows = self.menu()
-        for title in titles:
-            row = next(row for row in rows if row.title.startswith(title))
-            rows = row.rows
-        nothing = GLib.Variant("s", "")
-        self._call(self.get("Menu"), MENU, "Event", "(isvu)", row.number, "clicked", nothing, 0)
+        row = find_row(self.menu(), *titles)
+        self._call(self.get("Menu"), MENU, *clicked(row))
 
     def states(self):
         """The components' states that the menu shows."""

@@ -3,17 +3,10 @@
 import os
 import socket
 
-from bus import connect
+from bus import connect, dispatch
 from deadline import DEADLINE
 from gi.repository import Gio, GLib
-from host import ITEM, ITEM_PATH, MENU, PROPERTIES, Host, Row
-
-NO_DATA = GLib.Variant("s", "")
-WHOLE_MENU = ("GetLayout", "(iias)", 0, -1, [])
-
-
-def clicked(row):
-    return "Event", "(isvu)", row.number, "clicked", NO_DATA, 0
+from host import ITEM, ITEM_PATH, MENU, PROPERTIES, WHOLE_MENU, Host, Row, find_row
 
 
 class Caller:
@@ -49,11 +42,7 @@ class Caller:
 
     def row(self, *titles):
         """A row by how its title begins, or one of its submenu's."""
-        rows = self.rows()
-        for title in titles:
-            found = next(row for row in rows if row.title.startswith(title))
-            rows = found.rows
-        return found
+        return find_row(self.rows(), *titles)
 
     def send(self, *calls):
         """Makes all calls at once; `answered` tells of the answers."""
@@ -72,8 +61,7 @@ class Caller:
 
     def answered(self):
         """How many of the calls that were sent have been answered."""
-        while GLib.MainContext.default().iteration(False):
-            pass
+        dispatch()
         return self._answers
 
     def send_unread(self, *calls):

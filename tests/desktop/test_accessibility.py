@@ -142,8 +142,3 @@ def test_a_screen_reader_can_do_what_the_mouse_can(running):
     dialog.wait_until_closed()
     wait_until(lambda: saved_ports(running) == (http, udp), "the settings file")
     assert running.menu_bar.states() == ALL_RUNNING
-
-
-def test_the_icon_has_a_title_in_a_tray(running):
-    window = running.docked().icon()
-    assert running.screen.property(window, "_NET_WM_NAME") == b"Tandrel"

@@ -11,7 +11,7 @@ from deadline import wait_until
 from dialogs import PortsDialog
 from test_tray import FLOATING
 
-# Seconds from the suite's start to the icon: 2 for the bus that does not answer, the rest for a busy
+# Seconds from the suite's start to the icon: 1 for the bus that does not answer, the rest for a busy
 # machine. Each question to the bus would wait for 25.
 LONGEST_WAIT = 5
 THEMES = pytest.mark.parametrize("theme", ["", "XFCE"])  # the desktop's: none, by GTK

@@ -8,6 +8,7 @@ from component_events import start_recording, stops
 from components import STOP_ORDER
 from console import STOPPED, UNAVAILABLE
 from deadline import wait_until
+from desktop import check_stopped_once
 from dialogs import Dialog, PortsDialog
 from preload import preloaded
 from test_clipboard import copy_address, start_clipboard_manager
@@ -32,8 +33,7 @@ LOSSES = pytest.mark.parametrize("lose", [end_server, kill_server, close_connect
 
 def check_ended(run, suite):
     assert run.wait() == 0
-    assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
-    assert not suite.processes()
+    check_stopped_once(run, suite)
 
 
 def check_ended_like_quit(run, suite):
@@ -133,9 +133,8 @@ def test_a_display_that_does_not_answer_leaves_a_run_without_interface(desktop):
         assert run.stop(SIGTERM) == 0
     finally:
         desktop.screen.resume()
-    assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
+    check_stopped_once(run, desktop.suite)
     assert stops(desktop.suite) == STOP_ORDER
-    assert not desktop.suite.processes()
 
 
 def test_a_display_that_hangs_for_a_while_is_used_again(running):

@@ -5,21 +5,16 @@ from pathlib import Path
 import pytest
 from component_events import stops
 from components import COMPONENTS, STOP_ORDER
-from console import STOPPED
 from deadline import wait_until
+from desktop import check_stopped_once
 from dialogs import Dialog, PortsDialog
 from preload import Gate, preloaded
 
 THREAD_STATUS, HANDLER_STATUS = 5, 6  # of preload.c
 
 
-def check_stopped_once(desktop):
-    assert desktop.run.output.endswith(STOPPED) and desktop.run.output.count(STOPPED) == 1
-    assert not desktop.suite.processes()
-
-
 def check_everything_stopped(desktop):
-    check_stopped_once(desktop)
+    check_stopped_once(desktop.run, desktop.suite)
     assert stops(desktop.suite) == STOP_ORDER
 
 
@@ -61,7 +56,7 @@ def test_the_first_of_two_ends_gives_the_status(slow_sender, recorded, first, st
     slow_sender.wait_until_asked()
     ends[1]()
     assert desktop.run.wait() == status
-    check_stopped_once(desktop)
+    check_stopped_once(desktop.run, desktop.suite)
     slow_sender.check_stopped()
 
 

@@ -2,14 +2,14 @@
 
 import pytest
 from bus import call, connect
-from component_events import stops, wait_for_start
+from component_events import starts, stops, wait_for_start
 from components import COMPONENTS, STOP_ORDER
-from console import STOPPED
 from deadline import wait_until
+from desktop import check_stopped_once
 from dialogs import Dialog
 from gi.repository import GLib
-from host import ITEM, MENU, PANEL, PROPERTIES
-from hostile import NO_DATA, WHOLE_MENU, Caller, RefusingHost, clicked
+from host import ITEM, MENU, NO_DATA, PANEL, PROPERTIES, WHOLE_MENU, clicked
+from hostile import Caller, RefusingHost
 from test_components import ALL_RUNNING
 from test_panel import wait_until_in
 from test_tray import FLOATING, wait_until_at
@@ -26,10 +26,6 @@ def caller(in_panel):
     made = Caller(desktop.bus, host.icon())
     yield made
     made.close()
-
-
-def hub_starts(desktop):
-    return [row["event"] for row in desktop.suite.events(program="td_hub")].count("start")
 
 
 def check_never_two_hubs(desktop):
@@ -50,8 +46,7 @@ def check_quits(desktop, caller, order=STOP_ORDER, is_flooded=False):
     assert answer == () or (is_flooded and answer == f"{ERROR}NoReply")
     assert desktop.run.wait() == 0
     assert stops(desktop.suite)[-len(order) :] == order
-    assert desktop.run.output.endswith(STOPPED) and desktop.run.output.count(STOPPED) == 1
-    assert not desktop.suite.processes()
+    check_stopped_once(desktop.run, desktop.suite)
 
 
 def test_nonsense_is_answered_and_changes_nothing(in_panel, caller):
@@ -120,33 +115,19 @@ def test_a_flood_of_choices_restarts_one_after_the_other_and_quit_still_works(in
     restart = clicked(caller.row("Hub", "Restart"))
     caller.send(*[restart] * 10)
     check_quits(desktop, caller, is_flooded=True)
-    assert hub_starts(desktop) >= 2  # one stopped at once records no start
+    assert len(starts(desktop.suite, "hub")) >= 2  # one stopped at once records no start
     check_never_two_hubs(desktop)
 
 
 def test_a_panel_that_announces_no_opening_sees_what_was_chosen(in_panel, caller):
     desktop, _ = in_panel
-    for starts in (2, 3):
+    for count in (2, 3):
         for choice, state in (("Stop", "stopped"), ("Start", "running")):
             assert caller.call(*clicked(caller.row("Hub", choice))) == ()
             wait_until(lambda wanted=f"Hub   {state}": caller.row("Hub").title == wanted, state)
             enabled = [row.title for row in caller.row("Hub").rows if row.enabled]
             assert enabled == (["Start"] if state == "stopped" else ["Stop", "Restart"])
-        wait_for_start(desktop.suite, "hub", starts)
-
-
-@pytest.fixture
-def busy(in_panel, caller):
-    """A launcher that has just begun to stop a sender for which it waits 4 seconds."""
-    desktop, _ = in_panel
-    desktop.suite.set_behaviour("sender", "ignore-sigterm record=events.jsonl")
-    before = desktop.suite.process("sender").pid
-    caller.call(*clicked(caller.row("Sender", "Restart")))
-    desktop.suite.wait_for_restart("sender", before)
-    wait_for_start(desktop.suite, "sender", 2)
-    caller.call(*clicked(caller.row("Sender", "Stop")))
-    wait_until(lambda: desktop.suite.events("ignored"), "the sender's signal")
-    return desktop
+        wait_for_start(desktop.suite, "hub", count)
 
 
 def test_the_preference_is_switched_by_each_choice(in_panel, caller):
@@ -157,7 +138,7 @@ def test_the_preference_is_switched_by_each_choice(in_panel, caller):
     assert desktop.saved_settings()["open_browser"] is False
 
 
-def test_calls_made_during_a_long_stop_are_answered_after_it(busy, caller):
+def test_calls_made_during_a_long_stop_are_answered_after_it(caller, busy):
     caller.send(*QUESTIONS * 10)
     assert busy.suite.processes("sender")  # still being stopped
     titles = {row.title for row in caller.rows()}
@@ -174,7 +155,7 @@ def test_calls_made_during_a_change_of_the_ports_are_answered_after_it(in_panel,
         desktop.screen.press("Tab")
         desktop.screen.type(str(desktop.suite.ports.free()))
     dialog.answer("Return")
-    wait_until(lambda: hub_starts(desktop) == 2, "the hub on its new ports")
+    wait_until(lambda: len(starts(desktop.suite, "hub")) == 2, "the hub on its new ports")
     caller.send(*QUESTIONS * 10)
     assert "http_port" not in desktop.saved_settings()  # still being changed
     wait_until(lambda: caller.answered() == 10 * len(QUESTIONS), "all answers")
@@ -189,7 +170,7 @@ def test_two_panels_that_announce_themselves_twice_show_one_icon(in_panel):
     rows = [panel.row("Hub", "Restart") for panel in panels]
     for panel, row in zip(panels, rows):
         panel.send(*[clicked(row)] * 3)
-    wait_until(lambda: hub_starts(desktop) > 1, "the hub's restart")
+    wait_until(lambda: len(starts(desktop.suite, "hub")) > 1, "the hub's restart")
     assert len(host.icons()) == 1
     wait_until_in(host, desktop)
     check_quits(desktop, panels[0])

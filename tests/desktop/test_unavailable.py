@@ -7,7 +7,8 @@ import psutil
 import pytest
 from component_events import kill, start_recording, stops, wait_for_components, wait_for_start
 from components import COMPONENTS, STOP_ORDER
-from console import RESTARTING, STOPPED, UNAVAILABLE
+from console import RESTARTING, UNAVAILABLE
+from desktop import check_stopped_once
 
 NOT_AVAILABLE = UNAVAILABLE.partition("{}")[0]
 BROKEN = {
@@ -55,7 +56,7 @@ def test_the_run_goes_on_as_in_a_terminal(desktop, changes, named):
     children = psutil.Process(run.pid).children(recursive=True)
     assert {child.name() for child in children} == {f"td_{name}" for name in COMPONENTS}
     assert run.stop(SIGTERM) == 0
-    assert run.output.endswith(STOPPED) and run.output.count(STOPPED) == 1
+    check_stopped_once(run, suite)
     assert stops(suite) == STOP_ORDER
     reason, restarting = run.errors.decode().splitlines(keepends=True)
     assert reason.startswith(NOT_AVAILABLE) and named in reason

@@ -17,8 +17,9 @@ class Tray:
 
     It shows each icon that asks, `size` pixels wide and high; if `embeds` is false, only `embed` shows
     the last one. As a program of its own it does so while the test waits for something else. `colour`
-    is its window's. With `alpha` it asks for icons that have an alpha channel; what it shows then is not composed, only
-    kept. A `saved` icon stays when the tray dies. `number` is the screen's, on a display with several.
+    is its window's. With `alpha` it asks for icons that have an alpha channel; what it shows then is not
+    composed, only kept. A `saved` icon stays when the tray dies. `number` is the screen's, on a display
+    with several.
     """
 
     def __init__(

@@ -82,8 +82,8 @@ void install_signal_handlers() {
   handle_signal(SIGINT, on_signal);
   handle_signal(SIGTERM, on_signal);
   signal(SIGPIPE, SIG_IGN);
-  // A closed terminal and Ctrl-\ end the run like Ctrl-C, unless the parent had
-  // the signal ignored, as nohup does.
+  // A closed terminal and Ctrl-\ end the run like Ctrl-C, unless the parent had the signal ignored,
+  // as nohup does.
   handle_signal_unless_ignored(SIGHUP, on_signal);
   handle_signal_unless_ignored(SIGQUIT, on_signal);
   // At a limit on file sizes a write then fails, as on a full disk, instead of ending the process.

@@ -17,10 +17,10 @@
 
 namespace {
 
-QApplication *g_application = nullptr; // null until it has been made
-bool g_is_trial = false;               // see make_application
-std::atomic<bool> g_is_fatal{false};   // the toolkit has given up
-std::string g_reason;                  // why the display does not work: the first message about it
+std::atomic<bool> g_is_made{false};  // the application
+bool g_is_trial = false;             // see make_application
+std::atomic<bool> g_is_fatal{false}; // the toolkit has given up
+std::string g_reason;                // why the display does not work: the first message about it
 
 std::atomic<void (*)()> g_quit{nullptr};
 std::atomic<pid_t> g_ending_thread{-1}; // -1: none is to quit; 0: the first that calls exit()
@@ -36,7 +36,7 @@ std::atomic<pid_t> g_ending_thread{-1}; // -1: none is to quit; 0: the first tha
 
 void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, const QString &text) {
   const bool is_lost = text.startsWith("The Wayland connection ");
-  if (g_application != nullptr && (!is_lost || gettid() == getpid())) { // two threads say so
+  if (g_is_made && (!is_lost || gettid() == getpid())) { // two threads say so
     for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
       std::fprintf(stderr, "Tandrel: %s\n", line.toUtf8().constData());
     }
@@ -45,14 +45,14 @@ void handle_message(QtMsgType type, const QMessageLogContext & /*context*/, cons
     g_reason = text.section('\n', 0, 0).toStdString();
   }
   // A start fails when a display that worked in the trial has gone.
-  g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_application != nullptr);
+  g_is_fatal = g_is_fatal || (type == QtFatalMsg && g_is_made);
   if (type == QtFatalMsg || is_lost) {
     end_process(); // else Qt would abort() or _exit()
   }
 }
 
 void handle_exit(int status, void * /*unused*/) {
-  if (g_application == nullptr && !g_reason.empty()) {
+  if (!g_is_made && !g_reason.empty()) {
     std::fprintf(stderr, "Tandrel: the menu-bar interface is not available: %s\n",
                  g_reason.c_str());
     g_reason.clear();
@@ -71,12 +71,11 @@ void handle_exit(int status, void * /*unused*/) {
     std::fputs("Tandrel: the display is gone: quitting.\n", stderr);
     status = EXIT_SUCCESS;
   }
-  void (*const quit)() = g_quit;
-  if (quit != nullptr) {
+  if (void (*const quit)() = g_quit) {
     quit();
-  }
-  if (quit != nullptr && gettid() != getpid()) {
-    _exit(status); // the main thread still uses what the handlers that are left destroy
+    if (gettid() != getpid()) {
+      _exit(status); // the main thread still uses what the handlers that are left destroy
+    }
   }
   std::exit(status); // goes on with those handlers
 }
@@ -123,9 +122,9 @@ void construct_application() {
   }
   static char name[] = "tandrel", *arguments[] = {name, nullptr};
   static int count = 1;
-  auto *const application = new QApplication(count, arguments);
-  QDBusConnection::sessionBus(); // now: with its thread and in this environment
-  g_application = application;
+  new QApplication(count, arguments); // qApp, until it is deleted
+  QDBusConnection::sessionBus();      // now: with its thread and in this environment
+  g_is_made = true;
   environ = kept.data();
 }
 
@@ -145,7 +144,7 @@ void exit_when_display_is_lost() {
 namespace td {
 
 void make_application(bool in_trial) {
-  if (g_application != nullptr) {
+  if (g_is_made) {
     return;
   }
   g_is_trial = in_trial;

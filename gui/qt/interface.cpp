@@ -61,9 +61,8 @@ void run(const GuiConfig &config) {
 
 } // namespace tdgui
 
-/// Whether the interface can be shown; false where no display is named. Waits for the display;
-/// where that does not work, as td::make_application(true). For a process made to ask this, which
-/// ends by _exit(). Main thread only.
+/// Whether the interface can be shown; false where no display is named. Otherwise it is
+/// td::make_application(true), for a process made to ask, which ends by _exit(). Main thread only.
 extern "C" bool tdgui_available() noexcept {
   if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
       qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {

@@ -89,8 +89,10 @@ void add_component_row(QMenu &menu, const GuiConfig &config, const Component &co
 
 void add_all_components(QMenu &menu, const GuiConfig &config) {
   const auto start_all = [&config] {
-    for (std::size_t place = 0; config.start && place < config.components.size(); ++place) {
-      config.start(config.components[place].name);
+    for (const Component &component : config.components) {
+      if (config.start) {
+        config.start(component.name);
+      }
     }
   };
   const auto stop_all = [&config] {

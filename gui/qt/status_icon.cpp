@@ -69,19 +69,20 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
 }
 
 void StatusIcon::follow_panels() {
-  if (!in_panel_ && (desktop_.has_host() || (kind_ == Kind::undecided && desktop_.has_tray()))) {
+  if (!panel_icon_ && (desktop_.has_host() || (kind_ == Kind::undecided && desktop_.has_tray()))) {
     make_panel_icon();
   }
-  bool in_panel = kind_ == Kind::bus && desktop_.has_host() && in_panel_;
+  bool in_panel = kind_ == Kind::bus && desktop_.has_host() && panel_icon_;
   if (kind_ == Kind::tray) {
     in_panel = desktop_.has_tray();
-    if (in_panel_->isVisible() != in_panel) { // kept: Qt 6.8 may put a new one on the bus
+    if (panel_icon_->isVisible() != in_panel) { // kept: Qt 6.8 may put a new one on the bus
       embedding_.start(embedding_time);
-      in_panel_->setVisible(in_panel);
+      panel_icon_->setVisible(in_panel);
     }
     in_panel = in_panel && (embedding_.isActive() || desktop_.is_embedded(window_in_tray()));
-  } else if (in_panel_ && !in_panel) {
-    in_panel_.reset(); // LXQt does not show the same one again, nor the menus that it has exported
+  } else if (panel_icon_ && !in_panel) {
+    // LXQt shows neither the same icon again nor the menus that it has exported.
+    panel_icon_.reset();
     menu_.setPlatformMenu(nullptr);
     for (QMenu *submenu : menu_.findChildren<QMenu *>()) {
       submenu->setPlatformMenu(nullptr);
@@ -96,12 +97,12 @@ void StatusIcon::make_panel_icon() {
   if (desktop_.is_bus_silent() || !QSystemTrayIcon::isSystemTrayAvailable()) {
     return;
   }
-  in_panel_ = std::make_unique<QSystemTrayIcon>(bars_icon());
-  in_panel_->setToolTip("Tandrel");
-  in_panel_->setContextMenu(&menu_);
-  QObject::connect(in_panel_.get(), &QSystemTrayIcon::activated, this,
+  panel_icon_ = std::make_unique<QSystemTrayIcon>(bars_icon());
+  panel_icon_->setToolTip("Tandrel");
+  panel_icon_->setContextMenu(&menu_);
+  QObject::connect(panel_icon_.get(), &QSystemTrayIcon::activated, this,
                    &StatusIcon::tray_icon_clicked);
-  in_panel_->show();
+  panel_icon_->show();
   embedding_.start(embedding_time);
   const Kind without_tray = desktop_.has_host() ? Kind::bus : kind_;
   kind_ = window_in_tray() != XCB_NONE ? Kind::tray : without_tray;
@@ -111,7 +112,7 @@ void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
   if (reason != QSystemTrayIcon::Trigger) {
     return; // Qt itself opens the menu at a right click
   }
-  const QRect icon = in_panel_->geometry(); // empty on the bus, which does not say
+  const QRect icon = panel_icon_->geometry(); // empty on the bus, which does not say
   if (may_place_windows()) {
     open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
   } else if (!raise_dialog()) {

@@ -12,11 +12,10 @@
 
 namespace td {
 
-/// Shows the icon once it is known whether there is a panel. At the first one Qt decides for the
-/// bus or for X's tray, and from then on only panels of that kind count. A left click opens the
-/// menu, or raises the open dialog. This button is the floating icon: a window in front of others
-/// at the top right of the primary monitor's work area, or an ordinary one where a program may not
-/// place it. Main thread only.
+/// Shows the icon once the panels are known. At the first one Qt decides for the bus or for X's
+/// tray, and from then on only panels of that kind count. A left click opens the menu, or raises
+/// the open dialog. This button is the floating icon: a window in front of others at the top right
+/// of the work area, or an ordinary one where a program may not place it. Main thread only.
 class StatusIcon : public QAbstractButton {
 public:
   /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
@@ -41,7 +40,7 @@ private:
   QMenu &menu_;
   std::function<void()> open_dashboard_;
   Kind kind_ = Kind::undecided; // of panel; decided by Qt at the first one that is seen
-  std::unique_ptr<QSystemTrayIcon> in_panel_;
+  std::unique_ptr<QSystemTrayIcon> panel_icon_;
   QTimer embedding_; // runs while a tray has time to take the icon
   Desktop desktop_;
 };

@@ -2,13 +2,9 @@
 
 import os
 import shutil
-import sys
 from pathlib import Path
 
 import pytest
-
-# The bundle's tests share the support modules of the system tests.
-sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
 
 ROOT = Path(__file__).parents[2]
 BUILD = Path(os.environ.get("TD_BUILD_DIR", ROOT / "build" / "dev")).resolve()

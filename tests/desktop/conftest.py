@@ -1,19 +1,13 @@
 """Fixtures of the desktop tests: a launcher with its menu-bar interface on a private screen."""
 
-import sys
 from collections import namedtuple
-from pathlib import Path
 
 import pytest
-
-# The desktop tests share the support modules of the system tests.
-sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
-
-from component_events import KILL_DELAY, stops, wait_for_start  # noqa: E402
-from components import COMPONENTS, STOP_ORDER  # noqa: E402
-from compositor import Compositor  # noqa: E402
-from deadline import wait_until  # noqa: E402
-from desktop import Desktop  # noqa: E402
+from component_events import KILL_DELAY, stops, wait_for_start
+from components import COMPONENTS, STOP_ORDER
+from compositor import Compositor
+from deadline import wait_until
+from desktop import Desktop
 
 Shown = namedtuple("Shown", "desktop menu")
 

@@ -11,13 +11,11 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1] / "system"))
-
-from deadline import wait_until  # noqa: E402
-from desktop import Desktop  # noqa: E402
-from dialogs import Dialog, PortsDialog  # noqa: E402
-from preload import preloaded  # noqa: E402
-from screen import SIZE, Rect  # noqa: E402
+from deadline import wait_until
+from desktop import Desktop
+from dialogs import Dialog, PortsDialog
+from preload import preloaded
+from screen import SIZE, Rect
 
 BACKGROUND = 0x3B5268
 MARGIN = 10

@@ -1,18 +1,13 @@
 """Fixtures of the tests of the documents."""
 
 import shutil
-import sys
 import tempfile
 from pathlib import Path
 
+import inherited_signals
 import pytest
-
-# Support modules of the other tests.
-sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "install")]
-
-import inherited_signals  # noqa: E402
-from sandbox import Sandbox  # noqa: E402
-from suite import Ports  # noqa: E402
+from sandbox import Sandbox
+from suite import Ports
 
 inherited_signals.handle_ignored()
 

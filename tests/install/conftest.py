@@ -6,14 +6,10 @@ import sys
 import tempfile
 from pathlib import Path
 
+import inherited_signals
 import pytest
-
-# Support modules of the system and the desktop tests.
-sys.path[:0] = [str(Path(__file__).parents[1] / name) for name in ("system", "desktop")]
-
-import inherited_signals  # noqa: E402
-from installed import Tree, install  # noqa: E402
-from suite import BUILD, Ports  # noqa: E402
+from installed import Tree, install
+from suite import BUILD, Ports
 
 inherited_signals.handle_ignored()
 

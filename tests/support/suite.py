@@ -20,11 +20,19 @@ from console import READY
 from deadline import wait_until
 from run import Run
 
-BUILD = Path(os.environ.get("TD_BUILD_DIR", Path(__file__).parents[2] / "build")).resolve()
+_BUILDS = Path(__file__).parents[2] / "build"
+
+
+def _folder(variable, default):
+    return Path(os.environ.get(variable, default)).resolve()
+
+
+# What users run; a variable names the launcher of another build.
+BUILD = _folder("TD_BUILD_DIR", _BUILDS)
 # The stand-ins are the same for all builds of the launcher, so sanitized builds share one set.
-STAND_INS = Path(os.environ.get("TD_STANDIN_DIR", BUILD)).resolve()
+STAND_INS = _folder("TD_STANDIN_DIR", _BUILDS)
 # The scripted interfaces are built with the tests, unlike the launcher that users run.
-MODULES = Path(os.environ.get("TD_MODULE_DIR", BUILD / "scripted")).resolve()
+MODULES = _folder("TD_MODULE_DIR", _BUILDS / "dev/scripted")
 
 LAUNCHER = Path(system.LAUNCHER.format(build=BUILD, modules=MODULES))
 

@@ -40,10 +40,11 @@ def test_every_pattern_matches_a_command(pattern):
 
 
 def test_scripts_and_presets_of_all_commands_exist():
-    presets = json.loads((documents.ROOT / "CMakePresets.json").read_text())["configurePresets"]
-    names = {preset["name"] for preset in presets}
+    presets = json.loads((documents.ROOT / "CMakePresets.json").read_text())
+    kinds = {"cmake": "configurePresets", "cmake --build": "buildPresets", "ctest": "testPresets"}
+    names = {tool: {preset["name"] for preset in presets[kind]} for tool, kind in kinds.items()}
     for path, command in ALL:
         for script in re.findall(r"(?:^|\s)(scripts/[\w-]+)", command):
             assert os.access(documents.ROOT / script, os.X_OK), f"{path}: {command}"
-        for preset in re.findall(r"--preset (\S+)", command):
-            assert preset in names, f"{path}: {command}"
+        for tool, preset in re.findall(r"(cmake --build|cmake|ctest) --preset (\S+)", command):
+            assert preset in names[tool], f"{path}: {command}"

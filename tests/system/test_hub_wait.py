@@ -68,6 +68,7 @@ def test_a_hub_that_cannot_be_executed_ends_the_wait(suite, contents):
     check_hub_wait_failed(suite, run)
 
 
+@pytest.mark.one_build
 def test_the_hub_is_stopped_after_100_failed_probes(suite):
     suite.record()
     probe_tools.record_and_probe(suite)

@@ -115,6 +115,7 @@ def test_a_hub_that_keeps_exiting_ends_the_run(suite):
 
 
 @system.needs("interface module")
+@pytest.mark.one_build
 def test_the_search_times_out_if_the_display_does_not_answer(suite):
     started = time.monotonic()
     search = Search(suite)

@@ -145,6 +145,7 @@ def test_another_programs_answers_do_not_count_until_the_hub_has_failed(suite):
     assert interface.errors == b""
 
 
+@pytest.mark.one_build
 def test_another_programs_answers_do_not_count_while_the_hub_keeps_running(suite):
     suite.save_settings(SAVED)
     interface = start_interface(suite)
@@ -161,6 +162,7 @@ def test_another_programs_answers_do_not_count_while_the_hub_keeps_running(suite
     assert interface.errors == b""
 
 
+@pytest.mark.one_build
 def test_a_probe_whose_end_cannot_be_seen_counts_as_failed(suite):
     """If SIGCHLD is ignored, as a toolkit may do, the kernel reaps the probes."""
     suite.save_settings(SAVED)
@@ -190,6 +192,7 @@ def test_a_change_to_a_control_port_in_use_fails(suite):
     assert interface.quit() == 0
 
 
+@pytest.mark.one_build
 def test_a_hub_that_never_answers_is_probed_100_times_and_left_running(suite):
     suite.save_settings(SAVED)
     interface = start_interface(suite)

@@ -10,6 +10,8 @@ from components import PROGRAMS
 from deadline import wait_until
 from standins import end
 
+pytestmark = pytest.mark.one_build
+
 VARIABLES = {name: "TD_STANDIN_" + name[len("td_") :].upper() for name in PROGRAMS}
 ENDS = "exit-at-once and exit-after contradict each other"
 NEVER = "never-answer contradicts answer-404 and slow-answer"

@@ -10,6 +10,8 @@ import pytest
 from deadline import wait_until
 from standins import Terminal, end
 
+pytestmark = pytest.mark.one_build
+
 
 def reset_signals():
     """Gives all signals their defaults, so that the program inherits nothing from the test runner."""

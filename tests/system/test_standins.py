@@ -14,6 +14,8 @@ from components import PROGRAMS, hub_arguments
 from deadline import DEADLINE, wait_until
 from standins import Terminal, end
 
+pytestmark = pytest.mark.one_build
+
 SERVICES = ("td_hub", "td_receiver", "td_sender")
 CLIENTS = ("td_receiver", "td_sender")
 MAX_END_SECONDS = 1.0  # an end takes about a millisecond; the rest allows for a busy machine

@@ -11,6 +11,8 @@ import system_macos
 from deadline import wait_until
 from suite import Ports
 
+pytestmark = pytest.mark.one_build
+
 
 @pytest.fixture(params=system.WORKING, ids=lambda module: module.__name__)
 def module(request):

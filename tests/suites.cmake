@@ -12,7 +12,7 @@ if(APPLE)
   set(python ${PROJECT_SOURCE_DIR}/build/python/bin/python)
 endif()
 
-# pytest_suite(name PATHS paths... [LABEL label] [WORKERS number] [COST seconds] [OPTIONS options...]
+# pytest_suite(name PATHS paths... [LABEL label] [WORKERS number] [COST seconds (the longest start first)] [OPTIONS options...]
 #   [ENVIRONMENT variables...] [AFTER fixtures...])
 function(pytest_suite name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;WORKERS;COST" "PATHS;OPTIONS;ENVIRONMENT;AFTER")
@@ -23,7 +23,7 @@ function(pytest_suite name)
     set(arg_WORKERS 4)
   endif()
   add_test(NAME ${name}
-    COMMAND ${python} -m pytest -q -rs -n ${arg_WORKERS} --basetemp=${CMAKE_BINARY_DIR}/pytest-${name}
+    COMMAND ${python} -m pytest -q -n ${arg_WORKERS} --basetemp=${CMAKE_BINARY_DIR}/pytest-${name}
       --junit-xml=${results}/${name}.xml ${arg_OPTIONS} ${arg_PATHS}
     WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
   set_tests_properties(${name} PROPERTIES LABELS "${arg_LABEL}" PROCESSORS ${arg_WORKERS} COST "${arg_COST}"

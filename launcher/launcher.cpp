@@ -2,7 +2,6 @@
 // shutdown. The process-wide state and all that touches it are in this file's unnamed namespace.
 
 #include "child.h"
-#include "children.h"
 #include "command_line.h"
 #include "console.h"
 #include "descriptors.h"
@@ -12,6 +11,7 @@
 #include "lan_address.h"
 #include "ports.h"
 #include "settings.h"
+#include "suite.h"
 #include "supervisor.h"
 #include "tdgui.h"
 #include "terminal.h"
@@ -423,7 +423,7 @@ int run_component(const std::string &directory, int argc, char **argv) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }
 
-/// Returns false, after a message, if an argument is no option.
+/// Returns false, after a message, if an argument is not an option.
 bool parse_or_report(int argc, char **argv, Options &options) {
   const char *unknown = parse_options(argc, argv, options);
   if (unknown != nullptr) {
@@ -439,7 +439,7 @@ int main(int argc, char **argv) {
   // Every line is written at once, also to a pipe or a log file.
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   const std::string directory = td::executable_dir();
-  // If the parent ignored SIGCHLD, the kernel would reap the children and their statuses be lost.
+  // If the parent ignored SIGCHLD, the kernel would reap the components and lose their statuses.
   signal(SIGCHLD, SIG_DFL);
 
   switch (choose_mode(argc, argv)) {

@@ -1,5 +1,4 @@
-// The control operations live in the launcher's one file-local scope, so their test is compiled
-// together with it.
+// What launcher.cpp defines is local to it, so its tests are compiled together with it.
 #define main launcher_main
 #include "launcher.cpp" // NOLINT(bugprone-suspicious-include)
 #undef main

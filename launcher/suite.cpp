@@ -1,4 +1,4 @@
-#include "children.h"
+#include "suite.h"
 
 #include <utility>
 

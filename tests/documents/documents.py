@@ -8,8 +8,8 @@ README = Path("README.md")
 COMMAND_BLOCKS = ("", "sh")  # the languages of blocks with commands
 # A code span of several words is a command if the first is one of these.
 COMMAND_WORDS = (
-    *("apt", "apt-get", "brew", "cmake", "codesign", "cpack", "ctest", "curl", "dnf", "kill"),
-    *("launchctl", "loginctl", "lsof", "open", "osascript", "pgrep", "pkill", "rm", "security", "ss"),
+    *("apt", "apt-get", "brew", "cmake", "codesign", "cpack", "ctest", "curl", "dnf", "journalctl"),
+    *("kill", "launchctl", "loginctl", "lsof", "open", "osascript", "pgrep", "pkill", "rm", "security", "ss"),
     *("ssh", "systemctl", "tccutil", "xattr", "xcrun"),
 )
 

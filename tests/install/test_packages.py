@@ -2,6 +2,7 @@
 
 import os
 import platform
+import re
 import shutil
 import subprocess
 
@@ -84,6 +85,25 @@ def test_a_server_needs_no_desktop(packages, version, release):
     assert {"libqt6widgets6", owner("*/qt6/plugins/platforms/libqxcb.so")} <= names_in(interface)
     assert "tandrel" in names_in(by_name["tandrel-standins"]["Depends"])
     assert "stand-ins" in by_name["tandrel-standins"]["Description"]
+
+
+def installed_with(names):
+    """The packages of this system that these packages depend on, and themselves."""
+    command = ["apt-cache", "depends", "--recurse", "--installed", "--important", *names]
+    lines = subprocess.check_output(command, text=True).splitlines()
+    return {line for line in lines if not line.startswith((" ", "<"))}
+
+
+def test_the_packages_that_an_archive_needs_are_documented(packages, root):
+    """Each name brings what no other one does, and together they bring all dependencies of the .debs."""
+    page = (root / "docs/installing.md").read_text()
+    documented = re.search(r"An archive needs .*?`apt install ([^`]+)`", page, re.DOTALL)[1].split()
+    needed = set().union(*(names_in(fields(package)["Depends"]) for package in packages["deb"]))
+    needed -= set(NAMES)
+    assert needed <= installed_with(documented)
+    for name in documented:
+        others = [other for other in documented if other != name]
+        assert not needed <= installed_with(others), f"{name} is not needed"
 
 
 def needs_of(package):

@@ -1,7 +1,7 @@
 """The launcher's icon beside a tray program that people use: both in the same tray of the tests.
 
-The private screen has a window manager and the tray, and neither a session bus nor a desktop of which
-a toolkit would take the look.
+The private screen has a window manager and the tray, and neither a session bus nor a desktop whose
+look a toolkit would take over.
 """
 
 import subprocess
@@ -34,7 +34,7 @@ COLUMNS = (
 
 
 def drawn(screen, rect, before):
-    """Waits until a rectangle no longer shows `before` and keeps still; returns the moment of the last
+    """Waits until a rectangle no longer shows `before` and keeps still; returns the time of the last
     change."""
     seen, since, limit = before, time.monotonic(), time.monotonic() + DEADLINE
     while seen == before or time.monotonic() < since + STILL:
@@ -47,13 +47,13 @@ def drawn(screen, rect, before):
 
 
 class Mouse:
-    """Clicks by a connection of its own, without a program to start."""
+    """Clicks through a connection of its own, without starting a program."""
 
     def __init__(self, screen):
         self._display = display.Display(screen.environment["DISPLAY"])
 
     def click(self, x, y):
-        """Returns the moment."""
+        """Returns the time of the click."""
         xtest.fake_input(self._display, X.MotionNotify, x=x, y=y)
         self._display.sync()
         clicked = time.monotonic()
@@ -69,7 +69,7 @@ class Mouse:
 def click(screen, mouse, place):
     """Opens the menu and closes it; returns the milliseconds until it was drawn.
 
-    It is looked for above and below the middle of the icon.
+    The menu is looked for above and below the middle of the icon.
     """
     x, y = place.x + place.width // 2, place.y + place.height // 2
     column = Rect(x, 0, 1, SIZE[1])

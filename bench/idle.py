@@ -47,7 +47,7 @@ def libraries(pid):
 
 
 def observe(pids, seconds):
-    """A row of the table, for a list of processes by name each, all in the same time."""
+    """A row of the table for each list of processes, by name; all are observed at the same time."""
     before = {name: sum(map(wakes, each)) for name, each in pids.items()}
     began = time.monotonic()
     time.sleep(seconds)
@@ -83,7 +83,7 @@ def s6(folder):
 
 @contextmanager
 def supervisor(make):
-    """Another supervisor, ended with what it has started; yields the ids of its own processes."""
+    """Runs another supervisor and ends all that it has started; yields the ids of its own processes."""
     with tempfile.TemporaryDirectory(prefix="td-") as name:
         silent = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
         process = subprocess.Popen([str(word) for word in make(Path(name))], cwd=name, **silent)

@@ -2,7 +2,7 @@
 
     measure.py [--quick] [--write]
 
---quick takes each with as few rounds as will show that it works; --write puts the tables into
+--quick takes only as many rounds as show that it works; --write puts the tables into
 docs/measurements.md and README.md.
 """
 
@@ -57,7 +57,7 @@ def summary(described, figures):
     passes = ("sh -c", "tini", "dumb-init", "tini-static", "catatonit")
     supervisors = ("supervisord", "s6-svscan")
     rows = [
-        line("passing `true` through, times `true`", "pass-through", pass_through.ALIGN, "ratio", *passes),
+        line("running `true`, relative to `true` alone", "pass-through", pass_through.ALIGN, "ratio", *passes),
         line("overhead of a start, ms", "phases", phases.AT_ONCE, "overhead"),
         line("overhead of a restart, ms", "phases", phases.RESTART, "overhead"),
         line("overhead of a stop, ms", "phases", phases.STOP, "overhead"),

@@ -1,4 +1,4 @@
-"""What it costs to run a program by the launcher, and by what else passes it through."""
+"""What it costs to run a program through the launcher, and through other programs that do the same."""
 
 import json
 import os
@@ -17,9 +17,9 @@ COLUMNS = (
     "`true`, run by",
     {
         "time": ("without a terminal, µs", 0),
-        "ratio": ("times `true`", 2),
+        "ratio": ("relative to `true`", 2),
         "terminal_time": ("with a controlling terminal, µs", 0),
-        "terminal_ratio": ("times `true`", 2),
+        "terminal_ratio": ("relative to `true`", 2),
     },
 )
 

@@ -1,4 +1,4 @@
-"""Start, restart and stop, against what the prescribed waits take.
+"""What start, restart and stop take beyond the prescribed waits.
 
 The waits are those of launcher/hub.cpp, supervisor.cpp and child.cpp; a change of one there shows here
 as overhead.
@@ -22,7 +22,7 @@ from suite import Ports, Suite
 PROBE_INTERVAL = 100  # ms from the end of one probe to the next
 POLL_INTERVAL = 400  # ms from the end of one poll of the components to the next
 RESTART_PAUSE = 500  # ms from the poll that sees an end to the new start
-STOP_PAUSE = 100  # ms from a component's SIGTERM to the second look at it
+STOP_PAUSE = 100  # ms from a component's SIGTERM to the second poll
 ANSWER_AFTER = (0, 50)  # ms from the hub's start
 PROBES = 3  # that are measured by themselves, for each start
 KILLS = 5  # of one component in one run; after one more it is left stopped
@@ -41,7 +41,7 @@ RESTART, STOP = "restart of a component that was killed", "stop of three compone
 # Counts the probes. Its own time is part of each, also of those that are measured by themselves.
 COUNTING_CURL = '#!/bin/sh\necho >> "$0.count"\nexec /usr/bin/curl "$@"\n'
 
-# Prints the moment and becomes the launcher. What Python ignores is not handed on.
+# Prints the time and becomes the launcher. What Python ignores is not handed on.
 TELL_START = (
     "import os, signal, sys, time;"
     "signal.signal(signal.SIGPIPE, signal.SIG_DFL);"
@@ -119,7 +119,7 @@ def start_row(started, probe):
 
 
 def stop_row(taken):
-    """`taken`: the milliseconds of each stop. One that ends before the first look costs no wait."""
+    """`taken`: the milliseconds of each stop. One that ends before the first poll costs no wait."""
     waits = [STOP_PAUSE * min(each // STOP_PAUSE, len(COMPONENTS)) for each in taken]
     overhead = [each - waited for each, waited in zip(taken, waits)]
     return {"taken": taken, "waits": waits, "overhead": overhead}
@@ -142,7 +142,7 @@ def restart_row(suite):
         killed = time.monotonic_ns()
         os.kill(starts(suite, name)[-1]["pid"], signal.SIGKILL)
         started = wait_for_start(suite, name, count + 1)["time_ns"]
-        if last is not None:  # otherwise nothing tells when the last poll was
+        if last is not None:  # otherwise the time of the last poll is not known
             row["taken"].append((started - killed) / 1e6)
             row["overhead"].append((started - last) / 1e6 - waits)
         last = started

@@ -1,11 +1,11 @@
-"""How figures are written, and the places of the tables in the pages."""
+"""Formats figures and tables, and puts tables into the pages."""
 
 import re
 import statistics
 
 
 def number(value, digits):
-    """With so many decimal places, and commas between thousands."""
+    """With `digits` decimal places, and commas between thousands."""
     text = f"{value:,.{digits}f}"
     return text.removeprefix("-") if float(text.replace(",", "")) == 0 else text
 

@@ -30,7 +30,7 @@ using Milliseconds = std::chrono::milliseconds;
 struct Word {
   std::string_view name;
   bool hub_only;
-  /// What the word sets. The type tells which kind of value the word takes.
+  /// What the word sets. The type says which kind of value the word takes.
   std::variant<bool *, std::optional<int> *, std::optional<Milliseconds> *, std::string *> target;
   long minimum = 0; ///< for numbers
   long maximum = 0; ///< for numbers

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Where the value of a port option goes; null when `argument` is no port option.
+/// Where the value of a port option goes; null if `argument` is not a port option.
 std::uint16_t *port_option(std::string_view argument, Options &options) {
   if (argument == "--http-port") {
     return &options.ports.http;
@@ -14,7 +14,7 @@ std::uint16_t *port_option(std::string_view argument, Options &options) {
   return argument == "--udp-port" ? &options.ports.udp : nullptr;
 }
 
-/// Applies an option that takes no value; false when it is none.
+/// Applies an option that takes no value; false if `argument` is not one.
 bool apply_switch(std::string_view argument, Options &options) {
   if (argument == "--no-sender") {
     options.run_sender = false;

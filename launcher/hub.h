@@ -22,7 +22,7 @@ enum class HubStart {
 
 /// Starts the idle record `hub` and probes it until it answers on `http_port`, at most 100 times,
 /// 100 ms apart; a probe of a silent port lasts up to 2 s. Prints nothing. After start-up the
-/// caller holds the children's mutex.
+/// caller holds the mutex of the list of components.
 HubStart start_hub(Child &hub, std::uint16_t http_port, StartReason reason,
                    const std::atomic<bool> &running);
 

@@ -86,7 +86,7 @@ namespace platform {
 
 void start_interface_search(const std::string &directory) {
   if (access((directory + "tdgui.so").c_str(), F_OK) != 0) {
-    return; // built without it, which is no failure
+    return; // built without it: not a failure
   }
   g_trial = start_trial(try_module, &directory);
   if (g_trial == -1) {

@@ -49,7 +49,7 @@ bool for_each_listener(const char *table, std::uint16_t port, Visit visit) {
     unsigned local_port = 0;
     unsigned state = 0;
     unsigned long inode = 0;
-    // Number, local and remote address, state, queues, timer, retries, user, time-out, inode.
+    // Number, local and remote address, state, queues, timer, retries, user, timeout, inode.
     if (std::sscanf(line.data(), "%*s %*[0-9A-F]:%x %*s %x %*s %*s %*s %*s %*s %lu", &local_port,
                     &state, &inode) == 3 &&
         local_port == port && state == state_listen) {

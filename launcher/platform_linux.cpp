@@ -58,9 +58,8 @@ pid_t fork_to_execute(void (*execute)(const void *argument), const void *argumen
 }
 
 int highest_descriptor() {
-  // Where the kernel closes a range itself the number does not matter, and looking for it would
-  // take the longer the more descriptors are open. The call closes nothing: no descriptor has this
-  // number.
+  // Where the kernel closes a range itself the number does not matter, and looking for it takes
+  // longer the more descriptors are open. The call closes nothing: no descriptor has this number.
   return close_range(INT_MAX, INT_MAX) ? INT_MAX : highest_listed_descriptor("/proc/self/fd");
 }
 

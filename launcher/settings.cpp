@@ -37,8 +37,8 @@ bool parse_open_browser(const std::string &text, bool default_value) {
   return std::strncmp(value, "false", 5) != 0;
 }
 
-/// Opens the settings file; null when that fails, or when there is something at `path` that is no
-/// regular file: opening a FIFO would wait for somebody at its other end.
+/// Opens the settings file; null when that fails, or when what is at `path` is not a regular file:
+/// opening a FIFO would wait for somebody at its other end.
 std::FILE *open_settings(const std::string &path, const char *mode) {
   struct stat info = {};
   const bool other_kind = stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode);

@@ -25,8 +25,8 @@ std::string format_settings(const Settings &settings);
 /// The path of the settings file: "launcher.json" in td::config_dir(), which makes the folder.
 std::string settings_path();
 
-/// Reads the settings file at `path`. A missing, unreadable or empty one, or something that is no
-/// regular file, gives the defaults, with the preference `open_browser`.
+/// Reads the settings file at `path`. A missing, unreadable or empty one, or something that is not
+/// a regular file, gives the defaults, with the preference `open_browser`.
 Settings read_settings(const std::string &path, bool open_browser);
 
 /// Writes the settings file at `path` in place. Failures are not reported: the settings then hold

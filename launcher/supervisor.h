@@ -7,7 +7,7 @@
 #include <mutex>
 
 /// A component is restarted this often; its next exit leaves it stopped. Only a manual start or
-/// restart or a port change sets the count back.
+/// restart or a port change resets the count.
 constexpr int restart_limit = 5;
 
 /// The count that marks a component as given up on.

@@ -17,9 +17,9 @@ enum class TerminalAccess {
 TerminalAccess terminal_access();
 
 /// Restores the terminal's mode after processes that share the terminal. The terminal is standard
-/// input, or the controlling one if standard input is none. The mode is read and changed only in
-/// the foreground, without waiting for output. Without a terminal nothing happens. Used by one
-/// thread at a time.
+/// input, or the controlling one if standard input is not a terminal. The mode is read and changed
+/// only in the foreground, without waiting for output. Without a terminal nothing happens. Used by
+/// one thread at a time.
 class SharedTerminal {
 public:
   SharedTerminal() = default;

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds look_interval{100};
+constexpr std::chrono::milliseconds poll_interval{100};
 
 /// What the copy needs to know.
 struct Trial {
@@ -58,7 +58,7 @@ std::optional<int> finish_trial(pid_t trial, std::chrono::milliseconds limit,
   int status = 0;
   pid_t reaped = waitpid(trial, &status, WNOHANG);
   while (reaped == 0 && running && Clock::now() < end) {
-    poll(&ended, 1, look_interval.count());
+    poll(&ended, 1, poll_interval.count());
     reaped = waitpid(trial, &status, WNOHANG);
   }
   if (reaped == 0) {

@@ -34,7 +34,7 @@ end
 complete -c tandrel -f
 complete -c tandrel -n '__tandrel_is component' -F
 
-# The last line comes first.
+# fish shows the words of a later command before those of an earlier one.
 complete -c tandrel -k -n '__tandrel_is first' -a "
 --help\t'Show the usage text'
 -h\t'Show the usage text'"

@@ -29,7 +29,7 @@ def placed_bars():
 
 
 def span(rect, radius, y):
-    """From where to where a rounded rectangle reaches at the height y; None when it does not."""
+    """The left and the right end of a rounded rectangle at the height y; None where it has none."""
     left, bottom, width, height = rect
     if not bottom < y < bottom + height:
         return None
@@ -40,7 +40,7 @@ def span(rect, radius, y):
 
 def row_coverage(shapes, size, row):
     """How much of each pixel of a row the shapes cover, 0 to 1: exact across, sampled in height."""
-    steps = [0.0] * (size + 2)  # what each pixel's coverage differs by from the pixel before it
+    steps = [0.0] * (size + 2)  # the difference of each pixel's coverage from that of the pixel before it
     scale = size / GRID
     for subrow in range(SUBROWS):
         y = GRID - (row + (subrow + 0.5) / SUBROWS - shift(size)) / scale
@@ -70,7 +70,7 @@ def draw(size):
 
 
 def pixel_drawer():
-    """Makes the function from the coverages by the tile and by a bar to a pixel's four bytes."""
+    """Returns the function that makes a pixel's four bytes from its coverage by the tile and by a bar."""
     known = {}
 
     def pixel(tile, bar):

@@ -27,8 +27,8 @@ PACKED_ENTRIES = {(b"is32", b"s8mk"): 16, (b"il32", b"l8mk"): 32}
 
 
 def packed(channel):
-    """One channel in runs: a byte below 128 precedes so many and one bytes to copy, a higher one
-    precedes a byte to repeat so often less 125."""
+    """One channel, run-length encoded: a byte n below 128 precedes n + 1 bytes to copy, a higher one
+    precedes a byte to repeat n - 125 times."""
     result = bytearray()
     copied = bytearray()
     for run in re.finditer(rb"(.)\1*", channel, re.DOTALL):

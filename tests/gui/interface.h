@@ -39,8 +39,8 @@ std::vector<NSMenuItem *> filled(Interface interface);
 /// The first item with that title, plain or attributed; fails the test if there is none.
 NSMenuItem *item_titled(NSMenu *menu, NSString *title);
 
-/// Runs the event loop a few times in that mode, each time until an event arrives, if only the
-/// pulse.
+/// Runs the event loop a few times in that mode, each time until an event arrives: one of
+/// those of Pulse at the latest.
 void turn_loop(NSString *mode);
 
 /// Sends the item's action to its target.

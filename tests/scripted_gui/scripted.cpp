@@ -102,7 +102,7 @@ std::string set_ports(const tdgui::GuiConfig &gui, const std::string &ports) {
   return "{\"result\":" + json(done) + ",\"message\":" + json(message) + "}";
 }
 
-/// Carries out a command on one component; returns "" when `command` is no such command.
+/// Carries out a command on one component; returns "" if `command` is not one of these.
 std::string act_on_component(const tdgui::GuiConfig &gui, const std::string &command,
                              const std::string &name) {
   if (command == "is_running") {

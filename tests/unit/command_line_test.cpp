@@ -35,7 +35,7 @@ std::pair<int, int> ports_of(const Arguments &arguments) {
   return {options.ports.http, options.ports.udp};
 }
 
-/// First arguments that are no word of the command line.
+/// First arguments that are neither an option nor a component's name.
 constexpr const char *not_options[] = {"HUB",
                                        "Hub",
                                        "SENDER",

@@ -1,4 +1,4 @@
-/// Tells the processes that a test starts when the test ends.
+/// Lets the processes that a test has started notice the end of the test.
 #pragma once
 
 #include <string>

@@ -17,7 +17,7 @@ using TDDrawingHandler = BOOL (^)(NSRect frame);
   if ((self = [super init])) {
     [self setSize:size];
     [self setAlpha:YES];
-    _handler = Block_copy(handler); // to this runtime a block is no object: -copy would crash
+    _handler = Block_copy(handler); // to this runtime a block is not an object: -copy would crash
   }
   return self;
 }

@@ -42,7 +42,7 @@ void find_a_stopped_bus() {
   const Bus bus;
   bus.stop();
   const double seconds = seconds_until_it_floats();
-  EXPECT_GE(seconds, 0.5); // it has been waited for
+  EXPECT_GE(seconds, 0.5); // the interface has waited for the bus
   EXPECT_LE(seconds, 5);
 }
 

@@ -103,9 +103,8 @@ void Desktop::watch_screen(xcb_connection_t *connection) {
 }
 
 void Desktop::find_tray() {
-  const auto cookie = xcb_get_selection_owner(connection_, atoms_[tray_selection]);
-  const Owned<xcb_get_selection_owner_reply_t> reply(
-      xcb_get_selection_owner_reply(connection_, cookie, nullptr));
+  const Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+      connection_, xcb_get_selection_owner(connection_, atoms_[tray_selection]), nullptr));
   tray_ = reply ? reply->owner : XCB_NONE;
   // Asks the server to report the tray's end, which may have come already.
   const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;

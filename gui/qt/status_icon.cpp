@@ -113,7 +113,9 @@ void StatusIcon::tray_icon_clicked(QSystemTrayIcon::ActivationReason reason) {
     return; // Qt itself opens the menu at a right click
   }
   const QRect icon = panel_icon_->geometry(); // empty on the bus, which does not say
-  if (may_place_windows()) {
+  // In the panel of a Wayland session, X does not know where the pointer is.
+  const bool knows_pointer = may_place_windows() && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+  if (icon.isValid() || knows_pointer) {
     open_menu(icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
   } else if (!raise_dialog()) {
     open_dashboard_();

@@ -18,8 +18,8 @@ namespace td {
 /// of the work area, or an ordinary one where a program may not place it. Main thread only.
 class StatusIcon : public QAbstractButton {
 public:
-  /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does where a
-  /// program may not place a menu; a right click still opens it there.
+  /// `menu` must outlive this. `open_dashboard` is what a click on the panel's icon does in a
+  /// Wayland session, where no place for the menu is known; a right click still opens it there.
   StatusIcon(QMenu &menu, std::function<void()> open_dashboard);
 
 protected:

@@ -7,6 +7,7 @@ from component_events import stops
 from components import STOP_ORDER
 from console import STOPPED
 from deadline import wait_until
+from test_components import ALL_RUNNING
 from test_display_loss import GONE, check_ended
 
 
@@ -14,8 +15,11 @@ def windows(desktop):
     return [window.name for window in desktop.accessibility.windows()]
 
 
-def start(desktop, compositor):
-    desktop.launch(*desktop.suite.ports_options, environment=compositor.environment)
+def start(desktop, compositor, has_x=False):
+    """Starts the launcher; if it `has_x`, with an X server beside the compositor, as with Xwayland."""
+    x = desktop.screen.environment if has_x else {}
+    environment = {**x, **compositor.environment}
+    desktop.launch(*desktop.suite.ports_options, environment=environment)
 
 
 def check_ended_like_quit(desktop):
@@ -88,13 +92,23 @@ def test_a_dialog_and_quit_of_an_icon_on_the_bus(desktop, compositor):
     assert desktop.run.output.endswith(STOPPED) and desktop.errors() == []
 
 
-def test_a_left_click_in_the_panel_opens_the_dashboard(desktop, compositor):
+@pytest.mark.parametrize("has_x", [False, True])
+def test_a_left_click_in_the_panel_opens_the_dashboard(desktop, compositor, has_x):
     host = desktop.host()
-    start(desktop, compositor)
+    start(desktop, compositor, has_x)
     icon = host.icon()
     desktop.suite.forget_calls("open")
     icon.click("Activate")
     address = desktop.dashboard_address().encode()
     wait_until(lambda: desktop.suite.calls("open") == [[address]], "the dashboard")
+    assert windows(desktop) == desktop.accessibility.menus() == []
     icon.choose("Quit")
     assert desktop.run.wait() == 0
+
+
+def test_a_click_in_a_tray_beside_the_compositor_opens_the_menu(desktop, compositor):
+    tray = desktop.tray()
+    start(desktop, compositor, has_x=True)
+    desktop.wait_until_docked(tray)
+    assert desktop.menu_bar.states() == ALL_RUNNING
+    assert desktop.quit() == 0

@@ -9,6 +9,7 @@
 #include <QCursor>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScreen>
 #include <algorithm>
 #include <utility>
 
@@ -62,9 +63,8 @@ StatusIcon::StatusIcon(QMenu &menu, std::function<void()> open_dashboard)
   setMask(tile_icon().pixmap(size(), 1.0).mask()); // and elsewhere
   setWindowTitle("Tandrel");
   setToolTip("Tandrel");
-  QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this,
-                   &StatusIcon::watch_screen);
-  watch_screen(QGuiApplication::primaryScreen());
+  QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &StatusIcon::place);
+  place();
   QObject::connect(this, &QAbstractButton::clicked, this, [this] { open_menu(geometry()); });
 }
 
@@ -128,20 +128,15 @@ void StatusIcon::open_menu(QRect icon) {
   }
 }
 
-void StatusIcon::watch_screen(QScreen *screen) {
-  if (screen != nullptr) {
-    QObject::connect(screen, &QScreen::availableGeometryChanged, this, &StatusIcon::place,
-                     Qt::UniqueConnection);
-    place();
-  }
-}
-
 /// All of it on the screen, also where the work area is smaller than the icon or none.
 void StatusIcon::place() {
-  const QScreen *screen = QGuiApplication::primaryScreen();
-  const QRect usable = screen->availableGeometry();
-  const QRect area = usable.isEmpty() ? screen->geometry() : usable;
-  move(std::max(area.left(), area.right() + 1 - side - margin), area.top() + margin);
+  if (const QScreen *screen = QGuiApplication::primaryScreen()) { // none when all are unplugged
+    QObject::connect(screen, &QScreen::availableGeometryChanged, this, &StatusIcon::place,
+                     Qt::UniqueConnection);
+    const QRect usable = screen->availableGeometry();
+    const QRect area = usable.isEmpty() ? screen->geometry() : usable;
+    move(std::max(area.left(), area.right() + 1 - side - margin), area.top() + margin);
+  }
 }
 
 void StatusIcon::paintEvent(QPaintEvent * /*event*/) {

@@ -5,7 +5,6 @@
 
 #include <QAbstractButton>
 #include <QMenu>
-#include <QScreen>
 #include <QSystemTrayIcon>
 #include <functional>
 #include <memory>
@@ -34,7 +33,6 @@ private:
   void make_panel_icon();
   void tray_icon_clicked(QSystemTrayIcon::ActivationReason reason);
   void open_menu(QRect icon);
-  void watch_screen(QScreen *screen);
   void place();
 
   QMenu &menu_;

@@ -4,6 +4,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QGuiApplication>
 #include <cstdlib>
@@ -25,8 +26,7 @@ template <typename Reply> using Owned = std::unique_ptr<Reply, Free>;
 
 /// The windows or atoms of a window's property.
 std::u32string values(xcb_connection_t *connection, xcb_window_t window, xcb_atom_t property) {
-  const auto cookie =
-      xcb_get_property(connection, 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, 64);
+  const auto cookie = xcb_get_property(connection, 0, window, property, XCB_ATOM_ANY, 0, 64);
   const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection, cookie, nullptr));
   if (!reply || reply->format != 32) {
     return {};
@@ -50,10 +50,17 @@ Desktop::Desktop(std::function<void()> panels, std::function<void()> covered)
   for (const char *signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
     bus.connect(service, path, service, signal, &bus_changed_, SLOT(start()));
   }
-  bus.connect("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-              "NameOwnerChanged", {service}, QString(), &bus_changed_, SLOT(start()));
   bus.connect("", "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
               &bus_changed_, SLOT(start()));
+  const auto follow = [this](const QString &name, const QString & /*old*/, const QString &owner) {
+    panel_died_ = name == service ? panel_died_ : owner.isEmpty();
+    bus_changed_.start();
+  };
+  // Of these two desktops the service outlives the panel, and still says that there is one.
+  auto *owners = new QDBusServiceWatcher(this);
+  owners->setConnection(bus);
+  owners->setWatchedServices({service, "org.kde.plasmashell", "org.Cinnamon"});
+  QObject::connect(owners, &QDBusServiceWatcher::serviceOwnerChanged, this, follow);
   bus_changed_.start();
 }
 
@@ -73,7 +80,7 @@ void Desktop::ask_bus() {
   QObject::connect(call, &QDBusPendingCallWatcher::finished, this, [this, call] {
     const QDBusPendingReply<QDBusVariant> reply(*call);
     call->deleteLater();
-    const bool has_host = reply.isValid() && reply.value().variant().toBool();
+    const bool has_host = !panel_died_ && reply.isValid() && reply.value().variant().toBool();
     const bool is_silent = reply.error().type() == QDBusError::NoReply;
     const Bus without = is_silent ? Bus::silent : Bus::without_host;
     bus_ = has_host ? Bus::with_host : without;

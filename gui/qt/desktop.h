@@ -36,6 +36,7 @@ private:
 
   std::function<void()> panels_, covered_;
   Bus bus_ = Bus::unknown;
+  bool panel_died_ = false; // that of Plasma or Cinnamon, seen earlier
   QTimer bus_changed_;
 
   xcb_connection_t *connection_ = nullptr; // Qt's; null where there is no X server

@@ -108,10 +108,9 @@ void open_settings(const tdgui::GuiConfig &config) {
   auto *form = new QFormLayout;
   const QLineEdit *http_field = add_port_field(*form, "Dashboard port", http);
   const QLineEdit *udp_field = add_port_field(*form, "Control port", udp);
-  QDialog *dialog = make_dialog(tile_icon(), "Tandrel Settings",
-                                "Changing a port restarts the hub and reconnects the sender and "
-                                "receiver. Routing is kept.",
-                                {"Apply", "Cancel"}, form);
+  const char *text = "Changing a port restarts the hub and reconnects the sender and receiver. "
+                     "Routing is kept.";
+  QDialog *dialog = make_dialog(tile_icon(), "Tandrel Settings", text, {"Apply", "Cancel"}, form);
   QObject::connect(dialog, &QDialog::accepted, dialog, [=, &config] {
     const int new_http = value_of(*http_field), new_udp = value_of(*udp_field);
     const bool is_changed = new_http != http || new_udp != udp;

@@ -1,6 +1,7 @@
 """The icon in a panel on the session bus, which may start, end and hang at any time."""
 
 import pytest
+from bus import connect, own
 from console import VERSION
 from deadline import wait_until
 from host import PANEL
@@ -96,6 +97,22 @@ def test_the_service_alone_is_no_panel(running):
         wait_until_in(host, running)
         host.leave()
         wait_until_at(running, FLOATING)
+
+
+@pytest.mark.parametrize("name", ["org.kde.plasmashell", "org.Cinnamon"])
+def test_the_icon_floats_when_a_panel_ends_whose_service_still_says_that_there_is_one(
+    running, name
+):
+    host = running.host()
+    wait_until_in(host, running)
+    for _ in range(2):
+        panel = connect(running.bus.address)
+        own(panel, name)
+        assert wait_until_in(host, running).states() == ALL_RUNNING
+        panel.close_sync(None)
+        wait_until_at(running, FLOATING)
+        wait_until(lambda: not host.icons(), "the end of the icon on the bus")
+    assert running.menu_bar.states() == ALL_RUNNING
 
 
 def test_a_panel_that_hangs_does_not_keep_the_icon_from_the_screen(desktop):

@@ -40,6 +40,12 @@ def call(connection, owner, path, interface, method, arguments=None):
     ).unpack()  # fmt: skip
 
 
+def own(connection, name):
+    """Gives the connection's program a name, which nobody may own yet, until it ends."""
+    bus, path = "org.freedesktop.DBus", "/org/freedesktop/DBus"
+    assert call(connection, bus, path, bus, "RequestName", GLib.Variant("(su)", (name, 4))) == (1,)
+
+
 def dispatch():
     """Handles the signals and the answers that have come."""
     while GLib.MainContext.default().iteration(False):

@@ -3,7 +3,7 @@
 import threading
 from collections import Counter
 
-from bus import call, connect
+from bus import call, connect, own
 from deadline import wait_until
 from gi.repository import Gio, GLib
 from menu_bar import states_of
@@ -117,7 +117,7 @@ class Host:
         self._thread = threading.Thread(target=self._run, args=[started], daemon=True)
         self._thread.start()
         started.wait()
-        assert self._ask_bus("RequestName", GLib.Variant("(su)", (WATCHER, 4))) == 1
+        own(self._connection, WATCHER)
 
     def _run(self, started):
         self._loop.get_context().push_thread_default()

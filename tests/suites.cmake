@@ -63,10 +63,13 @@ if(APPLE)
 endif()
 set(options_asan ASAN_OPTIONS=strict_string_checks=1${leaks})
 set(options_tsan TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1)
-foreach(build asan tsan)
+foreach(build asan tsan fuzz)
   set(folder ${PROJECT_SOURCE_DIR}/build/${build})
   set(command "[ -f ${folder}/build.ninja ] || cmake --preset ${build} && cmake --build --preset ${build} -- --quiet")
   lower_priority(build-${build} LABEL ${build} COMMAND "${command}" NICE 5 LOCK sanitized PROVIDES ${build})
+endforeach()
+foreach(build asan tsan)
+  set(folder ${PROJECT_SOURCE_DIR}/build/${build})
   add_test(NAME unit-${build} COMMAND ${CMAKE_CTEST_COMMAND} --test-dir ${folder} --output-on-failure
     --timeout 300 --parallel 4 --output-junit ${results}/unit-${build}.xml)
   set_tests_properties(unit-${build} PROPERTIES LABELS ${build} PROCESSORS 4 COST 20
@@ -74,6 +77,10 @@ foreach(build asan tsan)
   pytest_suite(system-${build} LABEL ${build} PATHS tests/system WORKERS 8 COST 150 OPTIONS -m "not one_build"
     ENVIRONMENT TD_BUILD_DIR=${folder} TD_MODULE_DIR=${folder}/scripted ${options_${build}} AFTER ${build})
 endforeach()
+
+add_test(NAME fuzz COMMAND nice -n 10 ${CMAKE_CTEST_COMMAND} --test-dir ${PROJECT_SOURCE_DIR}/build/fuzz -L fuzz
+  --output-on-failure --parallel 3 --output-junit ${results}/fuzz.xml)
+set_tests_properties(fuzz PROPERTIES LABELS fuzz PROCESSORS 2 COST 25 FIXTURES_REQUIRED fuzz TIMEOUT 300)
 
 lower_priority(check LABEL static COMMAND "cmake --build --preset dev --target check -- --quiet" NICE 15 LOCK static)
 if(NOT APPLE)

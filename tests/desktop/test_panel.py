@@ -236,3 +236,14 @@ def test_without_a_bus_the_icon_is_in_the_tray(desktop):
     wait_until(lambda: len(desktop.menu_bar.windows()) == 2, "the menu")
     desktop.screen.press("ctrl+q")
     assert desktop.run.wait() == 0
+
+
+def test_a_panel_that_was_there_first_ends_and_its_service_stays(desktop):
+    host, panel = desktop.host(), connect(desktop.bus.address)
+    own(panel, "org.kde.plasmashell")
+    desktop.launch(*desktop.suite.ports_options)
+    wait_until_in(host, desktop)
+    panel.close_sync(None)
+    wait_until_at(desktop, FLOATING)
+    assert desktop.menu_bar.states() == ALL_RUNNING
+    assert desktop.quit() == 0

@@ -42,7 +42,7 @@ def test_it_names_every_option_and_component(text):
 
 def test_it_says_where_an_installed_launchers_settings_are_kept(text):
     for sentence in (
-        "What any other user changes in the menu holds for that run only",
+        "What any other user changes in the menu applies to that run only",
         "A run as the system administrator makes the folder config",
         "Removing the package removes them.",
     ):

@@ -1,0 +1,365 @@
+"""A run in a private folder, what the world does to it, and the comparison with the model."""
+
+import os
+import socket
+import termios
+import time
+from signal import SIGCONT, SIGINT, SIGKILL, SIGSTOP, SIGTERM
+
+import console
+import psutil
+import system
+from components import COMPONENTS
+from deadline import DEADLINE, wait_until
+from interface import Interface
+from model import SAVED, SAVED_BESIDE, Model
+
+SECOND = 10**9
+RESTART_PAUSE = SECOND // 2
+KILL_DELAY = 4  # s from SIGTERM to SIGKILL
+PASS = 1.0  # s in which the supervisor would have noticed an exit and started the component again
+
+# A shell with job control; nothing but the launcher writes to the terminal.
+SHELL = (
+    "set -m; exec 3>&1 >/dev/null 2>&1; "
+    '"$0" "$@" >&3 2>&3 3>&-; status=$?; '
+    "while [ $status = 148 ]; do read -r _; fg; status=$?; done; exit $status"
+)
+CTRL_Z = b"\x1a"
+
+
+class World:
+    """`say` notes each step in plain words, for the report of a broken rule."""
+
+    def __init__(self, suite, mode):
+        self.suite, self.mode = suite, mode
+        self.model = Model(suite.folder, suite.http, suite.udp, mode == "menu")
+        self.story = [mode]
+        self.run = None
+        self.pid = None
+        self.ended_ns = {}  # when a process was made to end, by its id
+        self.sockets = []
+        self.final_text = None  # of a terminal that has been closed
+        self.ports_options = suite.ports_options
+        suite.record()
+        self.known_files = set(os.listdir(suite.folder)) | {"config", "events.jsonl", "launcher.json"}
+        if mode == "menu":
+            self.known_files |= {"tdgui.so", "interface.socket"}
+
+    def say(self, *words):
+        self.story.append(" ".join(map(str, words)))
+
+    # --- Start-up
+
+    def launch(self, *options):
+        """Starts the launcher, and does not wait for anything but the menu."""
+        suite = self.suite
+        if self.mode == "menu":
+            self.run = Interface(suite, *options)
+        elif self.mode == "shell":
+            self.run = suite.start(
+                "-c", SHELL, suite.launcher, *self.ports_options, *options, program="/bin/sh", terminal="all"
+            )
+        else:
+            terminal = None if self.mode == "service" else self.mode
+            self.run = suite.start(*self.ports_options, *options, terminal=terminal)
+        if self.run.terminal is not None:
+            attributes = termios.tcgetattr(self.run.terminal)
+            attributes[3] &= ~termios.ECHO
+            termios.tcsetattr(self.run.terminal, termios.TCSANOW, attributes)
+        self.pid = self.run.pid
+        if self.mode == "shell":
+            self.pid = wait_until(lambda: suite.events("start"), "the hub")[0]["ppid"]
+
+    # --- The components and their files
+
+    def own(self, name=None):
+        """The start events of the launcher's own components."""
+        program = f"td_{name}" if name else None
+        return [row for row in self.suite.events("start", program) if row["ppid"] == self.pid]
+
+    def component_pid(self, name):
+        return self.own(name)[-1]["pid"]
+
+    def kill(self, name, number=SIGKILL):
+        """Sends a signal to a component; a SIGTERM that it ignores does not end it."""
+        c = self.model.components[name]
+        pid = self.component_pid(name)
+        if number in (SIGTERM, SIGINT):
+            ignored = c.ignores and number == SIGTERM
+            self.model.signals.append(("ignored" if ignored else "stop", f"td_{name}"))
+            if ignored:
+                os.kill(pid, number)
+                return
+        self.model.exits(name)
+        self.ended_ns[pid] = time.monotonic_ns()
+        os.kill(pid, number)
+        wait_until(lambda: system.has_ended(pid), f"the end of the {name}")
+
+    def freeze(self, name):
+        self.model.components[name].frozen = True
+        os.kill(self.component_pid(name), SIGSTOP)
+
+    def thaw(self, name):
+        self.model.components[name].frozen = False
+        os.kill(self.component_pid(name), SIGCONT)
+
+    def behave(self, name, words):
+        """Sets a component's misbehaviour from its next start on."""
+        self.model.components[name].behaviour = words
+        path = self.suite.folder / f"td_{name}.behaviour"
+        staging = path.with_suffix(".new")
+        staging.write_text(f"{words} record=events.jsonl\n")
+        staging.rename(path)
+
+    def replace(self, name, state):
+        """Puts a component's program into another state; its process goes on."""
+        self.model.components[name].file = state
+        path = self.suite.component(name)
+        path.unlink(missing_ok=True)
+        if state == "good":
+            os.link(self.suite._stand_in(name), path)
+        elif state != "gone":
+            staging = path.with_suffix(".new")
+            staging.write_bytes(b"\0 no program\n")
+            staging.chmod(0o755 if state == "no program" else 0o644)
+            staging.rename(path)
+
+    def take(self, port, kind, listens):
+        """Has another program open a port."""
+        taken = socket.socket(socket.AF_INET, kind)
+        taken.bind(("", port))
+        if listens:
+            taken.listen()
+        self.sockets.append(taken)
+        self.model.taken.add(port)
+
+    def give_back(self):
+        for taken in self.sockets:
+            taken.close()
+        self.sockets.clear()
+        self.model.taken.clear()
+
+    def limit_files(self, size):
+        self.model.disk_is_full = size == 0
+        system.limit_file_size(self.pid, size)
+
+    # --- The launcher
+
+    def suspended(self, action):
+        """Does something while the launcher is suspended: by Ctrl-Z in a shell, which resumes it by fg."""
+        if self.mode == "shell":
+            self.run.press(CTRL_Z)
+        else:
+            os.kill(self.pid, SIGSTOP)
+        wait_until(lambda: system.is_suspended(self.pid), "the launcher to be suspended")
+        action()
+        if self.mode == "shell":
+            self.run.press(b"\n")
+        else:
+            os.kill(self.pid, SIGCONT)
+        self.model.supervise()
+
+    def end_supervision(self, number, threads):
+        """Behind the menu a signal ends only the supervision: waits for the end of one of those threads."""
+        os.kill(self.pid, number)
+        wait_until(lambda: self.run.threads() < threads, "the end of the supervision")
+        self.model.running = False
+
+    def signal_at(self, name, delay, number):
+        """A component exits, and after `delay` s the launcher gets a signal: either may be noticed first."""
+        c = self.model.components[name]
+        words = [text.format(name) for text in (console.RESTARTING, console.LEFT_STOPPED)]
+
+        def messages():
+            text = (self.run.errors or self.run.output).decode().replace("\r", "")
+            return [text.count(word) for word in words]
+
+        before = messages()
+        threads = self.run.threads() if self.mode == "menu" else 0
+        self.kill(name)
+        time.sleep(delay)  # not a wait: the step is about this moment
+        if self.mode == "menu":
+            self.end_supervision(number, threads)
+        else:
+            os.kill(self.pid, number)
+            self.finish()
+        self.model.running = True
+        if messages() != before:
+            self.model.visit(c)
+        self.model.running = False
+        if self.mode != "menu":
+            self.model.end()
+            self._forgive(c)
+
+    def _forgive(self, c):
+        """A component that was started just before the end may have recorded nothing."""
+        expected = [start for start in self.model.starts if start[0] == c.name]
+        if len(self.own(c.name)) < len(expected):
+            last = len(self.model.starts) - 1 - self.model.starts[::-1].index(expected[-1])
+            del self.model.starts[last]
+        stop = ("stop", f"td_{c.name}")
+        if self._signals().count(stop) < self.model.signals.count(stop):
+            last = len(self.model.signals) - 1 - self.model.signals[::-1].index(stop)
+            del self.model.signals[last]
+
+    def hang_up(self):
+        """Closes the terminal, so that nobody sees the last lines."""
+        self.settle()
+        self.final_text = self._text(None)
+        self.run.hang_up()
+        self.model.end()
+        del self.model.printed[-2:]
+
+    def finish(self):
+        self.status = self.run.wait()
+
+    def operate(self, expect, act):
+        """An operation of the model and the launcher's, whose results it compares.
+
+        It must take as long as the components need that are killed meanwhile.
+        """
+        kills = self.model.kills
+        expected = expect()
+        started = time.monotonic()
+        self.check("the result of the operation", expected, act())
+        least = KILL_DELAY * (self.model.kills - kills)
+        rule = "a component that does not end at SIGTERM gets SIGKILL 4 s later"
+        self.check(rule, True, time.monotonic() - started >= least)
+
+    def start_second_copy(self, udp, http):
+        run = self.suite.start("--http-port", http, "--udp-port", udp, "--no-browser", terminal=None)
+        self.check("the exit status of a second copy", 1, run.wait())
+        message = console.hub_silent(http)
+        self.model.alerts.append([b"-e", console.alert_script(message).encode()])
+        self.check("the output of a second copy", console.TITLE, run.output)
+        self.check("the messages of a second copy", message + "\n", run.errors.decode())
+        run.close()
+        self.suite.runs.remove(run)
+
+    # --- The comparison
+
+    def _text(self, stream):
+        """What the run has printed; None: both streams, to one terminal."""
+        data = self.run.errors if stream == "errors" else self.run.output
+        return data.decode().replace("\r\n", "\n")
+
+    def _signals(self):
+        own = {row["pid"] for row in self.own()}
+        rows = [row for row in self.suite.events() if row["pid"] in own]
+        return [(r["event"], r["program"]) for r in rows if r["event"] in ("stop", "ignored")]
+
+    def _printed(self):
+        if self.mode in ("all", "shell"):
+            yield "what the terminal shows", None
+        else:
+            yield "what is written to standard output", "output"
+            yield "what is written to standard error", "errors"
+
+    def _processes(self):
+        """The launcher's children: their command lines, and how many are zombies."""
+        lines, zombies = [], 0
+        for child in psutil.Process(self.pid).children():
+            try:
+                if child.status() == psutil.STATUS_ZOMBIE:
+                    zombies += 1
+                else:
+                    lines.append(child.cmdline())
+            except psutil.NoSuchProcess:
+                pass
+        return sorted(lines), zombies
+
+    def records(self):
+        """Rules about what was recorded or written: words, what is expected, and what is so."""
+        for rule, stream in self._printed():
+            expected = "".join(text for to, text in self.model.printed if stream in (None, to))
+            yield rule, expected, self.final_text or self._text(stream)
+        for name in COMPONENTS:
+            expected = [arguments for who, arguments, _ in self.model.starts if who == name]
+            yield f"the starts of the {name}", expected, [r["argv"][1:] for r in self.own(name)]
+        yield "which components are asked to stop, in order", self.model.signals, self._signals()
+        for path in (SAVED, SAVED_BESIDE):
+            file = self.suite.folder / path
+            text = file.read_text() if file.is_file() else None
+            yield f"the settings file {path}", [self.model.files[path]], [text]
+
+    def state(self):
+        """Rules about what is so while the run goes on."""
+        components = self.model.components.values()
+        running = [c for c in components if c.alive]
+        lines, zombies = self._processes()
+        paths = sorted([f"{self.suite.folder}/td_{c.name}", *c.arguments] for c in running)
+        yield "the processes that run, with their arguments", paths, lines
+        unwatched = sum(c.pid and not c.alive for c in components)
+        yield "no ended component stays a zombie while it is watched", unwatched, zombies
+        if self.mode == "menu":
+            counted = [c.name for c in components if c.pid]
+            yield "what runs according to the menu", counted, self.run.running()
+            yield "the ports according to the menu", self.model.ports, self.run.ports()
+            yield "the preference according to the menu", self.model.preference, self.run.ask("pref")
+
+    def settle(self):
+        """Waits until everything is as the model says."""
+        end = time.monotonic() + DEADLINE
+        while True:
+            broken = None
+            for rule, expected, got in self.records():
+                if expected != got:
+                    too_late = time.monotonic() > end or not _may_become(expected, got)
+                    broken = broken or (rule, expected, got, too_late)
+            if not broken and self.model.status is None:
+                for rule, expected, got in self.state():
+                    if expected != got:
+                        broken = (rule, expected, got, time.monotonic() > end)
+                        break
+            if not broken:
+                return
+            *rule, too_late = broken
+            if too_late:
+                self.check(*rule)
+            time.sleep(0.02)
+
+    def report(self, text):
+        return "\n  ".join([f"{text}\nSteps:", *self.story])
+
+    def check(self, rule, expected, got):
+        assert expected == got, self.report(f"Broken: {rule}\nexpected: {expected!r}\n but it is: {got!r}")
+
+    def check_end(self):
+        """Checks the end: nothing is left but files that a run may leave."""
+        self.check("the exit status", self.model.status, self.status)
+        for rule in self.records():
+            self.check(*rule)
+        for tool, calls in (("osascript", self.model.alerts), ("open", self.model.opened)):
+            if calls:
+                wait_until(lambda tool=tool: self.suite.calls(tool), f"the call of {tool}")
+            self.check(f"the calls of {tool}", calls, self.suite.calls(tool))
+        alive = {self.component_pid(c.name) for c in self.model.components.values() if c.alive}
+        self.check("no other process is left", alive, {p.pid for p in self.suite.processes()})
+        extra = set(os.listdir(self.suite.folder)) - self.known_files
+        self.check("no other file is left", set(), extra)
+        self._check_pauses()
+
+    def _check_pauses(self):
+        ended = {row["pid"]: row["time_ns"] for row in self.suite.events("exit")} | self.ended_ns
+        for name in COMPONENTS:
+            own = self.own(name)
+            restarted = [by_supervisor for who, _, by_supervisor in self.model.starts if who == name]
+            for before, after, is_restart in zip(own, own[1:], restarted[1:]):
+                if is_restart and before["pid"] in ended:
+                    pause = after["time_ns"] - ended[before["pid"]]
+                    rule = f"the {name} is started again half a second after it has ended, or later"
+                    self.check(rule, True, pause >= RESTART_PAUSE)
+
+    def kill_left(self):
+        """Ends what a killed launcher leaves running."""
+        for process in self.suite.processes():
+            os.kill(process.pid, SIGKILL)
+        wait_until(lambda: not self.suite.processes(), "the end of what was left")
+
+
+
+def _may_become(expected, got):
+    """Whether later events may still make the second equal to the first."""
+    return expected[: len(got)] == got if isinstance(got, (str, list)) else True
+

@@ -1,30 +1,22 @@
-"""What may happen to a run: a random sequence of steps that depends on nothing but its seed.
+"""What may happen to a run that is up.
 
-Each step does something to the run and to its model. Steps that wait for seconds are rare.
+Each step does something to the run and to its model, and draws what from `rng`; it may depend on the model, but
+not on the time. Steps that wait for seconds are rare.
 """
 
 import os
-import random
 import resource
 import shutil
-import signal
 import socket
 import time
 from signal import SIGHUP, SIGINT, SIGKILL, SIGQUIT, SIGTERM
 
-import console
 from components import COMPONENTS
-from deadline import wait_until
 from model import SAVED
-from run import CTRL_BACKSLASH, CTRL_C
-from suite import NEVER
-from world import PASS, World
+
+PASS = 1.0  # s in which the supervisor would have noticed an exit and started the component again
 
 ENDING = [SIGINT, SIGTERM, SIGHUP, SIGQUIT]
-# s: at the launcher's pauses of 100, 400 and 500 ms, and at their sums.
-EDGES = [0, 0.095, 0.1, 0.105, 0.39, 0.4, 0.41, 0.49, 0.5, 0.51, 0.895, 0.9, 0.91]
-
-MODES = ["menu", "input", "output", "all", "shell", "service"]
 STEPS = []  # each with its weight and when it may be taken
 
 
@@ -260,226 +252,3 @@ def a_signal_ends_only_the_supervision(world, rng):
     number = rng.choice(ENDING)
     world.say("send", number.name, "to the launcher")
     world.end_supervision(number, world.run.threads())
-
-
-# --- Every way to end
-
-
-def end_by_signal(world, rng):
-    number = rng.choice(ENDING)
-    world.say("send", number.name, "to the launcher", "twice")
-    world.model.end()
-    for _ in range(2):
-        os.kill(world.pid, number)
-    world.finish()
-
-
-def end_by_key(world, rng):
-    key = rng.choice([CTRL_C, CTRL_BACKSLASH])
-    world.say("press", key)
-    world.model.end()
-    for _ in range(rng.randint(1, 2)):
-        world.run.press(key)
-    world.finish()
-
-
-def end_by_closing_the_terminal(world, rng):
-    world.say("close the terminal")
-    world.hang_up()
-    world.finish()
-
-
-def end_while_suspended(world, rng):
-    names = rng.sample(alive(world), rng.randint(0, len(alive(world))))
-    world.say("suspend the launcher, end", names, "and send it a signal")
-
-    def action():
-        for name in names:
-            world.kill(name)
-        world.model.end()
-        os.kill(world.pid, rng.choice(ENDING))
-
-    world.suspended(action)
-    world.finish()
-
-
-def end_at_an_edge(world, rng):
-    name, delay, number = rng.choice(alive(world)), rng.choice(EDGES), rng.choice(ENDING)
-    world.say("end the", name, "and after", delay, "s send", number.name, "to the launcher")
-    world.signal_at(name, delay, number)
-    if in_menu(world):
-        world.settle()
-        end_from_the_menu(world, rng)
-
-
-def end_by_kill(world, rng):
-    world.say("kill the launcher")
-    world.run.signal(SIGKILL)
-    world.status = world.run.wait_for_process()
-    world.model.status = -SIGKILL
-
-
-def end_from_the_menu(world, rng):
-    how = rng.choice(["quit", "leave", "exit"])
-    world.say("menu:", how)
-    world.model.end(5 if how == "exit" else 0)
-    if how == "exit":
-        world.run.ask(rng.choice(["exit", "exit_on_thread"]), 5)
-        world.finish()
-    else:
-        world.status = getattr(world.run, how)()
-
-
-def end(world, rng):
-    ends = [end_by_kill] if world.mode != "shell" else []
-    if alive(world):
-        ends.append(end_at_an_edge)
-    if in_menu(world):
-        ends += [end_from_the_menu] * 4
-        if not world.model.running and end_at_an_edge in ends:
-            ends.remove(end_at_an_edge)
-    else:
-        ends += [end_by_signal] * 3 + [end_while_suspended] * 2 + [end_at_an_edge] * bool(alive(world)) * 2
-    if world.mode in ("all", "shell"):
-        ends += [end_by_key] * 3
-    if world.mode == "all":
-        ends += [end_by_closing_the_terminal] * 3
-    rng.choice(ends)(world, rng)
-
-
-# --- Whole sequences
-
-
-def start_options(world, rng):
-    """Options, and what they and the saved preference mean."""
-    model, options = world.model, []
-    http, udp = model.ports
-    texts = [
-        (None, True),
-        (f'{{"udp_port":{udp},"http_port": {http}x, "open_browser":: false}}', False),
-        ('"open_browser"\n:\nfalse', True),
-        ("no settings", True),
-        ('"open_browser": "false"', True),
-    ]
-    text, model.preference = rng.choice(texts)
-    if text is not None:
-        world.say("settings:", text)
-        world.suite.save_settings(text)
-        model.files[SAVED] = text
-        if str(http) in text and not in_menu(world) and rng.random() < 0.5:
-            world.ports_options = []
-    model.opens_browser = model.preference
-    browser = rng.choice(["", "--browser", "--no-browser"])
-    if browser or in_menu(world):
-        model.opens_browser = browser == "--browser"
-        options += [browser] if browser else []
-    for name in COMPONENTS[1:]:
-        if rng.random() < 0.15:
-            model.components[name].wanted = False
-            options.append(f"--no-{name}")
-    if world.mode in ("menu", "input", "service") and rng.random() < 0.15:
-        model.verbose = True
-        options.append("--verbose")
-    world.say("start with", *options)
-    return options
-
-
-def faults_of_clients(world, rng):
-    for name in COMPONENTS[1:]:
-        if rng.random() < 0.12:
-            state = rng.choice(["gone", "not executable"])
-            world.say("the program of the", name, "is", state)
-            world.replace(name, state)
-    if rng.random() < 0.3:
-        words = rng.choice([f"answer-after={rng.randint(50, 900)}", "answer-404", "slow-answer=300"])
-        world.say("the hub has the behaviour", words)
-        world.behave("hub", words)
-
-
-def failing_start(world, rng):
-    """The hub does not come up, or a signal comes first."""
-    fault = rng.choice(["gone", "not executable", "no program", "exit-at-once", "taken", "signal", "signal"])
-    world.say("start a run whose hub has a fault:", fault)
-    options = start_options(world, rng)
-    world.model.opens_browser = False
-    if fault in ("gone", "not executable", "no program"):
-        world.replace("hub", fault)
-    elif fault == "taken":
-        world.model.verbose = False
-        options = [option for option in options if option != "--verbose"]
-        world.take(world.model.ports[0], socket.SOCK_STREAM, listens=False)
-    elif fault == "exit-at-once":
-        world.behave("hub", fault)
-    else:
-        world.behave("hub", rng.choice(["never-answer", f"answer-after={NEVER}"]))
-    world.model.start(interrupted=fault == "signal")
-    delay, number = rng.random() * 0.6, rng.choice(ENDING)
-    world.launch(*options)
-    if fault == "signal":
-        wait_until(world.own, "the hub")
-        world.say("after", round(delay, 2), "s send", number.name, "to the launcher")
-        time.sleep(delay)
-        os.kill(world.pid, number)
-    world.finish()
-
-
-def usual_run(world, rng):
-    options = start_options(world, rng)
-    faults_of_clients(world, rng)
-    world.model.start()
-    world.launch(*options)
-    world.settle()
-    for _ in range(rng.randint(3, 10)):
-        possible = [(function, weight) for function, weight, when in STEPS if when(world)]
-        functions, weights = zip(*possible)
-        rng.choices(functions, weights)[0](world, rng)
-        world.model.supervise()
-        world.settle()
-        if world.model.status is not None:  # the hub has exited too often
-            world.finish()
-            return
-    end(world, rng)
-
-
-def pass_through(suite, rng):
-    """One component by its name: its arguments, and the launcher's status. Returns what is expected and so."""
-    name = rng.choice([*COMPONENTS, "align"])
-    arguments = rng.sample(["--help", "", "a b", "--hub", "--verbose", "-h"], rng.randint(0, 3))
-    fault, number = rng.choice(["none", "status", "signal", "gone"]), rng.choice([1, 3, 255])
-    words = {"status": f"exit-at-once status={number}", "signal": "exit-at-once signal=9"}
-    suite.set_behaviour(name, words.get(fault, "exit-at-once"))
-    suite.record(name)
-    if fault == "gone":
-        suite.component(name).unlink()
-    run = suite.start(name, *arguments, terminal=rng.choice([None, "input", "output"]))
-    status = {"none": 0, "status": number, "signal": 1, "gone": 1}[fault]
-    message = console.component_missing(name, suite.component(name)) if fault == "gone" else ""
-    starts = [] if fault == "gone" else [[str(suite.component(name)), *arguments]]
-    expected = (status, "", message, starts)
-    status = run.wait()
-    starts = [row["argv"] for row in suite.events("start")]
-    return name, expected, (status, run.output.decode(), run.errors.decode(), starts)
-
-
-def run_sequence(suite, seed):
-    """Runs the sequence of that seed; fails with the rule that broke, and the steps so far."""
-    rng = random.Random(seed)
-    if rng.random() < 0.07:
-        name, expected, got = pass_through(suite, rng)
-        assert expected == got, f"Broken: the {name} run by its name: status, output, errors, arguments"
-        return
-    mode = rng.choices(MODES, [10, 1, 1, 3, 3, 2])[0]
-    fails = rng.random() < 0.12
-    if fails and mode in ("menu", "shell"):
-        mode = "service"  # there is neither a menu nor a way to know when it has ended
-    world = World(suite, mode)
-    try:
-        (failing_start if fails else usual_run)(world, rng)
-        world.check_end()
-    except Exception as error:
-        if "Broken: " in str(error):
-            raise
-        raise AssertionError(world.report(str(error) or repr(error))) from error
-    finally:
-        world.give_back()
-    world.kill_left()

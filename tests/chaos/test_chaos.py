@@ -6,11 +6,12 @@ TD_CHAOS is how many sequences there are and the seed of the first; scripts/soak
 import os
 import shutil
 import tempfile
+from contextlib import contextmanager
 
 import pytest
-import steps
-import suite as suite_module
+import sequences
 import system
+from suite import Ports, Suite
 
 COUNT, FIRST = (int(word) for word in os.environ.get("TD_CHAOS", "60 1").split())
 
@@ -22,22 +23,25 @@ def shared_folder():
     shutil.rmtree(folder)
 
 
-@pytest.fixture
-def suite(shared_folder):
-    ports = suite_module.Ports()
+@contextmanager
+def private_suite(shared_folder):
+    """A suite in a private folder; fails if a sequence that has passed leaves a process behind."""
     folder = tempfile.mkdtemp(dir=shared_folder)
-    made = suite_module.Suite(folder, ports, shared_folder)
-    yield made
-    left = made.close()
-    shutil.rmtree(folder)
-    ports.close()
+    ports = Ports()
+    made = Suite(folder, ports, shared_folder)
+    try:
+        yield made
+    finally:
+        left = made.close()
+        ports.close()
+        shutil.rmtree(folder)
     assert not left, f"left running: {[process.pid for process in left]}"
 
 
 @pytest.mark.parametrize("seed", range(FIRST, FIRST + COUNT))
-def test_a_run_keeps_the_rules(suite, seed):
-    __tracebackhide__ = True
+def test_a_run_keeps_the_rules(shared_folder, seed):
     try:
-        steps.run_sequence(suite, seed)
+        with private_suite(shared_folder) as suite:
+            sequences.run_sequence(suite, seed)
     except AssertionError as error:
         pytest.fail(f"{error}\nThe same again: scripts/soak 1 {seed}", pytrace=False)

@@ -1,4 +1,4 @@
-"""A run in a private folder, what the world does to it, and the comparison with the model."""
+"""A run in a private folder, and what the world does to it and to its model."""
 
 import os
 import socket
@@ -7,17 +7,13 @@ import time
 from signal import SIGCONT, SIGINT, SIGKILL, SIGSTOP, SIGTERM
 
 import console
-import psutil
 import system
+from comparison import Comparison
+from component_events import KILL_DELAY, SECOND
 from components import COMPONENTS
-from deadline import DEADLINE, wait_until
+from deadline import wait_until
 from interface import Interface
-from model import SAVED, SAVED_BESIDE, Model
-
-SECOND = 10**9
-RESTART_PAUSE = SECOND // 2
-KILL_DELAY = 4  # s from SIGTERM to SIGKILL
-PASS = 1.0  # s in which the supervisor would have noticed an exit and started the component again
+from model import Model
 
 # A shell with job control; nothing but the launcher writes to the terminal.
 SHELL = (
@@ -28,7 +24,7 @@ SHELL = (
 CTRL_Z = b"\x1a"
 
 
-class World:
+class World(Comparison):
     """`say` notes each step in plain words, for the report of a broken rule."""
 
     def __init__(self, suite, mode):
@@ -39,15 +35,13 @@ class World:
         self.pid = None
         self.ended_ns = {}  # when a process was made to end, by its id
         self.sockets = []
+        self.orphans = set()  # processes of a launcher that was killed
         self.final_text = None  # of a terminal that has been closed
         self.ports_options = suite.ports_options
         suite.record()
         self.known_files = set(os.listdir(suite.folder)) | {"config", "events.jsonl", "launcher.json"}
         if mode == "menu":
             self.known_files |= {"tdgui.so", "interface.socket"}
-
-    def say(self, *words):
-        self.story.append(" ".join(map(str, words)))
 
     # --- Start-up
 
@@ -118,7 +112,7 @@ class World:
         path = self.suite.component(name)
         path.unlink(missing_ok=True)
         if state == "good":
-            os.link(self.suite._stand_in(name), path)
+            self.suite.install(name)
         elif state != "gone":
             staging = path.with_suffix(".new")
             staging.write_bytes(b"\0 no program\n")
@@ -139,6 +133,16 @@ class World:
             taken.close()
         self.sockets.clear()
         self.model.taken.clear()
+
+    def leave_orphans(self):
+        """A launcher is killed, and its components go on, with the ports."""
+        orphaned = self.suite.start(*self.suite.ports_options, "--no-browser", terminal=None)
+        for name in COMPONENTS:
+            wait_until(lambda name=name: self.suite.events("start", f"td_{name}"), f"the {name}")
+        orphaned.signal(SIGKILL)
+        orphaned.wait_for_process()
+        self.orphans = {process.pid for process in self.suite.processes()}
+        self.model.taken.update(self.model.ports)
 
     def limit_files(self, size):
         self.model.disk_is_full = size == 0
@@ -199,14 +203,14 @@ class World:
             last = len(self.model.starts) - 1 - self.model.starts[::-1].index(expected[-1])
             del self.model.starts[last]
         stop = ("stop", f"td_{c.name}")
-        if self._signals().count(stop) < self.model.signals.count(stop):
+        if self.signals().count(stop) < self.model.signals.count(stop):
             last = len(self.model.signals) - 1 - self.model.signals[::-1].index(stop)
             del self.model.signals[last]
 
     def hang_up(self):
         """Closes the terminal, so that nobody sees the last lines."""
         self.settle()
-        self.final_text = self._text(None)
+        self.final_text = self.text(None)
         self.run.hang_up()
         self.model.end()
         del self.model.printed[-2:]
@@ -223,7 +227,7 @@ class World:
         expected = expect()
         started = time.monotonic()
         self.check("the result of the operation", expected, act())
-        least = KILL_DELAY * (self.model.kills - kills)
+        least = KILL_DELAY / SECOND * (self.model.kills - kills)
         rule = "a component that does not end at SIGTERM gets SIGKILL 4 s later"
         self.check(rule, True, time.monotonic() - started >= least)
 
@@ -237,129 +241,8 @@ class World:
         run.close()
         self.suite.runs.remove(run)
 
-    # --- The comparison
-
-    def _text(self, stream):
-        """What the run has printed; None: both streams, to one terminal."""
-        data = self.run.errors if stream == "errors" else self.run.output
-        return data.decode().replace("\r\n", "\n")
-
-    def _signals(self):
-        own = {row["pid"] for row in self.own()}
-        rows = [row for row in self.suite.events() if row["pid"] in own]
-        return [(r["event"], r["program"]) for r in rows if r["event"] in ("stop", "ignored")]
-
-    def _printed(self):
-        if self.mode in ("all", "shell"):
-            yield "what the terminal shows", None
-        else:
-            yield "what is written to standard output", "output"
-            yield "what is written to standard error", "errors"
-
-    def _processes(self):
-        """The launcher's children: their command lines, and how many are zombies."""
-        lines, zombies = [], 0
-        for child in psutil.Process(self.pid).children():
-            try:
-                if child.status() == psutil.STATUS_ZOMBIE:
-                    zombies += 1
-                else:
-                    lines.append(child.cmdline())
-            except psutil.NoSuchProcess:
-                pass
-        return sorted(lines), zombies
-
-    def records(self):
-        """Rules about what was recorded or written: words, what is expected, and what is so."""
-        for rule, stream in self._printed():
-            expected = "".join(text for to, text in self.model.printed if stream in (None, to))
-            yield rule, expected, self.final_text or self._text(stream)
-        for name in COMPONENTS:
-            expected = [arguments for who, arguments, _ in self.model.starts if who == name]
-            yield f"the starts of the {name}", expected, [r["argv"][1:] for r in self.own(name)]
-        yield "which components are asked to stop, in order", self.model.signals, self._signals()
-        for path in (SAVED, SAVED_BESIDE):
-            file = self.suite.folder / path
-            text = file.read_text() if file.is_file() else None
-            yield f"the settings file {path}", [self.model.files[path]], [text]
-
-    def state(self):
-        """Rules about what is so while the run goes on."""
-        components = self.model.components.values()
-        running = [c for c in components if c.alive]
-        lines, zombies = self._processes()
-        paths = sorted([f"{self.suite.folder}/td_{c.name}", *c.arguments] for c in running)
-        yield "the processes that run, with their arguments", paths, lines
-        unwatched = sum(c.pid and not c.alive for c in components)
-        yield "no ended component stays a zombie while it is watched", unwatched, zombies
-        if self.mode == "menu":
-            counted = [c.name for c in components if c.pid]
-            yield "what runs according to the menu", counted, self.run.running()
-            yield "the ports according to the menu", self.model.ports, self.run.ports()
-            yield "the preference according to the menu", self.model.preference, self.run.ask("pref")
-
-    def settle(self):
-        """Waits until everything is as the model says."""
-        end = time.monotonic() + DEADLINE
-        while True:
-            broken = None
-            for rule, expected, got in self.records():
-                if expected != got:
-                    too_late = time.monotonic() > end or not _may_become(expected, got)
-                    broken = broken or (rule, expected, got, too_late)
-            if not broken and self.model.status is None:
-                for rule, expected, got in self.state():
-                    if expected != got:
-                        broken = (rule, expected, got, time.monotonic() > end)
-                        break
-            if not broken:
-                return
-            *rule, too_late = broken
-            if too_late:
-                self.check(*rule)
-            time.sleep(0.02)
-
-    def report(self, text):
-        return "\n  ".join([f"{text}\nSteps:", *self.story])
-
-    def check(self, rule, expected, got):
-        assert expected == got, self.report(f"Broken: {rule}\nexpected: {expected!r}\n but it is: {got!r}")
-
-    def check_end(self):
-        """Checks the end: nothing is left but files that a run may leave."""
-        self.check("the exit status", self.model.status, self.status)
-        for rule in self.records():
-            self.check(*rule)
-        for tool, calls in (("osascript", self.model.alerts), ("open", self.model.opened)):
-            if calls:
-                wait_until(lambda tool=tool: self.suite.calls(tool), f"the call of {tool}")
-            self.check(f"the calls of {tool}", calls, self.suite.calls(tool))
-        alive = {self.component_pid(c.name) for c in self.model.components.values() if c.alive}
-        self.check("no other process is left", alive, {p.pid for p in self.suite.processes()})
-        extra = set(os.listdir(self.suite.folder)) - self.known_files
-        self.check("no other file is left", set(), extra)
-        self._check_pauses()
-
-    def _check_pauses(self):
-        ended = {row["pid"]: row["time_ns"] for row in self.suite.events("exit")} | self.ended_ns
-        for name in COMPONENTS:
-            own = self.own(name)
-            restarted = [by_supervisor for who, _, by_supervisor in self.model.starts if who == name]
-            for before, after, is_restart in zip(own, own[1:], restarted[1:]):
-                if is_restart and before["pid"] in ended:
-                    pause = after["time_ns"] - ended[before["pid"]]
-                    rule = f"the {name} is started again half a second after it has ended, or later"
-                    self.check(rule, True, pause >= RESTART_PAUSE)
-
     def kill_left(self):
         """Ends what a killed launcher leaves running."""
         for process in self.suite.processes():
             os.kill(process.pid, SIGKILL)
         wait_until(lambda: not self.suite.processes(), "the end of what was left")
-
-
-
-def _may_become(expected, got):
-    """Whether later events may still make the second equal to the first."""
-    return expected[: len(got)] == got if isinstance(got, (str, list)) else True
-

@@ -102,9 +102,13 @@ class Suite:
         self.home.mkdir()
         shutil.copy2(LAUNCHER, self.folder / "launcher")
         for name in ALL_COMPONENTS:
-            os.link(self._stand_in(name), self.component(name))
+            self.install(name)
         for tool in ("open", "xdg-open", "osascript", "zenity", "kdialog", "xmessage"):
             self.tool(tool)
+
+    def install(self, name):
+        """Puts a stand-in into the folder, where there must be none."""
+        os.link(self._stand_in(name), self.component(name))
 
     def _stand_in(self, name):
         # Copied once per session: a hard link needs a source on the same file system.

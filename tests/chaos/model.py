@@ -114,8 +114,16 @@ class Model:
 
     # --- Supervision
 
-    def supervise(self):
-        """Passes of the supervisor, until one changes nothing."""
+    def unnoticed(self):
+        """The components whose end the supervisor should notice."""
+        components = self.components.values()
+        return [c for c in components if self.running and c.wanted and c.pid and not c.alive]
+
+    def supervise(self, first="hub"):
+        """Passes of the supervisor, until one changes nothing. The first one begins at component `first`."""
+        names = list(self.components)
+        for name in names[names.index(first) :]:
+            self.visit(self.components[name])
         changed = True
         while self.running and changed:
             changed = any([self.visit(c) for c in self.components.values()])
@@ -123,7 +131,7 @@ class Model:
             self.end()
 
     def visit(self, c):
-        if not (self.running and c.wanted and c.pid) or c.alive:
+        if c not in self.unnoticed():
             return False
         c.pid = False
         if c.restarts < RESTARTS:

@@ -40,8 +40,11 @@ def private_suite(shared_folder):
 
 @pytest.mark.parametrize("seed", range(FIRST, FIRST + COUNT))
 def test_a_run_keeps_the_rules(shared_folder, seed):
+    broken = None
     try:
         with private_suite(shared_folder) as suite:
             sequences.run_sequence(suite, seed)
     except AssertionError as error:
-        pytest.fail(f"{error}\nThe same again: scripts/soak 1 {seed}", pytrace=False)
+        broken = str(error)
+    if broken:
+        pytest.fail(f"{broken}\nThe same again: scripts/soak 1 {seed}", pytrace=False)

@@ -1,6 +1,7 @@
 """A run in a private folder, and what the world does to it and to its model."""
 
 import os
+import re
 import socket
 import termios
 import time
@@ -22,6 +23,7 @@ SHELL = (
     "while [ $status = 148 ]; do read -r _; fg; status=$?; done; exit $status"
 )
 CTRL_Z = b"\x1a"
+NAMED = re.compile(r"Tandrel: (?:restarting )?the (\w+)")
 
 
 class World(Comparison):
@@ -158,11 +160,18 @@ class World(Comparison):
             os.kill(self.pid, SIGSTOP)
         wait_until(lambda: system.is_suspended(self.pid), "the launcher to be suspended")
         action()
+        before = len(self.messages())
         if self.mode == "shell":
             self.run.press(b"\n")
         else:
             os.kill(self.pid, SIGCONT)
-        self.model.supervise()
+        if self.model.status is None and self.model.unnoticed():
+            # It may have been suspended in the middle of a pass.
+            named = wait_until(lambda: NAMED.search(self.messages(), before), "a message about a component")
+            self.model.supervise(named[1])
+
+    def messages(self):
+        return self.text("output" if self.mode in ("all", "shell") else "errors")
 
     def end_supervision(self, number, threads):
         """Behind the menu a signal ends only the supervision: waits for the end of one of those threads."""
@@ -175,11 +184,10 @@ class World(Comparison):
         c = self.model.components[name]
         words = [text.format(name) for text in (console.RESTARTING, console.LEFT_STOPPED)]
 
-        def messages():
-            text = (self.run.errors or self.run.output).decode().replace("\r", "")
-            return [text.count(word) for word in words]
+        def count():
+            return [self.messages().count(word) for word in words]
 
-        before = messages()
+        before = count()
         threads = self.run.threads() if self.mode == "menu" else 0
         self.kill(name)
         time.sleep(delay)  # not a wait: the step is about this moment
@@ -189,7 +197,7 @@ class World(Comparison):
             os.kill(self.pid, number)
             self.finish()
         self.model.running = True
-        if messages() != before:
+        if count() != before:
             self.model.visit(c)
         self.model.running = False
         if self.mode != "menu":

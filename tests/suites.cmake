@@ -43,6 +43,8 @@ pytest_suite(install PATHS tests/install COST 60 OPTIONS --dist loadfile)
 pytest_suite(documents PATHS tests/documents)
 pytest_suite(bench PATHS tests/bench WORKERS 1)
 pytest_suite(system PATHS tests/system WORKERS 8 COST 100)
+# 100 sequences, of which each build has its own seeds.
+pytest_suite(chaos PATHS tests/chaos WORKERS 8 COST 60 ENVIRONMENT "TD_CHAOS=60 1")
 if(NOT APPLE)
   pytest_suite(desktop PATHS tests/desktop COST 115)
   # The launcher linked with its interface, and the tests' module for a Mac.
@@ -63,6 +65,8 @@ if(APPLE)
 endif()
 set(options_asan ASAN_OPTIONS=strict_string_checks=1${leaks})
 set(options_tsan TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1)
+set(sequences_asan "TD_CHAOS=20 61")
+set(sequences_tsan "TD_CHAOS=20 81")
 foreach(build asan tsan fuzz)
   set(folder ${PROJECT_SOURCE_DIR}/build/${build})
   set(command "[ -f ${folder}/build.ninja ] || cmake --preset ${build} && cmake --build --preset ${build} -- --quiet")
@@ -76,6 +80,8 @@ foreach(build asan tsan)
     ENVIRONMENT ${options_${build}} FIXTURES_REQUIRED ${build} TIMEOUT 1500)
   pytest_suite(system-${build} LABEL ${build} PATHS tests/system WORKERS 8 COST 150 OPTIONS -m "not one_build"
     ENVIRONMENT TD_BUILD_DIR=${folder} TD_MODULE_DIR=${folder}/scripted ${options_${build}} AFTER ${build})
+  pytest_suite(chaos-${build} LABEL chaos PATHS tests/chaos WORKERS 4 COST 60 AFTER ${build}
+    ENVIRONMENT TD_BUILD_DIR=${folder} TD_MODULE_DIR=${folder}/scripted ${options_${build}} ${sequences_${build}})
 endforeach()
 
 add_test(NAME fuzz COMMAND nice -n 10 ${CMAKE_CTEST_COMMAND} --test-dir ${PROJECT_SOURCE_DIR}/build/fuzz -L fuzz

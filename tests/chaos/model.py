@@ -85,14 +85,15 @@ class Model:
 
     # --- Start-up
 
-    def start(self, interrupted=False):
+    def start(self, answers=True):
+        """Start-up; `answers`: whether the hub answers in time, and before a signal."""
         self.new_ports = self.ports
         self.set_arguments()
         hub, *clients = self.components.values()
         self.print(console.TITLE)
         if not self.spawn(hub):
             return self.fail(console.hub_missing(f"{self.folder}/td_hub"))
-        if interrupted or not hub.alive:
+        if not (answers and hub.alive):
             return self.fail(console.hub_silent(self.ports[0]))
         for c in clients:
             if c.wanted and not self.spawn(c):

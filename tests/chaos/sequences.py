@@ -4,6 +4,7 @@ import os
 import random
 import socket
 import time
+from signal import SIGINT, SIGTERM
 
 import console
 from components import COMPONENTS
@@ -35,6 +36,10 @@ def start_options(world, rng):
         model.files[SAVED] = text
         if str(http) in text and not in_menu(world) and rng.random() < 0.5:
             world.ports_options = []
+    elif rng.random() < 0.2:
+        world.say("settings: a folder in the file's place")
+        world.suite.settings.mkdir(parents=True)
+        model.config_is_other = True
     model.opens_browser = model.preference
     browser = rng.choice(["", "--browser", "--no-browser"])
     if browser or in_menu(world):
@@ -73,19 +78,21 @@ def fail_to_start(world, rng, fault):
         world.take(world.model.ports[0], socket.SOCK_STREAM, listens=rng.random() < 0.3)
     elif fault == "orphans":
         world.leave_orphans()
+    elif fault == "silent":
+        world.behave("hub", f"answer-after={NEVER}")
     else:
         world.behave("hub", rng.choice(["never-answer", f"answer-after={NEVER}"]))
 
 
 def failing_start(world, rng):
     """The hub does not come up, or a signal comes first."""
-    faults = ["gone", "not executable", "no program", "exit-at-once", "taken", "orphans", "signal", "signal"]
-    fault = rng.choice(faults)
+    faults = ["gone", "not executable", "no program", "exit-at-once", "taken", "orphans", "silent"]
+    fault = rng.choice([*faults, "signal", "signal"])
     world.say("start a run whose hub has a fault:", fault)
     options = [option for option in start_options(world, rng) if option != "--verbose"]
     world.model.opens_browser = world.model.verbose = False
     fail_to_start(world, rng, fault)
-    world.model.start(interrupted=fault == "signal")
+    world.model.start(answers=fault not in ("silent", "signal"))
     delay, number = rng.random() * 0.6, rng.choice(ENDING)
     world.launch(*options)
     if fault == "signal":
@@ -94,6 +101,26 @@ def failing_start(world, rng):
         time.sleep(delay)  # not a wait: the step is about this moment
         os.kill(world.pid, number)
     world.finish()
+
+
+def early_end(world, rng):
+    """A signal at any moment of a start. The launcher's status says what it should have done before."""
+    delay, number = rng.random() * 0.3, rng.choice([SIGINT, SIGTERM])
+    options = [*start_options(world, rng), "--no-browser"]
+    world.model.opens_browser = False
+    world.say("after", round(delay, 2), "s send", number.name, "to the launcher")
+    world.launch(*options)
+    time.sleep(delay)  # not a wait: the step is about this moment
+    os.kill(world.pid, number)
+    world.finish()
+    if world.status == -number:  # it had no handlers yet, and had started nothing
+        world.model.status = world.status
+        return
+    world.model.start(answers=world.status == 0)
+    if world.status == 0:
+        world.model.end()
+    for c in world.model.components.values():
+        world.forgive(c)
 
 
 def usual_run(world, rng):
@@ -139,15 +166,16 @@ def run_sequence(suite, seed):
     rng = random.Random(seed)
     if rng.random() < 0.07:
         name, expected, got = pass_through(suite, rng)
-        assert expected == got, f"Broken: the {name} run by its name: status, output, errors, arguments"
+        rule = f"the {name} run by its name: status, output, errors, arguments"
+        assert expected == got, f"Broken: {rule}\nexpected: {expected!r}\n but it is: {got!r}"
         return
     mode = rng.choices(list(MODES), MODES.values())[0]
-    fails = rng.random() < 0.12
-    if fails and mode in ("menu", "shell"):
+    kind = rng.choices([usual_run, failing_start, early_end], [84, 11, 5])[0]
+    if kind is not usual_run and mode in ("menu", "shell"):
         mode = "service"  # there is neither a menu nor a way to know when it has ended
     world = World(suite, mode)
     try:
-        (failing_start if fails else usual_run)(world, rng)
+        kind(world, rng)
         world.check_end()
     except Exception as error:
         if "Broken: " in str(error):

@@ -237,7 +237,7 @@ def a_file_is_where_the_settings_folder_was(world, rng):
     world.model.config_is_file = True
 
 
-@step(0.5, lambda world: in_menu(world) and not world.model.config_is_file)
+@step(0.5, lambda world: in_menu(world) and not (world.model.config_is_file or world.model.config_is_other))
 def the_settings_file_is_a_fifo(world, rng):
     world.say("put a FIFO in the settings file's place")
     world.suite.settings.unlink(missing_ok=True)

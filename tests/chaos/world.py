@@ -202,9 +202,9 @@ class World(Comparison):
         self.model.running = False
         if self.mode != "menu":
             self.model.end()
-            self._forgive(c)
+            self.forgive(c)
 
-    def _forgive(self, c):
+    def forgive(self, c):
         """A component that was started just before the end may have recorded nothing."""
         expected = [start for start in self.model.starts if start[0] == c.name]
         if len(self.own(c.name)) < len(expected):

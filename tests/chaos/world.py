@@ -5,6 +5,7 @@ import re
 import socket
 import termios
 import time
+from contextlib import suppress
 from signal import SIGCONT, SIGINT, SIGKILL, SIGSTOP, SIGTERM
 
 import console
@@ -194,7 +195,8 @@ class World(Comparison):
         if self.mode == "menu":
             self.end_supervision(number, threads)
         else:
-            os.kill(self.pid, number)
+            with suppress(ProcessLookupError):  # the run has ended with its hub
+                os.kill(self.pid, number)
             self.finish()
         self.model.running = True
         if count() != before:

@@ -212,10 +212,10 @@ class World(Comparison):
         if len(self.own(c.name)) < len(expected):
             last = len(self.model.starts) - 1 - self.model.starts[::-1].index(expected[-1])
             del self.model.starts[last]
-        stop = ("stop", f"td_{c.name}")
-        if self.signals().count(stop) < self.model.signals.count(stop):
-            last = len(self.model.signals) - 1 - self.model.signals[::-1].index(stop)
-            del self.model.signals[last]
+        for signal in (("stop", f"td_{c.name}"), ("ignored", f"td_{c.name}")):
+            if self.signals().count(signal) < self.model.signals.count(signal):
+                last = len(self.model.signals) - 1 - self.model.signals[::-1].index(signal)
+                del self.model.signals[last]
 
     def hang_up(self):
         """Closes the terminal, so that nobody sees the last lines."""

@@ -118,6 +118,10 @@ class Comparison:
         extra = set(os.listdir(self.suite.folder)) - self.known_files
         self.check("no other file is left", set(), extra)
         self._check_pauses()
+        if self.hub_late_ms:
+            answers = self.own("hub")[0]["time_ns"] + self.hub_late_ms * 10**6
+            early = [row["program"] for row in self.own() if row["program"] != "td_hub" and row["time_ns"] < answers]
+            self.check("nothing is started before the hub answers", [], early)
 
     def _check_pauses(self):
         ended = {row["pid"]: row["time_ns"] for row in self.suite.events("exit")} | self.ended_ns

@@ -56,16 +56,18 @@ def start_options(world, rng):
     return options
 
 
-def faults_of_clients(world, rng):
+def faults_at_start(world, rng):
     for name in COMPONENTS[1:]:
         if rng.random() < 0.12:
             state = rng.choice(["gone", "not executable"])
             world.say("the program of the", name, "is", state)
             world.replace(name, state)
     if rng.random() < 0.3:
-        words = rng.choice([f"answer-after={rng.randint(50, 900)}", "answer-404", "slow-answer=300"])
+        late = rng.randint(50, 900)
+        words = rng.choice([f"answer-after={late}", "answer-404", "slow-answer=300"])
         world.say("the hub has the behaviour", words)
         world.behave("hub", words)
+        world.hub_late_ms = late if "after" in words else 0
 
 
 def fail_to_start(world, rng, fault):
@@ -125,7 +127,7 @@ def early_end(world, rng):
 
 def usual_run(world, rng):
     options = start_options(world, rng)
-    faults_of_clients(world, rng)
+    faults_at_start(world, rng)
     world.model.start()
     world.launch(*options)
     world.settle()

@@ -63,6 +63,22 @@ def a_component_exits_until_it_is_left_stopped(world, rng):
     world.settle()
     if world.model.status is None:
         world.behave(name, "")
+    if in_menu(world):
+        world.settle()
+        get_it_back(world, rng, name)
+
+
+def get_it_back(world, rng, name):
+    """A component that was left stopped is started from the menu, and may then exit again."""
+    word = rng.choice(["start", "restart", "ports"])
+    if word == "ports":
+        change_the_ports(world, rng)
+    else:
+        control(world, word, name)
+    world.settle()
+    if name in alive(world):
+        world.say("end the", name)
+        world.kill(name)
 
 
 @step(2, lambda world: alive(world) and sound(world))
@@ -160,13 +176,24 @@ def a_second_copy_is_started(world, rng):
 
 @step(6, in_menu)
 def a_component_is_controlled(world, rng):
-    model = world.model
-    operations = {
-        "start": model.control_start, "stop": model.control_stop, "restart": model.control_restart
-    }
-    word, name = rng.choice(list(operations)), rng.choice([*COMPONENTS, "Hub"])
+    control(world, rng.choice(["start", "stop", "restart"]), rng.choice([*COMPONENTS, "Hub"]))
+
+
+def control(world, word, name):
     world.say("menu:", word, "the", name)
-    world.operate(lambda: operations[word](name), lambda: world.run.ask(word, name))
+    operation = getattr(world.model, f"control_{word}")
+    world.operate(lambda: operation(name), lambda: world.run.ask(word, name))
+
+
+@step(1, lambda world: in_menu(world) and sound(world))
+def the_hub_is_stopped_and_comes_back_unwatched(world, rng):
+    control(world, "stop", "hub")
+    change_the_ports(world, rng)
+    world.settle()
+    control(world, rng.choice(["start", "restart"]), "hub")
+    world.settle()
+    world.say("end the hub")
+    world.kill("hub")
 
 
 def change_ports(world, http, udp):

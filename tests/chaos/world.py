@@ -39,6 +39,7 @@ class World(Comparison):
         self.ended_ns = {}  # when a process was made to end, by its id
         self.sockets = []
         self.orphans = set()  # processes of a launcher that was killed
+        self.hub_late_ms = 0  # how long the first hub does not answer
         self.final_text = None  # of a terminal that has been closed
         self.ports_options = suite.ports_options
         suite.record()
@@ -208,14 +209,13 @@ class World(Comparison):
 
     def forgive(self, c):
         """A component that was started just before the end may have recorded nothing."""
-        expected = [start for start in self.model.starts if start[0] == c.name]
-        if len(self.own(c.name)) < len(expected):
-            last = len(self.model.starts) - 1 - self.model.starts[::-1].index(expected[-1])
-            del self.model.starts[last]
-        for signal in (("stop", f"td_{c.name}"), ("ignored", f"td_{c.name}")):
+        starts = [start for start in self.model.starts if start[0] == c.name]
+        if len(self.own(c.name)) < len(starts):
+            _remove_last(self.model.starts, starts[-1])
+        for event in ("stop", "ignored"):
+            signal = event, f"td_{c.name}"
             if self.signals().count(signal) < self.model.signals.count(signal):
-                last = len(self.model.signals) - 1 - self.model.signals[::-1].index(signal)
-                del self.model.signals[last]
+                _remove_last(self.model.signals, signal)
 
     def hang_up(self):
         """Closes the terminal, so that nobody sees the last lines."""
@@ -256,3 +256,7 @@ class World(Comparison):
         for process in self.suite.processes():
             os.kill(process.pid, SIGKILL)
         wait_until(lambda: not self.suite.processes(), "the end of what was left")
+
+
+def _remove_last(items, item):
+    del items[len(items) - 1 - items[::-1].index(item)]

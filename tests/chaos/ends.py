@@ -15,7 +15,7 @@ def end_by_signal(world, rng):
     world.say("send", number.name, "to the launcher", "twice")
     world.model.end()
     for _ in range(2):
-        os.kill(world.pid, number)
+        world.signal(number)
     world.finish()
 
 

@@ -172,6 +172,10 @@ class World(Comparison):
             named = wait_until(lambda: NAMED.search(self.messages(), before), "a message about a component")
             self.model.supervise(named[1])
 
+    def signal(self, number):
+        with suppress(ProcessLookupError):  # the run may have ended
+            os.kill(self.pid, number)
+
     def messages(self):
         return self.text("output" if self.mode in ("all", "shell") else "errors")
 
@@ -196,8 +200,7 @@ class World(Comparison):
         if self.mode == "menu":
             self.end_supervision(number, threads)
         else:
-            with suppress(ProcessLookupError):  # the run has ended with its hub
-                os.kill(self.pid, number)
+            self.signal(number)
             self.finish()
         self.model.running = True
         if count() != before:

@@ -26,7 +26,6 @@ NOT_RUN = [
         "builds or tests for minutes. scripts/test runs all of these except a release, which CI makes; "
         "tests/install/test_release.py tests its script",
         [
-            "*: scripts/soak*",
             *("*: scripts/test", "*: *scripts/release*", "*: scripts/fresh *", "*: *python3 -m pytest *"),
             *("*: cmake --preset *", "*: cmake --build *", "*: ctest *"),
         ],

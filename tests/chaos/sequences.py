@@ -128,6 +128,9 @@ def early_end(world, rng):
 def usual_run(world, rng):
     options = start_options(world, rng)
     faults_at_start(world, rng)
+    if world.mode == "shell" and rng.random() < 0.6:
+        world.suspensions = [rng.random() * 0.05 for _ in range(8)]
+        world.say("press Ctrl-Z during the start, after some of", world.suspensions, "s, and resume the launcher")
     world.model.start()
     world.launch(*options)
     world.settle()

@@ -9,10 +9,12 @@ from contextlib import suppress
 from signal import SIGCONT, SIGINT, SIGKILL, SIGSTOP, SIGTERM
 
 import console
+import psutil
 import system
 from comparison import Comparison
 from component_events import KILL_DELAY, SECOND
 from components import COMPONENTS
+from console import READY
 from deadline import wait_until
 from interface import Interface
 from model import Model
@@ -39,6 +41,7 @@ class World(Comparison):
         self.ended_ns = {}  # when a process was made to end, by its id
         self.sockets = []
         self.orphans = set()  # processes of a launcher that was killed
+        self.suspensions = []  # s before each Ctrl-Z during the start
         self.hub_late_ms = 0  # how long the first hub does not answer
         self.final_text = None  # of a terminal that has been closed
         self.ports_options = suite.ports_options
@@ -67,7 +70,24 @@ class World(Comparison):
             termios.tcsetattr(self.run.terminal, termios.TCSANOW, attributes)
         self.pid = self.run.pid
         if self.mode == "shell":
+            for pause in self.suspensions:
+                self._suspend_start(pause)
             self.pid = wait_until(lambda: suite.events("start"), "the hub")[0]["ppid"]
+
+    def _suspend_start(self, pause):
+        """Presses Ctrl-Z at any moment of the start. It may come too early or too late for the launcher."""
+        time.sleep(pause)  # not a wait: the step is about this moment
+        if READY.encode() in self.run.output:
+            return
+        self.run.press(CTRL_Z)
+
+        def suspended():
+            return any(system.is_suspended(child.pid) for child in psutil.Process(self.run.pid).children())
+
+        wait_until(lambda: suspended() or READY.encode() in self.run.output, "a start that is suspended or complete")
+        time.sleep(0.1)  # the start may have been completed just before it is suspended
+        if suspended():
+            self.run.press(b"\n")
 
     # --- The components and their files
 

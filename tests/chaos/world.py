@@ -88,6 +88,7 @@ class World(Comparison):
         time.sleep(0.1)  # the start may have been completed just before it is suspended
         if suspended():
             self.run.press(b"\n")
+            wait_until(lambda: not suspended(), "fg")
 
     # --- The components and their files
 
@@ -185,6 +186,7 @@ class World(Comparison):
         before = len(self.messages())
         if self.mode == "shell":
             self.run.press(b"\n")
+            wait_until(lambda: not system.is_suspended(self.pid), "fg")
         else:
             os.kill(self.pid, SIGCONT)
         if self.model.status is None and self.model.unnoticed():

@@ -15,7 +15,7 @@ from steps import ENDING, STEPS, in_menu
 from suite import NEVER
 from world import World
 
-MODES = {"menu": 10, "input": 1, "output": 1, "all": 3, "shell": 3, "service": 2}  # with their weights
+MODES = {"menu": 10, "input": 1, "output": 1, "all": 3, "shell": 4, "service": 2}  # with their weights
 
 
 def start_options(world, rng):
@@ -128,8 +128,8 @@ def early_end(world, rng):
 def usual_run(world, rng):
     options = start_options(world, rng)
     faults_at_start(world, rng)
-    if world.mode == "shell" and rng.random() < 0.6:
-        world.suspensions = [rng.random() * 0.05 for _ in range(8)]
+    if world.mode == "shell":
+        world.suspensions = [rng.random() * 0.03 for _ in range(16)]
         world.say("press Ctrl-Z during the start, after some of", world.suspensions, "s, and resume the launcher")
     world.model.start()
     world.launch(*options)

@@ -5,6 +5,6 @@ import os
 import inherited_signals
 
 _LOAD = os.getloadavg()[0] / os.cpu_count()  # processes that want each processor
-os.environ.setdefault("TD_DEADLINE", str(30 * min(4, max(1, _LOAD / 2))))
+os.environ.setdefault("TD_DEADLINE", str(60 * min(2, max(1, _LOAD / 4))))
 
 inherited_signals.handle_ignored()

@@ -13,7 +13,7 @@ class Dialog:
         self._desktop = desktop
         self.screen = desktop.screen
         self.window, self.rect, self.shown = wait_until(
-            lambda: self._find(name), f"the dialog {name!r}"
+            lambda: self._find(name), lambda: f"the dialog {name!r}; there are {self._windows()}"
         )
 
     def _find(self, name):
@@ -23,6 +23,12 @@ class Dialog:
             if shown.name == name and window and self.screen.has_focus(window):
                 return window, shown.rect, shown
         return None
+
+    def _windows(self):
+        """The launcher's windows as the screen and as screen readers know them."""
+        windows = self._desktop.menu_bar.windows().items()
+        on_screen = [(rect, self.screen.has_focus(window)) for window, rect in windows]
+        return on_screen, [(shown.name, shown.rect) for shown in self._desktop.accessibility.windows()]
 
     @property
     def text(self):

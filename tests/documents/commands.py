@@ -23,11 +23,11 @@ NOT_RUN = [
     ),
     (
         "long",
-        "builds or tests for minutes. scripts/test runs all of these except a release, which CI makes; "
-        "tests/install/test_release.py tests its script",
+        "builds or tests for minutes. scripts/test runs all of these except a release, which CI makes, and the "
+        "soak; tests/install/test_release.py and tests/chaos/test_soak.py test their scripts",
         [
             *("*: scripts/test", "*: *scripts/release*", "*: scripts/fresh *", "*: *python3 -m pytest *"),
-            *("*: cmake --preset *", "*: cmake --build *", "*: ctest *"),
+            *("*: cmake --preset *", "*: cmake --build *", "*: ctest *", "*: scripts/soak *"),
         ],
     ),
     (

@@ -22,7 +22,7 @@ def cases(folder):
     for name, found in files.items():
         for case in found:
             suite = files.get(case.get("name")) if name == "ctest" else None
-            if suite is None or (has_failed(case) and not any(map(has_failed, suite))):
+            if not suite or (has_failed(case) and not any(map(has_failed, suite))):
                 yield case
 
 
